@@ -1,0 +1,29 @@
+# Installation, package configuration for consumers (find_package and pkg-config), and CPack.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS vekch vekch_static EXPORT vekchTargets
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY include/vekch DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+if(WIN32)
+  install(FILES ${moduleDefinition} DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
+
+install(EXPORT vekchTargets NAMESPACE vekch:: FILE vekchConfig.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekch)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/vekchConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/vekchConfigVersion.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekch)
+configure_file(cmake/vekch.pc.in vekch.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/vekch.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+set(CPACK_PACKAGE_VENDOR vekch)
+set(CPACK_PACKAGE_CHECKSUM SHA256)
+if(WIN32)
+  set(CPACK_GENERATOR ZIP)
+else()
+  set(CPACK_GENERATOR TGZ)
+endif()
+include(CPack)

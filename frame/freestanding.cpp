@@ -1,0 +1,46 @@
+// What the compiler may call without being asked, and the DLL's load notification: the library is
+// linked without start files and without any other library. Nothing here is exported.
+//
+// The loops are plain: compilers call these for small structures only, the library's own copies
+// have kernels of their own.
+
+#include <stddef.h>
+
+extern "C" {
+
+void* memcpy(void* destination, const void* source, size_t size) {
+  auto* to = static_cast<unsigned char*>(destination);
+  const auto* from = static_cast<const unsigned char*>(source);
+  for (size_t i = 0; i < size; ++i) {
+    to[i] = from[i];
+  }
+  return destination;
+}
+
+void* memmove(void* destination, const void* source, size_t size) {
+  auto* to = static_cast<unsigned char*>(destination);
+  const auto* from = static_cast<const unsigned char*>(source);
+  if (to <= from) {
+    return memcpy(destination, source, size);
+  }
+  for (size_t i = size; i > 0; --i) {
+    to[i - 1] = from[i - 1];
+  }
+  return destination;
+}
+
+void* memset(void* destination, int value, size_t size) {
+  auto* to = static_cast<unsigned char*>(destination);
+  for (size_t i = 0; i < size; ++i) {
+    to[i] = static_cast<unsigned char>(value);
+  }
+  return destination;
+}
+
+#ifdef _WIN32
+int __stdcall DllMainCRTStartup(void* /*module*/, unsigned long /*reason*/, void* /*reserved*/) {
+  return 1;
+}
+#endif
+
+}  // extern "C"

@@ -1,0 +1,121 @@
+/*
+ * Search for a byte, a byte of a set, or a substring, forwards and backwards.
+ *
+ * The rules that all eight functions share:
+ *   - Bytes are unsigned; zero bytes are ordinary bytes except in the _Z functions. Lengths count
+ *     bytes.
+ *   - The result is written through `index`: the zero-based position, from the start of `source`,
+ *     of the first byte of the occurrence, or -1 where there is none. Not finding something is
+ *     StatusNoError.
+ *   - The strings are only read, so they may overlap; `index` must not lie inside them. No byte
+ *     outside the given lengths is read (see the _Z functions for theirs).
+ *   - On an error nothing is written.
+ *
+ * Time grows linearly with the length of the source for every needle and every set.
+ */
+#ifndef VEKCH_FIND_H
+#define VEKCH_FIND_H
+
+#include <stdint.h>
+
+#include "vekch/export.h"
+#include "vekch/status.h"
+
+VEKCH_BEGIN_DECLS
+
+/*
+ * Lowest index at which the whole needle occurs in the source.
+ *
+ * An empty needle is found nowhere: it gives -1, not 0. So does a needle longer than the source.
+ *
+ * Status, in order: StatusNullPointer if `source`, `needle` or `index` is null; StatusLengthError
+ * if `sourceLength`, then `needleLength`, is negative; StatusNoError.
+ *
+ *   veksFind_8u(text, textLength, (const uint8_t*)"error", 5, &index);
+ */
+VEKCH_API vekStatus veksFind_8u(const uint8_t* source, int32_t sourceLength, const uint8_t* needle,
+                                int32_t needleLength, int32_t* index) VEKCH_NOEXCEPT;
+
+/*
+ * Highest index at which the whole needle occurs in the source; occurrences may overlap, so "aa"
+ * in "aaa" gives 1. Empty and too long needles, and the statuses, as for veksFind_8u.
+ *
+ *   veksFindRev_8u(path, pathLength, (const uint8_t*)"..", 2, &index);
+ */
+VEKCH_API vekStatus veksFindRev_8u(const uint8_t* source, int32_t sourceLength,
+                                   const uint8_t* needle, int32_t needleLength,
+                                   int32_t* index) VEKCH_NOEXCEPT;
+
+/*
+ * Lowest index of the byte `value`; -1 for an empty source.
+ *
+ * Status, in order: StatusNullPointer if `source` or `index` is null; StatusLengthError if
+ * `sourceLength` is negative; StatusNoError.
+ *
+ *   veksFindC_8u(text, textLength, '\n', &index);
+ */
+VEKCH_API vekStatus veksFindC_8u(const uint8_t* source, int32_t sourceLength, uint8_t value,
+                                 int32_t* index) VEKCH_NOEXCEPT;
+
+/*
+ * Highest index of the byte `value`; otherwise as veksFindC_8u.
+ *
+ *   veksFindRevC_8u(path, pathLength, '/', &index);
+ */
+VEKCH_API vekStatus veksFindRevC_8u(const uint8_t* source, int32_t sourceLength, uint8_t value,
+                                    int32_t* index) VEKCH_NOEXCEPT;
+
+/*
+ * Lowest index of a byte that belongs to the set of byte values listed in `set`. Order and
+ * repetitions in the list do not matter. An empty set or an empty source gives -1.
+ *
+ * Status, in order: StatusNullPointer if `source`, `set` or `index` is null; StatusLengthError if
+ * `sourceLength`, then `setLength`, is negative; StatusNoError.
+ *
+ *   veksFindCAny_8u(text, textLength, (const uint8_t*)" \t\r\n", 4, &index);
+ */
+VEKCH_API vekStatus veksFindCAny_8u(const uint8_t* source, int32_t sourceLength, const uint8_t* set,
+                                    int32_t setLength, int32_t* index) VEKCH_NOEXCEPT;
+
+/*
+ * Highest index of a byte that belongs to the set; otherwise as veksFindCAny_8u.
+ *
+ *   veksFindRevCAny_8u(path, pathLength, (const uint8_t*)"/\\", 2, &index);
+ */
+VEKCH_API vekStatus veksFindRevCAny_8u(const uint8_t* source, int32_t sourceLength,
+                                       const uint8_t* set, int32_t setLength,
+                                       int32_t* index) VEKCH_NOEXCEPT;
+
+/*
+ * veksFind_8u on two zero-terminated strings, their terminators not included. An empty needle
+ * gives -1.
+ *
+ * Hazards: a string of 2^31 bytes or more is the caller's fault. The terminator is looked for in
+ * blocks of 16 bytes aligned to 16, so up to 15 bytes before the string and behind the terminator
+ * are read; such a block never reaches into another page.
+ *
+ * Status, in order: StatusNullPointer if `source`, `needle` or `index` is null; StatusNoError.
+ *
+ *   veksFind_Z_8u((const uint8_t*)"haystack", (const uint8_t*)"st", &index);
+ */
+VEKCH_API vekStatus veksFind_Z_8u(const uint8_t* source, const uint8_t* needle,
+                                  int32_t* index) VEKCH_NOEXCEPT;
+
+/*
+ * Lowest index of the byte `value` in a zero-terminated string; for the value 0, the index of the
+ * terminator, that is the string's length.
+ *
+ * Hazards: for the value 0 the index pointer is NOT tested: a null `index` is then written to.
+ * String length and block reads as for veksFind_Z_8u.
+ *
+ * Status, in order: StatusNullPointer if `source` is null, or if `value` is not 0 and `index` is
+ * null; StatusNoError.
+ *
+ *   veksFindC_Z_8u((const uint8_t*)"name=value", '=', &index);
+ */
+VEKCH_API vekStatus veksFindC_Z_8u(const uint8_t* source, uint8_t value,
+                                   int32_t* index) VEKCH_NOEXCEPT;
+
+VEKCH_END_DECLS
+
+#endif

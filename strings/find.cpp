@@ -1,0 +1,110 @@
+// The search family: argument checks and the results fixed for empty inputs, in front of the
+// kernels.
+
+#include "vekch/find.h"
+
+#include "frame/checks.h"
+#include "strings/kernels/find_kernels.h"
+
+namespace vekch {
+namespace {
+
+constexpr int32_t kNotFound = -1;
+
+template <class Kernel>
+inline vekStatus CheckedFindByte(const uint8_t* source, int32_t length, int32_t* index,
+                                 Kernel kernel) {
+  if (AnyNull(source, index)) {
+    return StatusNullPointer;
+  }
+  if (length < 0) {
+    return StatusLengthError;
+  }
+  *index = length == 0 ? kNotFound : kernel();
+  return StatusNoError;
+}
+
+// `pattern` is a needle or a set; `canOccur` tells whether a search makes sense at these lengths.
+template <class CanOccur, class Kernel>
+inline vekStatus CheckedFind(const uint8_t* source, int32_t length, const uint8_t* pattern,
+                             int32_t patternLength, int32_t* index, CanOccur canOccur,
+                             Kernel kernel) {
+  if (AnyNull(source, pattern, index)) {
+    return StatusNullPointer;
+  }
+  if (AnyNegative(length, patternLength)) {
+    return StatusLengthError;
+  }
+  *index =
+      canOccur(length, patternLength) ? kernel(source, length, pattern, patternLength) : kNotFound;
+  return StatusNoError;
+}
+
+// An empty needle occurs nowhere.
+constexpr auto kNeedleFits = [](int32_t length, int32_t needleLength) {
+  return needleLength > 0 && needleLength <= length;
+};
+
+constexpr auto kNeitherEmpty = [](int32_t length, int32_t setLength) {
+  return length > 0 && setLength > 0;
+};
+
+}  // namespace
+}  // namespace vekch
+
+vekStatus veksFind_8u(const uint8_t* source, int32_t sourceLength, const uint8_t* needle,
+                      int32_t needleLength, int32_t* index) noexcept {
+  return vekch::CheckedFind(source, sourceLength, needle, needleLength, index, vekch::kNeedleFits,
+                            vekch::kernels::FindSubstring);
+}
+
+vekStatus veksFindRev_8u(const uint8_t* source, int32_t sourceLength, const uint8_t* needle,
+                         int32_t needleLength, int32_t* index) noexcept {
+  return vekch::CheckedFind(source, sourceLength, needle, needleLength, index, vekch::kNeedleFits,
+                            vekch::kernels::FindLastSubstring);
+}
+
+vekStatus veksFindC_8u(const uint8_t* source, int32_t sourceLength, uint8_t value,
+                       int32_t* index) noexcept {
+  return vekch::CheckedFindByte(source, sourceLength, index, [=] {
+    return vekch::kernels::FindByte(source, sourceLength, value);
+  });
+}
+
+vekStatus veksFindRevC_8u(const uint8_t* source, int32_t sourceLength, uint8_t value,
+                          int32_t* index) noexcept {
+  return vekch::CheckedFindByte(source, sourceLength, index, [=] {
+    return vekch::kernels::FindLastByte(source, sourceLength, value);
+  });
+}
+
+vekStatus veksFindCAny_8u(const uint8_t* source, int32_t sourceLength, const uint8_t* set,
+                          int32_t setLength, int32_t* index) noexcept {
+  return vekch::CheckedFind(source, sourceLength, set, setLength, index, vekch::kNeitherEmpty,
+                            vekch::kernels::FindAnyOf);
+}
+
+vekStatus veksFindRevCAny_8u(const uint8_t* source, int32_t sourceLength, const uint8_t* set,
+                             int32_t setLength, int32_t* index) noexcept {
+  return vekch::CheckedFind(source, sourceLength, set, setLength, index, vekch::kNeitherEmpty,
+                            vekch::kernels::FindLastOf);
+}
+
+vekStatus veksFind_Z_8u(const uint8_t* source, const uint8_t* needle, int32_t* index) noexcept {
+  if (vekch::AnyNull(source, needle)) {
+    return StatusNullPointer;
+  }
+  return vekch::CheckedFind(source, vekch::kernels::FindByteOrTerminator(source, 0), needle,
+                            vekch::kernels::FindByteOrTerminator(needle, 0), index,
+                            vekch::kNeedleFits, vekch::kernels::FindSubstring);
+}
+
+vekStatus veksFindC_Z_8u(const uint8_t* source, uint8_t value, int32_t* index) noexcept {
+  // A null index is a fault of the caller when the terminator is sought: it is not tested for.
+  if (source == nullptr || (value != 0 && index == nullptr)) {
+    return StatusNullPointer;
+  }
+  const int32_t found = vekch::kernels::FindByteOrTerminator(source, value);
+  *index = source[found] == value ? found : vekch::kNotFound;
+  return StatusNoError;
+}

@@ -1,0 +1,93 @@
+// The 16-byte block and the few operations on it that the kernels are written in. Everything that
+// names an instruction stands in this file; nothing here needs more than SSE3.
+
+#ifndef VEKCH_STRINGS_KERNELS_BLOCK_H
+#define VEKCH_STRINGS_KERNELS_BLOCK_H
+
+#include <emmintrin.h>
+#include <stddef.h>
+#include <stdint.h>
+
+// Kernels have a code section of their own, so that they lie together in memory. What they are
+// made of is always inlined: it would otherwise be placed in the ordinary code section.
+#define VEK_KERNEL __attribute__((section("VEKCODE")))
+#define VEK_INLINE inline __attribute__((always_inline))
+
+namespace vekch::kernels {
+
+constexpr int32_t kBlock = 16;
+
+struct Block {
+  __m128i lanes;
+};
+
+// A lane of a comparison's result is 0xFF where it holds and 0 where it does not.
+VEK_INLINE Block operator==(Block a, Block b) { return {_mm_cmpeq_epi8(a.lanes, b.lanes)}; }
+VEK_INLINE Block operator&(Block a, Block b) { return {_mm_and_si128(a.lanes, b.lanes)}; }
+VEK_INLINE Block operator|(Block a, Block b) { return {_mm_or_si128(a.lanes, b.lanes)}; }
+VEK_INLINE Block operator+(Block a, Block b) { return {_mm_add_epi8(a.lanes, b.lanes)}; }
+
+VEK_INLINE Block Splat(uint8_t value) { return {_mm_set1_epi8(static_cast<char>(value))}; }
+
+VEK_INLINE Block ZeroBlock() { return {_mm_setzero_si128()}; }
+
+// One bit per lane, the lowest for the lane at the lowest address.
+VEK_INLINE uint32_t LaneBits(Block b) { return static_cast<uint32_t>(_mm_movemask_epi8(b.lanes)); }
+
+VEK_INLINE int32_t LowestBit(uint64_t bits) { return __builtin_ctzll(bits); }
+VEK_INLINE int32_t HighestBit(uint64_t bits) { return 63 - __builtin_clzll(bits); }
+
+VEK_INLINE Block LoadAny(const uint8_t* p) {
+  return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))};
+}
+
+VEK_INLINE Block LoadAligned(const uint8_t* p) {
+  return {_mm_load_si128(reinterpret_cast<const __m128i*>(p))};
+}
+
+VEK_INLINE void StoreAny(uint8_t* p, Block b) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), b.lanes);
+}
+
+VEK_INLINE void StoreAligned(uint8_t* p, Block b) {
+  _mm_store_si128(reinterpret_cast<__m128i*>(p), b.lanes);
+}
+
+// Number of bytes by which p lies above the 16-byte boundary at or below it.
+VEK_INLINE ptrdiff_t Misalignment(const void* p) {
+  return static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(p) % kBlock);
+}
+
+template <class Word>
+VEK_INLINE Word LoadWord(const uint8_t* p) {
+  Word word;
+  __builtin_memcpy(&word, p, sizeof word);
+  return word;
+}
+
+template <class Word>
+VEK_INLINE void StoreWord(uint8_t* p, Word word) {
+  __builtin_memcpy(p, &word, sizeof word);
+}
+
+// The bytes from a lowest to a highest value, tested with one addition and one comparison: the
+// addition moves the range to the top of the signed bytes, so that a member is whatever is then
+// greater than the byte below the moved range. The range of all 256 bytes has no byte below it and
+// can't be tested so.
+struct ByteRange {
+  Block shift;
+  Block below;
+};
+
+VEK_INLINE ByteRange MakeRange(uint8_t lowest, uint8_t highest) {
+  return {Splat(static_cast<uint8_t>(127 - highest)),
+          Splat(static_cast<uint8_t>(126 - (highest - lowest)))};
+}
+
+VEK_INLINE Block InRange(Block b, const ByteRange& range) {
+  return {_mm_cmpgt_epi8((b + range.shift).lanes, range.below.lanes)};
+}
+
+}  // namespace vekch::kernels
+
+#endif

@@ -1,0 +1,29 @@
+// Kernels of the search family. Lengths are at least 1 and a needle is no longer than its source;
+// only the given bytes are read, except where a kernel says otherwise. Every kernel returns the
+// position found, or -1.
+
+#ifndef VEKCH_STRINGS_KERNELS_FIND_KERNELS_H
+#define VEKCH_STRINGS_KERNELS_FIND_KERNELS_H
+
+#include <stdint.h>
+
+namespace vekch::kernels {
+
+int32_t FindByte(const uint8_t* source, int32_t length, uint8_t value);
+int32_t FindLastByte(const uint8_t* source, int32_t length, uint8_t value);
+
+// Position of the first byte that is zero or `value`. Reads whole aligned blocks of 16 bytes: up
+// to 15 bytes before the string and behind the byte found, always in the same page.
+int32_t FindByteOrTerminator(const uint8_t* source, uint8_t value);
+
+int32_t FindSubstring(const uint8_t* source, int32_t length, const uint8_t* needle,
+                      int32_t needleLength);
+int32_t FindLastSubstring(const uint8_t* source, int32_t length, const uint8_t* needle,
+                          int32_t needleLength);
+
+int32_t FindAnyOf(const uint8_t* source, int32_t length, const uint8_t* set, int32_t setLength);
+int32_t FindLastOf(const uint8_t* source, int32_t length, const uint8_t* set, int32_t setLength);
+
+}  // namespace vekch::kernels
+
+#endif

@@ -1,0 +1,35 @@
+// Memory between two pages that can't be touched: a byte read or written in front of it or behind
+// it ends the test program.
+
+#ifndef VEKCH_TESTS_GUARDED_BUFFER_H
+#define VEKCH_TESTS_GUARDED_BUFFER_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vekch::test {
+
+class GuardedBuffer {
+ public:
+  // Whole pages for at least `capacity` bytes, filled with 0xA5.
+  explicit GuardedBuffer(size_t capacity);
+  ~GuardedBuffer();
+  GuardedBuffer(const GuardedBuffer&) = delete;
+  GuardedBuffer& operator=(const GuardedBuffer&) = delete;
+
+  // The last `length` bytes in front of the page that follows, or `distance` bytes before that.
+  uint8_t* AtEnd(size_t length, size_t distance = 0) const {
+    return begin_ + size_ - distance - length;
+  }
+
+  // The first byte behind the page that precedes, or `distance` bytes after that.
+  uint8_t* AtStart(size_t distance = 0) const { return begin_ + distance; }
+
+ private:
+  uint8_t* begin_;
+  size_t size_;
+};
+
+}  // namespace vekch::test
+
+#endif
