@@ -165,6 +165,13 @@ VEK_INLINE int32_t LastHit(const Probe& probe, int32_t length) {
   return bits == 0 ? -1 : HighestBit(bits);
 }
 
+enum class Direction { kForward, kBackward };
+
+template <Direction kDirection, class Probe>
+VEK_INLINE int32_t ScanFor(const Probe& probe, int32_t length) {
+  return kDirection == Direction::kForward ? FirstHit(probe, length) : LastHit(probe, length);
+}
+
 }  // namespace vekch::kernels
 
 #endif
