@@ -1,8 +1,11 @@
-/* How the functions are declared: C linkage, and the import or visibility attribute. */
+/**
+ * @file
+ * How the functions are declared: C linkage, and the import or visibility attribute.
+ */
 #ifndef VEKCH_EXPORT_H
 #define VEKCH_EXPORT_H
 
-/* Programs that link the static archive on Windows define VEKCH_STATIC. */
+/** Programs that link the static archive on Windows define VEKCH_STATIC. */
 #if defined(_WIN32) && !defined(VEKCH_BUILD) && !defined(VEKCH_STATIC)
 #define VEKCH_API __declspec(dllimport)
 #elif defined(_WIN32)

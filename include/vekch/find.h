@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * Search for a byte, a byte of a set, or a substring, forwards and backwards.
  *
  * The rules that all eight functions share:
@@ -23,7 +24,7 @@
 
 VEKCH_BEGIN_DECLS
 
-/*
+/**
  * Lowest index at which the whole needle occurs in the source.
  *
  * An empty needle is found nowhere: it gives -1, not 0. So does a needle longer than the source.
@@ -31,62 +32,62 @@ VEKCH_BEGIN_DECLS
  * Status, in order: StatusNullPointer if `source`, `needle` or `index` is null; StatusLengthError
  * if `sourceLength`, then `needleLength`, is negative; StatusNoError.
  *
- *   veksFind_8u(text, textLength, (const uint8_t*)"error", 5, &index);
+ *     veksFind_8u(text, textLength, (const uint8_t*)"error", 5, &index);
  */
 VEKCH_API vekStatus veksFind_8u(const uint8_t* source, int32_t sourceLength, const uint8_t* needle,
                                 int32_t needleLength, int32_t* index) VEKCH_NOEXCEPT;
 
-/*
+/**
  * Highest index at which the whole needle occurs in the source; occurrences may overlap, so "aa"
  * in "aaa" gives 1. Empty and too long needles, and the statuses, as for veksFind_8u.
  *
- *   veksFindRev_8u(path, pathLength, (const uint8_t*)"..", 2, &index);
+ *     veksFindRev_8u(path, pathLength, (const uint8_t*)"..", 2, &index);
  */
 VEKCH_API vekStatus veksFindRev_8u(const uint8_t* source, int32_t sourceLength,
                                    const uint8_t* needle, int32_t needleLength,
                                    int32_t* index) VEKCH_NOEXCEPT;
 
-/*
+/**
  * Lowest index of the byte `value`; -1 for an empty source.
  *
  * Status, in order: StatusNullPointer if `source` or `index` is null; StatusLengthError if
  * `sourceLength` is negative; StatusNoError.
  *
- *   veksFindC_8u(text, textLength, '\n', &index);
+ *     veksFindC_8u(text, textLength, '\n', &index);
  */
 VEKCH_API vekStatus veksFindC_8u(const uint8_t* source, int32_t sourceLength, uint8_t value,
                                  int32_t* index) VEKCH_NOEXCEPT;
 
-/*
+/**
  * Highest index of the byte `value`; otherwise as veksFindC_8u.
  *
- *   veksFindRevC_8u(path, pathLength, '/', &index);
+ *     veksFindRevC_8u(path, pathLength, '/', &index);
  */
 VEKCH_API vekStatus veksFindRevC_8u(const uint8_t* source, int32_t sourceLength, uint8_t value,
                                     int32_t* index) VEKCH_NOEXCEPT;
 
-/*
+/**
  * Lowest index of a byte that belongs to the set of byte values listed in `set`. Order and
  * repetitions in the list do not matter. An empty set or an empty source gives -1.
  *
  * Status, in order: StatusNullPointer if `source`, `set` or `index` is null; StatusLengthError if
  * `sourceLength`, then `setLength`, is negative; StatusNoError.
  *
- *   veksFindCAny_8u(text, textLength, (const uint8_t*)" \t\r\n", 4, &index);
+ *     veksFindCAny_8u(text, textLength, (const uint8_t*)" \t\r\n", 4, &index);
  */
 VEKCH_API vekStatus veksFindCAny_8u(const uint8_t* source, int32_t sourceLength, const uint8_t* set,
                                     int32_t setLength, int32_t* index) VEKCH_NOEXCEPT;
 
-/*
+/**
  * Highest index of a byte that belongs to the set; otherwise as veksFindCAny_8u.
  *
- *   veksFindRevCAny_8u(path, pathLength, (const uint8_t*)"/\\", 2, &index);
+ *     veksFindRevCAny_8u(path, pathLength, (const uint8_t*)"/\\", 2, &index);
  */
 VEKCH_API vekStatus veksFindRevCAny_8u(const uint8_t* source, int32_t sourceLength,
                                        const uint8_t* set, int32_t setLength,
                                        int32_t* index) VEKCH_NOEXCEPT;
 
-/*
+/**
  * veksFind_8u on two zero-terminated strings, their terminators not included. An empty needle
  * gives -1.
  *
@@ -96,12 +97,12 @@ VEKCH_API vekStatus veksFindRevCAny_8u(const uint8_t* source, int32_t sourceLeng
  *
  * Status, in order: StatusNullPointer if `source`, `needle` or `index` is null; StatusNoError.
  *
- *   veksFind_Z_8u((const uint8_t*)"haystack", (const uint8_t*)"st", &index);
+ *     veksFind_Z_8u((const uint8_t*)"haystack", (const uint8_t*)"st", &index);
  */
 VEKCH_API vekStatus veksFind_Z_8u(const uint8_t* source, const uint8_t* needle,
                                   int32_t* index) VEKCH_NOEXCEPT;
 
-/*
+/**
  * Lowest index of the byte `value` in a zero-terminated string; for the value 0, the index of the
  * terminator, that is the string's length.
  *
@@ -111,7 +112,7 @@ VEKCH_API vekStatus veksFind_Z_8u(const uint8_t* source, const uint8_t* needle,
  * Status, in order: StatusNullPointer if `source` is null, or if `value` is not 0 and `index` is
  * null; StatusNoError.
  *
- *   veksFindC_Z_8u((const uint8_t*)"name=value", '=', &index);
+ *     veksFindC_Z_8u((const uint8_t*)"name=value", '=', &index);
  */
 VEKCH_API vekStatus veksFindC_Z_8u(const uint8_t* source, uint8_t value,
                                    int32_t* index) VEKCH_NOEXCEPT;

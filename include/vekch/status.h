@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * The status that every function but vekchGetLibVersion returns, and its text for people.
  *
  * 0 is success. Negative values are errors: the call did not do its work. Positive values are
@@ -13,34 +14,34 @@ typedef int32_t vekStatus;
 
 enum {
   /* Warnings. */
-  StatusDestinationTruncated = 27,   /* split: a piece was cut to its destination's capacity */
-  StatusDestinationsExhausted = 26,  /* split: source bytes remained when all slots were used */
-  StatusRegExpResultsTruncated = 12, /* a match has more groups than the result array has slots */
+  StatusDestinationTruncated = 27,   /**< split: a piece was cut to its destination's capacity */
+  StatusDestinationsExhausted = 26,  /**< split: source bytes remained when all slots were used */
+  StatusRegExpResultsTruncated = 12, /**< a match has more groups than the result array has slots */
 
   StatusNoError = 0,
 
   /* Errors of any function. */
-  StatusSizeError = -6,    /* a count or a capacity is below 1 */
-  StatusRangeError = -7,   /* an option value is outside its set */
-  StatusNullPointer = -8,  /* a required pointer is null */
-  StatusLengthError = -15, /* a length is negative, or a position lies outside the string */
+  StatusSizeError = -6,    /**< a count or a capacity is below 1 */
+  StatusRangeError = -7,   /**< an option value is outside its set */
+  StatusNullPointer = -8,  /**< a required pointer is null */
+  StatusLengthError = -15, /**< a length is negative, or a position lies outside the string */
 
   /* Errors of the regular expressions. */
-  StatusRegExpEscapeError = -183,     /* malformed escape */
-  StatusRegExpClassError = -184,      /* malformed bracket class */
-  StatusRegExpFormatError = -185,     /* reference to a group that does not exist */
-  StatusRegExpSyntaxError = -186,     /* malformed pattern structure */
-  StatusRegExpQuantifierError = -187, /* malformed quantifier */
-  StatusRegExpMatchLimit = -188,      /* the match limit ran out */
-  StatusRegExpError = -189,           /* not a compiled pattern object */
-  StatusRegExpOptionError = -190      /* unknown letter in the options */
+  StatusRegExpEscapeError = -183,     /**< malformed escape */
+  StatusRegExpClassError = -184,      /**< malformed bracket class */
+  StatusRegExpFormatError = -185,     /**< reference to a group that does not exist */
+  StatusRegExpSyntaxError = -186,     /**< malformed pattern structure */
+  StatusRegExpQuantifierError = -187, /**< malformed quantifier */
+  StatusRegExpMatchLimit = -188,      /**< the match limit ran out */
+  StatusRegExpError = -189,           /**< not a compiled pattern object */
+  StatusRegExpOptionError = -190      /**< unknown letter in the options */
 };
 
-/*
+/**
  * A short English text for a status, without a full stop. Never null: a value that no function
  * returns gives "unknown status". The text is constant and lives as long as the program.
  *
- *   fprintf(stderr, "%s\n", vekStatusText(status));
+ *     fprintf(stderr, "%s\n", vekStatusText(status));
  */
 static inline const char* vekStatusText(vekStatus status) {
   switch (status) {

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * vekch: string primitives for 64-bit x86 with SSE3, for C99 and C++.
  *
  * Promises that hold for every function:
