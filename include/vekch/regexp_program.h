@@ -1,0 +1,115 @@
+/*
+ * The compiled pattern as it lies in memory: for tools that show or check it. Programs that only
+ * search need nothing of this header.
+ *
+ * A pattern object is one block: a header, two work tables that searches use, and the program, an
+ * array of node records. What is left of the program's room behind the last record holds copies
+ * of the pattern's literal runs and data that makes searching faster.
+ */
+#ifndef VEKCH_REGEXP_PROGRAM_H
+#define VEKCH_REGEXP_PROGRAM_H
+
+#include <stdint.h>
+
+/** Option bits of a pattern, in `compileFlags` and in the records. */
+enum {
+  RegExpOptionS = 1, /* "." matches a newline too */
+  RegExpOptionM = 2, /* "^" and "$" match at line breaks too */
+  RegExpOptionI = 4, /* ASCII letters match in both cases */
+  RegExpOptionX = 8, /* white space and comments in the pattern are ignored */
+  RegExpOptionG = 16 /* every match, not the first alone */
+};
+
+/** How an operation counts in the fixed length of a lookbehind's body. */
+enum {
+  RegExpWidthNone = 0,   /* adds nothing */
+  RegExpWidthOne,        /* one character */
+  RegExpWidthRun,        /* `b` bytes */
+  RegExpWidthClass,      /* one character; its `b` item records are passed over */
+  RegExpWidthRepeat,     /* repeats the last item `a` times in all */
+  RegExpWidthLookaround, /* nothing; its `b` body records are passed over */
+  RegExpWidthGroup,      /* the width of its own `b` body records */
+  RegExpWidthAlternative /* ends an alternative, all of which must be of one width */
+};
+
+/*
+ * The operations, in the order of their codes: name, width rule, whether it is zero-width, and
+ * what the operands a, b, c and ptr hold ("" for one that is not used). One list feeds the codes,
+ * the names that tools print and the fixed-length rule.
+ */
+#define VEKCH_REGEXP_OPERATIONS(X)                                                            \
+  X(OpChar, RegExpWidthOne, 0, "byte", "", "options", "")                                     \
+  X(OpString, RegExpWidthRun, 0, "", "length", "options", "bytes")                            \
+  X(OpBackref, RegExpWidthNone, 0, "group", "", "", "")                                       \
+  X(OpClass, RegExpWidthClass, 0, "negated", "items", "", "")                                 \
+  X(OpCharType, RegExpWidthOne, 0, "letter", "", "", "")                                      \
+  X(OpAssert, RegExpWidthNone, 1, "letter", "", "", "")                                       \
+  X(OpAlternative, RegExpWidthAlternative, 1, "serial", "options", "", "")                    \
+  X(OpClassRange, RegExpWidthNone, 0, "lowest", "highest", "", "")                            \
+  X(OpLazy, RegExpWidthRepeat, 0, "minimum", "maximum", "", "")                               \
+  X(OpGreedy, RegExpWidthRepeat, 0, "minimum", "maximum", "", "")                             \
+  X(OpLookbehind, RegExpWidthLookaround, 1, "serial", "extent", "length", "")                 \
+  X(OpNegLookbehind, RegExpWidthLookaround, 1, "serial", "extent", "length", "")              \
+  X(OpLookahead, RegExpWidthLookaround, 1, "serial", "extent", "", "")                        \
+  X(OpNegLookahead, RegExpWidthLookaround, 1, "serial", "extent", "", "")                     \
+  X(OpOptionGroup, RegExpWidthNone, 0, "serial", "extent", "options", "")                     \
+  X(OpConditional, RegExpWidthNone, 0, "serial", "extent", "", "")                            \
+  X(OpCapture, RegExpWidthGroup, 0, "serial", "extent", "slot", "")                           \
+  X(OpGroup, RegExpWidthGroup, 0, "serial", "extent", "", "")                                 \
+  X(OpAtomic, RegExpWidthGroup, 0, "serial", "extent", "", "")                                \
+  X(OpGroupEnd, RegExpWidthNone, 1, "serial", "options", "flag", "")                          \
+  X(OpSetOptions, RegExpWidthNone, 1, "options", "", "", "")                                  \
+  X(OpAnyByte, RegExpWidthNone, 0, "", "", "", "")                                            \
+  X(OpCodePoint, RegExpWidthOne, 0, "code point", "", "options", "")                          \
+  X(OpCategory, RegExpWidthOne, 0, "mask", "negated", "", "")                                 \
+  X(OpRange, RegExpWidthOne, 0, "lowest", "highest", "negated", "")                           \
+  X(OpScript, RegExpWidthOne, 0, "", "negated", "ranges", "range list")                       \
+  X(OpGrapheme, RegExpWidthOne, 0, "", "", "", "")
+
+enum { RegExpFirstOperation = 0x10000000 };
+
+#define VEKCH_REGEXP_INDEX(name, width, zeroWidth, a, b, c, ptr) RegExpIndexOf##name,
+enum { VEKCH_REGEXP_OPERATIONS(VEKCH_REGEXP_INDEX) RegExpOperationCount };
+#undef VEKCH_REGEXP_INDEX
+
+#define VEKCH_REGEXP_CODE(name, width, zeroWidth, a, b, c, ptr) \
+  name = RegExpFirstOperation + RegExpIndexOf##name,
+enum { VEKCH_REGEXP_OPERATIONS(VEKCH_REGEXP_CODE) RegExpOperationEnd };
+#undef VEKCH_REGEXP_CODE
+
+/** The maximum of a quantifier without an upper bound. */
+enum { RegExpUnbounded = 0x3FFFFFFF };
+
+/** One record of the program, 24 bytes. */
+typedef struct ProgramNode {
+  uint32_t op; /* RegExpFirstOperation plus the operation's place in the list */
+  int32_t a;   /* directly behind `op`: both are read as one word where that tells an operation */
+  int32_t b;
+  int32_t c;
+  uint64_t ptr; /* address of a literal run or of a script's list of ranges */
+} ProgramNode;
+
+/** First word of a compiled object: the characters "rgEx". */
+enum { RegExpTag = 0x78456772 };
+
+/** Number of records in each of the two work tables, and so the limit of groups and of nesting. */
+enum { RegExpTableSize = 1000 };
+
+/** The fixed part of a pattern object; the program's records follow it. */
+typedef struct RegExpState {
+  uint32_t regExpTag;
+  uint32_t compileFlags; /* the options given as letters; options inside the pattern don't count */
+  int32_t nodeCount;
+  int32_t captureCount;         /* 1 more than the capturing groups: slot 0 is the whole match */
+  int32_t requiredLiteralIndex; /* record that ends the pattern; -1 none, -2 alternatives */
+  int32_t matchLimit;
+  int32_t characterFormat; /* 1 UTF-8, 0 bytes */
+  int32_t searchMode;      /* 0 general, 1 begins with a literal, 2 alternatives of literals */
+  uint64_t workTableA[RegExpTableSize][4];
+  uint64_t workTableB[RegExpTableSize][2];
+} RegExpState;
+
+/** Bytes of an object: the fixed part, and room for one record more than the pattern has bytes. */
+enum { RegExpFixedSize = 48056, RegExpSizePerByte = 24 };
+
+#endif
