@@ -1,0 +1,3 @@
+#include "bench/ratios.h"
+
+int main(int argc, char** argv) { return vekch_bench::RunAllFamilies(argc, argv); }
