@@ -17,6 +17,7 @@
 #ifndef VEKCH_VEKCH_H
 #define VEKCH_VEKCH_H
 
+#include "vekch/case.h"
 #include "vekch/compare.h"
 #include "vekch/find.h"
 #include "vekch/status.h"

@@ -8,6 +8,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <type_traits>
+
 // Kernels have a code section of their own, so that they lie together in memory. What they are
 // made of is always inlined: it would otherwise be placed in the ordinary code section.
 #define VEK_KERNEL __attribute__((section("VEKCODE")))
@@ -70,6 +72,46 @@ VEK_INLINE void StoreWord(uint8_t* p, Word word) {
   __builtin_memcpy(p, &word, sizeof word);
 }
 
+// Loads the first and the last kHalf bytes of a string of kHalf to 2 * kHalf bytes into the low
+// 2 * kHalf lanes; the other lanes hold anything.
+template <int32_t kHalf>
+VEK_INLINE Block LoadEnds(const uint8_t* p, int32_t length) {
+  const uint8_t* tail = p + length - kHalf;
+  if constexpr (kHalf == 8) {
+    return {_mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)),
+                               _mm_loadl_epi64(reinterpret_cast<const __m128i*>(tail)))};
+  } else if constexpr (kHalf == 4) {
+    return {_mm_unpacklo_epi32(_mm_cvtsi32_si128(LoadWord<int32_t>(p)),
+                               _mm_cvtsi32_si128(LoadWord<int32_t>(tail)))};
+  } else if constexpr (kHalf == 2) {
+    const uint32_t ends = LoadWord<uint16_t>(p) | (uint32_t{LoadWord<uint16_t>(tail)} << 16);
+    return {_mm_cvtsi32_si128(static_cast<int32_t>(ends))};
+  } else {
+    static_assert(kHalf == 1);
+    return {_mm_cvtsi32_si128(*p | (*tail << 8))};
+  }
+}
+
+// Stores the low 2 * kHalf lanes as the first and the last kHalf bytes of such a string.
+template <int32_t kHalf>
+VEK_INLINE void StoreEnds(uint8_t* p, int32_t length, Block b) {
+  uint8_t* tail = p + length - kHalf;
+  if constexpr (kHalf == 8) {
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), b.lanes);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(tail), _mm_unpackhi_epi64(b.lanes, b.lanes));
+  } else if constexpr (kHalf == 4) {
+    const auto ends = static_cast<uint64_t>(_mm_cvtsi128_si64(b.lanes));
+    StoreWord(p, static_cast<uint32_t>(ends));
+    StoreWord(tail, static_cast<uint32_t>(ends >> 32));
+  } else {
+    static_assert(kHalf == 2 || kHalf == 1);
+    using Word = std::conditional_t<kHalf == 2, uint16_t, uint8_t>;
+    const auto ends = static_cast<uint32_t>(_mm_cvtsi128_si32(b.lanes));
+    StoreWord(p, static_cast<Word>(ends));
+    StoreWord(tail, static_cast<Word>(ends >> (8 * kHalf)));
+  }
+}
+
 // The bytes from a lowest to a highest value, tested with one addition and one comparison: the
 // addition moves the range to the top of the signed bytes, so that a member is whatever is then
 // greater than the byte below the moved range. The range of all 256 bytes has no byte below it and
@@ -86,6 +128,18 @@ VEK_INLINE ByteRange MakeRange(uint8_t lowest, uint8_t highest) {
 
 VEK_INLINE Block InRange(Block b, const ByteRange& range) {
   return {_mm_cmpgt_epi8((b + range.shift).lanes, range.below.lanes)};
+}
+
+// Adds a value to the bytes of a range and leaves the others: case mapping.
+struct Folding {
+  ByteRange range;
+  Block addend;
+
+  VEK_INLINE Block Fold(Block b) const { return b + (InRange(b, range) & addend); }
+};
+
+VEK_INLINE Folding MakeFolding(uint8_t lowest, uint8_t highest, uint8_t addend) {
+  return {MakeRange(lowest, highest), Splat(addend)};
 }
 
 }  // namespace vekch::kernels

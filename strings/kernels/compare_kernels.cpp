@@ -28,13 +28,6 @@ struct Differs {
   }
 };
 
-struct Folding {
-  ByteRange range;
-  Block addend;
-
-  VEK_INLINE Block Fold(Block b) const { return b + (InRange(b, range) & addend); }
-};
-
 struct DiffersFolded {
   static constexpr Hits kHits = Hits::kClearLanes;
   Differs strings;
@@ -66,7 +59,7 @@ VEK_KERNEL int32_t Compare(const uint8_t* first, const uint8_t* second, int32_t 
 
 VEK_KERNEL int32_t CompareFolded(const uint8_t* first, const uint8_t* second, int32_t length,
                                  uint8_t lowest, uint8_t highest, uint8_t addend) {
-  const Folding folding = {MakeRange(lowest, highest), Splat(addend)};
+  const Folding folding = MakeFolding(lowest, highest, addend);
   const int32_t i = FirstHit(DiffersFolded{{first, second}, folding}, length);
   return i < 0 ? 0
                : FoldByte(first[i], lowest, highest, addend) -

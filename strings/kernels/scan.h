@@ -32,27 +32,12 @@ struct AlignedLoad {
   VEK_INLINE Block operator()(const uint8_t* p) const { return LoadAligned(p); }
 };
 
-// Loads the first and the last kHalf bytes of a string of kHalf to 2 * kHalf - 1 bytes into the
-// low 2 * kHalf lanes; the other lanes hold anything.
+// The two ends of a string together, see LoadEnds.
 template <int32_t kHalf>
 struct EndsLoad {
   int32_t length;
 
-  VEK_INLINE Block operator()(const uint8_t* p) const {
-    const uint8_t* tail = p + length - kHalf;
-    if constexpr (kHalf == 8) {
-      return {_mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)),
-                                 _mm_loadl_epi64(reinterpret_cast<const __m128i*>(tail)))};
-    } else if constexpr (kHalf == 4) {
-      return {_mm_unpacklo_epi32(_mm_cvtsi32_si128(LoadWord<int32_t>(p)),
-                                 _mm_cvtsi32_si128(LoadWord<int32_t>(tail)))};
-    } else if constexpr (kHalf == 2) {
-      const uint32_t ends = LoadWord<uint16_t>(p) | (uint32_t{LoadWord<uint16_t>(tail)} << 16);
-      return {_mm_cvtsi32_si128(static_cast<int32_t>(ends))};
-    } else {
-      return {_mm_cvtsi32_si128(*p | (*tail << 8))};
-    }
-  }
+  VEK_INLINE Block operator()(const uint8_t* p) const { return LoadEnds<kHalf>(p, length); }
 };
 
 // Position in the string of a lane of its two ends.

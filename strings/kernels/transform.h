@@ -1,0 +1,98 @@
+// The shape that the transforms of single bytes share: each byte of a source is mapped by itself
+// and stored at the same position of a destination.
+//
+//   up to 64 bytes   the two ends, overlapping where the length is not a power of two
+//   beyond           64 bytes a step on the destination's block boundaries; what lies before the
+//                    first boundary and behind the last step is part of an overlapping first block
+//                    and of overlapping last 64 bytes
+//
+// The destination may be the source: whatever overlaps is read before anything is stored over it,
+// so that no byte is mapped twice. Other overlaps are not supported. No byte outside the source is
+// read, and none outside the destination's `length` bytes is written.
+//
+// A Map is called as Block map(Block) and treats all lanes alike.
+
+#ifndef VEKCH_STRINGS_KERNELS_TRANSFORM_H
+#define VEKCH_STRINGS_KERNELS_TRANSFORM_H
+
+#include "strings/kernels/block.h"
+
+namespace vekch::kernels {
+
+struct FourBlocks {
+  Block b0, b1, b2, b3;
+};
+
+// Maps the 32 bytes at p and the 32 bytes that start `gap` bytes behind p.
+template <class Map>
+VEK_INLINE FourBlocks MapFour(const uint8_t* p, ptrdiff_t gap, const Map& map) {
+  const Block b0 = LoadAny(p);
+  const Block b1 = LoadAny(p + kBlock);
+  const Block b2 = LoadAny(p + gap);
+  const Block b3 = LoadAny(p + gap + kBlock);
+  return {map(b0), map(b1), map(b2), map(b3)};
+}
+
+VEK_INLINE void StoreFour(uint8_t* p, ptrdiff_t gap, const FourBlocks& blocks) {
+  StoreAny(p, blocks.b0);
+  StoreAny(p + kBlock, blocks.b1);
+  StoreAny(p + gap, blocks.b2);
+  StoreAny(p + gap + kBlock, blocks.b3);
+}
+
+VEK_INLINE void StoreFourAligned(uint8_t* p, const FourBlocks& blocks) {
+  StoreAligned(p, blocks.b0);
+  StoreAligned(p + kBlock, blocks.b1);
+  StoreAligned(p + 2 * kBlock, blocks.b2);
+  StoreAligned(p + 3 * kBlock, blocks.b3);
+}
+
+template <int32_t kHalf, class Map>
+VEK_INLINE void TransformEnds(const uint8_t* source, uint8_t* destination, int32_t length,
+                              const Map& map) {
+  StoreEnds<kHalf>(destination, length, map(LoadEnds<kHalf>(source, length)));
+}
+
+template <class Map>
+VEK_INLINE void TransformShort(const uint8_t* source, uint8_t* destination, int32_t length,
+                               const Map& map) {
+  if (length > 2 * kBlock) {
+    const ptrdiff_t gap = length - 2 * kBlock;
+    StoreFour(destination, gap, MapFour(source, gap, map));
+  } else if (length >= kBlock) {
+    const Block first = map(LoadAny(source));
+    const Block last = map(LoadAny(source + length - kBlock));
+    StoreAny(destination, first);
+    StoreAny(destination + length - kBlock, last);
+  } else if (length >= 8) {
+    TransformEnds<8>(source, destination, length, map);
+  } else if (length >= 4) {
+    TransformEnds<4>(source, destination, length, map);
+  } else if (length >= 2) {
+    TransformEnds<2>(source, destination, length, map);
+  } else {
+    TransformEnds<1>(source, destination, length, map);
+  }
+}
+
+// Maps `length` bytes, at least one.
+template <class Map>
+VEK_INLINE void Transform(const uint8_t* source, uint8_t* destination, int32_t length,
+                          const Map& map) {
+  if (length <= 4 * kBlock) {
+    TransformShort(source, destination, length, map);
+    return;
+  }
+  const ptrdiff_t tail = length - 4 * kBlock;
+  const Block first = map(LoadAny(source));
+  const FourBlocks last = MapFour(source + tail, 2 * kBlock, map);
+  for (ptrdiff_t i = kBlock - Misalignment(destination); i < tail; i += 4 * kBlock) {
+    StoreFourAligned(destination + i, MapFour(source + i, 2 * kBlock, map));
+  }
+  StoreAny(destination, first);
+  StoreFour(destination + tail, 2 * kBlock, last);
+}
+
+}  // namespace vekch::kernels
+
+#endif
