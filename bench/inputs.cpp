@@ -8,12 +8,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <numeric>
 #include <random>
 #include <string>
 
 namespace vekch_bench {
 namespace {
 
+constexpr int64_t kRandomUnit = 999'983;
 constexpr const char* kEnglishFolder = "/usr/share/common-licenses";
 
 std::string ReadEnglish() {
@@ -60,12 +62,13 @@ Input Repeated(int64_t length, std::string_view unit, int64_t offset) {
 }
 
 Input RandomOf(int64_t length, std::string_view alphabet, int64_t offset) {
-  Input input(length, offset);
+  // Large inputs repeat what would take seconds to make anew.
+  std::string unit(static_cast<size_t>(std::min(length, kRandomUnit)), '\0');
   std::minstd_rand random(12345);
-  for (int64_t i = 0; i < length; ++i) {
-    input.data()[i] = static_cast<uint8_t>(alphabet[(random() >> 8) % alphabet.size()]);
+  for (char& c : unit) {
+    c = alphabet[(random() >> 8) % alphabet.size()];
   }
-  return input;
+  return Repeated(length, unit, offset);
 }
 
 Input RandomLetters(int64_t length, int64_t offset) {
@@ -73,17 +76,22 @@ Input RandomLetters(int64_t length, int64_t offset) {
 }
 
 Input RandomBytes(int64_t length, int64_t offset) {
-  Input input(length, offset);
-  std::minstd_rand random(54321);
-  for (int64_t i = 0; i < length; ++i) {
-    input.data()[i] = static_cast<uint8_t>(random() >> 8);
+  std::string alphabet;
+  for (int32_t value = 0; value < 256; ++value) {
+    alphabet.push_back(static_cast<char>(value));
   }
-  return input;
+  return RandomOf(length, alphabet, offset);
 }
 
 Input English(int64_t length, int64_t offset) {
   static const std::string text = ReadEnglish();
   return Repeated(length, text, offset);
+}
+
+int64_t Count(const Input& input, std::string_view set) {
+  const std::string_view view = input.view();
+  return std::count_if(view.begin(), view.end(),
+                       [=](char c) { return set.find(c) != std::string_view::npos; });
 }
 
 std::vector<int32_t> RandomLengths(size_t count, int32_t lowest, int32_t highest) {
@@ -94,6 +102,10 @@ std::vector<int32_t> RandomLengths(size_t count, int32_t lowest, int32_t highest
              static_cast<int32_t>((random() >> 8) % static_cast<uint32_t>(highest - lowest + 1));
   }
   return lengths;
+}
+
+int64_t Sum(const std::vector<int32_t>& lengths) {
+  return std::accumulate(lengths.begin(), lengths.end(), int64_t{0});
 }
 
 }  // namespace vekch_bench

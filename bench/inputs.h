@@ -10,6 +10,12 @@
 
 namespace vekch_bench {
 
+// From a few bytes to beyond every cache.
+constexpr int64_t kAllSizes[] = {1,  2,  3,   5,   8,       13,   16,      24,      31,
+                                 48, 64, 100, 256, 1 << 10, 4096, 1 << 16, 1 << 20, 1 << 26};
+// Those of them that show the kernels' stages, in caches.
+constexpr int64_t kSomeSizes[] = {8, 16, 31, 64, 100, 256, 1 << 10, 4096, 1 << 16};
+
 // Bytes that start `offset` bytes behind a 64-byte boundary, with a zero byte behind the last.
 class Input {
  public:
@@ -37,6 +43,13 @@ class Input {
   uint8_t* data_;
 };
 
+inline std::string_view View(const uint8_t* bytes, int32_t length) {
+  return {reinterpret_cast<const char*>(bytes), static_cast<size_t>(length)};
+}
+
+// How many of the input's bytes belong to the set.
+int64_t Count(const Input& input, std::string_view set);
+
 // The same bytes for the same arguments in every run.
 Input Filled(int64_t length, uint8_t value, int64_t offset = 0);
 Input Repeated(int64_t length, std::string_view unit, int64_t offset = 0);
@@ -48,6 +61,7 @@ Input English(int64_t length, int64_t offset = 0);
 
 // The same pseudo-random lengths, from lowest to highest, in every run.
 std::vector<int32_t> RandomLengths(size_t count, int32_t lowest, int32_t highest);
+int64_t Sum(const std::vector<int32_t>& lengths);
 
 }  // namespace vekch_bench
 

@@ -88,8 +88,8 @@ std::string Format(const char* format, double value) {
 }
 
 std::string FormatTime(double nanoseconds) {
-  return nanoseconds < 1e4   ? Format("%.2f ns", nanoseconds)
-         : nanoseconds < 1e7 ? Format("%.2f us", nanoseconds / 1e3)
+  return nanoseconds < 1e3   ? Format("%.2f ns", nanoseconds)
+         : nanoseconds < 1e6 ? Format("%.2f us", nanoseconds / 1e3)
                              : Format("%.2f ms", nanoseconds / 1e6);
 }
 
@@ -197,7 +197,7 @@ void Case::Run() {
   for (size_t i = 0; i < contenders_.size(); ++i) {
     const double time = medians[i] / static_cast<double>(calls_);
     if (session.csv != nullptr) {
-      fprintf(session.csv, "%s,%s,%lld,%s,%.3f\n", family_.c_str(), name_.c_str(),
+      fprintf(session.csv, "%s,\"%s\",%lld,%s,%.3f\n", family_.c_str(), name_.c_str(),
               static_cast<long long>(bytes_), contenders_[i].name.c_str(), time);
     }
     if (i == 0) {
@@ -210,7 +210,7 @@ void Case::Run() {
     }
   }
   printf("%-28s %9s %10s %10.2f", name_.c_str(), FormatBytes(bytes_).c_str(),
-         FormatTime(ours).c_str(), static_cast<double>(bytes_) / ours);
+         FormatTime(ours).c_str(), static_cast<double>(bytes_) / medians[0]);
   if (row.fastestPeer.empty()) {
     printf("\n");
   } else {

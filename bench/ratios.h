@@ -7,8 +7,8 @@
 // slows all of them down; what counts is each contender's median.
 //
 //   Case("find_byte", "absent", bytes)
-//       .Ours([=] { int32_t at; veksFindC_8u(text, bytes, 'x', &at); return at; })
-//       .Peer("memchr", [=] { return Position(memchr(text, 'x', bytes)); })
+//       .Ours([=] { return Result<veksFindC_8u>(text, length, 'x'); })
+//       .Peer("memchr", [=] { return Position(memchr(text, 'x', size), text); })
 //       .Run();
 //
 // The timing loop is compiled into each contender: an iteration costs the call and no more. Peers
@@ -39,11 +39,11 @@ struct Contender {
 
 class Case {
  public:
-  // `bytes` is the size of the input, for the table and the throughput. Cases are selected by
-  // --benchmark_filter, a regular expression on "family/name/bytes".
+  // `bytes` is what one run of a contender goes through, for the table and the throughput. Cases
+  // are selected by --benchmark_filter, a regular expression on "family/name/bytes".
   Case(std::string family, std::string name, int64_t bytes);
 
-  // How many calls a contender makes each time it is run; times are given for one call.
+  // How many calls a contender makes in one run; times are given for one call.
   Case& Calls(int64_t calls) {
     calls_ = calls;
     return *this;
@@ -116,8 +116,48 @@ class Family {
 // A number that stands for bytes that were written.
 int64_t Digest(const void* bytes, int64_t length);
 
+// Answers in one form. Ours is what the function wrote through its last argument.
+template <auto kFunction, class... Arguments>
+inline int64_t Result(Arguments... arguments) {
+  int32_t result;
+  kFunction(arguments..., &result);
+  return result;
+}
+
 // The sign of a three-way comparison's result, since peers agree in no more than that.
 inline int64_t Sign(int64_t difference) { return (difference > 0) - (difference < 0); }
+
+// The position of what a peer's search returned; -1 for a null pointer, and for npos.
+inline int64_t Position(const void* found, const void* start) {
+  return found == nullptr ? -1 : static_cast<const char*>(found) - static_cast<const char*>(start);
+}
+inline int64_t Position(size_t found) { return static_cast<int64_t>(found); }
+
+// How often a search finds something when it goes on behind, or before, every place it found.
+// `find(from, length)` gives a position relative to `from`, or -1.
+template <class Find>
+inline int64_t CountForward(Find find, int32_t length) {
+  int64_t count = 0;
+  for (int32_t from = 0; from < length; ++count) {
+    const int64_t at = find(from, length - from);
+    if (at < 0) {
+      break;
+    }
+    from += static_cast<int32_t>(at) + 1;
+  }
+  return count;
+}
+template <class Find>
+inline int64_t CountBackward(Find find, int32_t length) {
+  int64_t count = 0;
+  for (int64_t at = length; at > 0; ++count) {
+    at = find(0, static_cast<int32_t>(at));
+    if (at < 0) {
+      break;
+    }
+  }
+  return count;
+}
 
 // Runs every family's cases and prints the table and what it shows; the program's exit code.
 int RunAllFamilies(int argc, char** argv);

@@ -1,0 +1,208 @@
+// The searches for a substring beside memmem, strstr and std::string_view.
+
+#include <string.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "bench/inputs.h"
+#include "bench/ratios.h"
+#include "vekch/vekch.h"
+
+namespace vekch_bench {
+namespace {
+
+constexpr int64_t kLargestForView = 1 << 16;  // its time can grow with needle times text
+
+const uint8_t* Unsigned(std::string_view s) { return reinterpret_cast<const uint8_t*>(s.data()); }
+const char* Signed(const uint8_t* p) { return reinterpret_cast<const char*>(p); }
+
+struct OurFind {
+  int64_t operator()(const uint8_t* p, int32_t length, std::string_view needle) const {
+    return Result<veksFind_8u>(p, length, Unsigned(needle), static_cast<int32_t>(needle.size()));
+  }
+};
+
+struct OurFindLast {
+  int64_t operator()(const uint8_t* p, int32_t length, std::string_view needle) const {
+    return Result<veksFindRev_8u>(p, length, Unsigned(needle), static_cast<int32_t>(needle.size()));
+  }
+};
+
+struct OurFindTerminated {
+  int64_t operator()(const uint8_t* p, int32_t, std::string_view needle) const {
+    return Result<veksFind_Z_8u>(p, Unsigned(needle));
+  }
+};
+
+struct Memmem {
+  int64_t operator()(const uint8_t* p, int32_t length, std::string_view needle) const {
+    return Position(memmem(p, static_cast<size_t>(length), needle.data(), needle.size()), p);
+  }
+};
+
+struct Strstr {
+  int64_t operator()(const uint8_t* p, int32_t, std::string_view needle) const {
+    return Position(strstr(Signed(p), needle.data()), p);
+  }
+};
+
+struct ViewFind {
+  int64_t operator()(const uint8_t* p, int32_t length, std::string_view needle) const {
+    return Position(View(p, length).find(needle));
+  }
+};
+
+struct ViewFindLast {
+  int64_t operator()(const uint8_t* p, int32_t length, std::string_view needle) const {
+    return Position(View(p, length).rfind(needle));
+  }
+};
+
+constexpr auto kRunFind = [](const std::string& name, int64_t bytes, int64_t calls, auto call) {
+  Case one("find_string", name, bytes);
+  one.Calls(calls).Ours([=] { return call(OurFind()); });
+  one.Peer("memmem", [=] { return call(Memmem()); });
+  if (bytes <= kLargestForView) {
+    one.Peer("string_view::find", [=] { return call(ViewFind()); });
+  }
+  one.Run();
+};
+
+constexpr auto kRunFindLast = [](const std::string& name, int64_t bytes, int64_t calls, auto call) {
+  Case("find_last_string", name, bytes)
+      .Calls(calls)
+      .Ours([=] { return call(OurFindLast()); })
+      .Peer("string_view::rfind", [=] { return call(ViewFindLast()); })
+      .Run();
+};
+
+constexpr auto kRunFindTerminated = [](const std::string& name, int64_t bytes, int64_t calls,
+                                       auto call) {
+  Case("find_string_z", name, bytes)
+      .Calls(calls)
+      .Ours([=] { return call(OurFindTerminated()); })
+      .Peer("strstr", [=] { return call(Strstr()); })
+      .Run();
+};
+
+struct Task {
+  std::string name;
+  std::function<Input(int64_t)> text;  // of a size
+  std::string needle;
+};
+
+Task InEnglish(const std::string& kind, const std::string& needle) {
+  return {kind + " in English, absent", [](int64_t bytes) { return English(bytes); }, needle};
+}
+
+// The needle stands where the search comes to last.
+Task AtLast(bool forward, int64_t needleLength) {
+  const std::string needle(RandomOf(needleLength, "qwerty").view());
+  return {std::to_string(needleLength) + " letters, found last",
+          [=](int64_t bytes) {
+            Input text = RandomLetters(bytes);
+            if (needleLength <= bytes) {
+              text.Put(forward ? -needleLength : 0, needle);
+            }
+            return text;
+          },
+          needle};
+}
+
+// Few places look like the needle.
+std::vector<Task> PlainTasks(bool forward) {
+  return {InEnglish("2 rare bytes", "zq"),
+          InEnglish("2 common bytes", "hh"),
+          InEnglish("common letters", "otherest"),
+          InEnglish("rare letters", "Xylophones"),
+          InEnglish("sentence", "that there is no such sentence in it is certain"),
+          AtLast(forward, 4),
+          AtLast(forward, 16),
+          AtLast(forward, 64)};
+}
+
+Task InRepeated(const std::string& name, const std::string& unit, const std::string& needle) {
+  return {name, [=](int64_t bytes) { return Repeated(bytes, unit); }, needle};
+}
+
+// Many places look like the needle.
+std::vector<Task> Traps() {
+  const auto a = [](size_t count) { return std::string(count, 'a'); };
+  const auto b = [](size_t count) { return std::string(count, 'b'); };
+  return {
+      InRepeated("a^31 b in a's", "a", a(31) + "b"),
+      InRepeated("b a^31 in a's", "a", "b" + a(31)),
+      InRepeated("a^15 b a^16 in a's", "a", a(15) + "b" + a(16)),
+      InRepeated("a^128 b a^128 in a's", "a", a(128) + "b" + a(128)),
+      InRepeated("(ab)^8 b in (ab)'s", "ab", "ababababababababb"),
+      InRepeated("a^31 b in (a^30 b)'s", a(30) + "b", a(31) + "b"),
+      InRepeated("common start", "needle in a hay", "needle in a stack"),
+      {"a^20 b^20 in random a, b", [](int64_t bytes) { return RandomOf(bytes, "ab"); },
+       a(20) + b(20)},
+      {"common ends in English", [](int64_t bytes) { return English(bytes); }, "e_____________t"}};
+}
+
+template <class Run>
+void RunTasks(Run run, const std::vector<Task>& tasks, const std::vector<int64_t>& sizes) {
+  for (const Task& task : tasks) {
+    const std::string_view needle = task.needle;
+    for (const int64_t bytes : sizes) {
+      if (static_cast<int64_t>(needle.size()) <= bytes) {
+        const Input text = task.text(bytes);
+        run(task.name, bytes, 1, [p = text.data(), length = text.length(), needle](auto find) {
+          return find(p, length, needle);
+        });
+      }
+    }
+  }
+}
+
+// All places at which the needle stands, one after the other.
+auto AllForward(const Input& text, std::string_view needle) {
+  return [p = text.data(), length = text.length(), needle](auto find) {
+    return CountForward([=](int32_t from, int32_t rest) { return find(p + from, rest, needle); },
+                        length);
+  };
+}
+
+auto AllBackward(const Input& text, std::string_view needle) {
+  return [p = text.data(), length = text.length(), needle](auto find) {
+    return CountBackward([=](int32_t, int32_t rest) { return find(p, rest, needle); }, length);
+  };
+}
+
+template <class Run, class All, class Find>
+void RunEach(Run run, All all, Find find) {
+  const Input text = English(1 << 16);
+  for (const std::string_view needle : {"the", "License", ". ", "copyright"}) {
+    const auto call = all(text, needle);
+    run("each '" + std::string(needle) + "' in English", text.length(), call(find) + 1, call);
+  }
+}
+
+const std::vector<int64_t> kCachedSizes = {8,   16,      31,   64,      100,
+                                           256, 1 << 10, 4096, 1 << 16, 1 << 20};
+const std::vector<int64_t> kTrapSizes = {64, 256, 1 << 10, 4096, 1 << 16, 1 << 20};
+const std::vector<int64_t> kFewSizes = {31, 100, 1 << 10, 1 << 16};
+
+const Family kFindString([] {
+  for (const Task& task : PlainTasks(true)) {
+    RunTasks(kRunFind, {task}, kCachedSizes);
+    RunTasks(kRunFind, {task}, {1 << 26});
+  }
+  RunTasks(kRunFind, Traps(), kTrapSizes);
+  RunEach(kRunFind, AllForward, ViewFind());
+
+  RunTasks(kRunFindLast, PlainTasks(false), kCachedSizes);
+  RunTasks(kRunFindLast, {PlainTasks(false).front()}, {1 << 26});
+  RunTasks(kRunFindLast, Traps(), kTrapSizes);
+  RunEach(kRunFindLast, AllBackward, ViewFindLast());
+
+  RunTasks(kRunFindTerminated, PlainTasks(true), kFewSizes);
+  RunTasks(kRunFindTerminated, Traps(), kFewSizes);
+});
+
+}  // namespace
+}  // namespace vekch_bench
