@@ -4,6 +4,7 @@
 #include "vekch/find.h"
 
 #include "frame/checks.h"
+#include "strings/kernels/byte_set.h"
 #include "strings/kernels/find_kernels.h"
 
 namespace vekch {
@@ -11,16 +12,22 @@ namespace {
 
 constexpr int32_t kNotFound = -1;
 
-template <class Kernel>
-inline vekStatus CheckedFindByte(const uint8_t* source, int32_t length, int32_t* index,
-                                 Kernel kernel) {
+// With the scan in one function, in the kernels' section: a search of a short string costs no more
+// than the call itself.
+template <kernels::Direction kDirection>
+VEK_INLINE vekStatus CheckedFindByte(const uint8_t* source, int32_t length, uint8_t value,
+                                     int32_t* index) {
   if (AnyNull(source, index)) {
     return StatusNullPointer;
   }
-  if (length < 0) {
-    return StatusLengthError;
+  if (length <= 0) {
+    if (length < 0) {
+      return StatusLengthError;
+    }
+    *index = kNotFound;
+    return StatusNoError;
   }
-  *index = length == 0 ? kNotFound : kernel();
+  *index = kernels::ScanFor<kDirection>(kernels::EqualsByte{source, kernels::Splat(value)}, length);
   return StatusNoError;
 }
 
@@ -64,18 +71,16 @@ vekStatus veksFindRev_8u(const uint8_t* source, int32_t sourceLength, const uint
                             vekch::kernels::FindLastSubstring);
 }
 
-vekStatus veksFindC_8u(const uint8_t* source, int32_t sourceLength, uint8_t value,
-                       int32_t* index) noexcept {
-  return vekch::CheckedFindByte(source, sourceLength, index, [=] {
-    return vekch::kernels::FindByte(source, sourceLength, value);
-  });
+VEK_KERNEL vekStatus veksFindC_8u(const uint8_t* source, int32_t sourceLength, uint8_t value,
+                                  int32_t* index) noexcept {
+  return vekch::CheckedFindByte<vekch::kernels::Direction::kForward>(source, sourceLength, value,
+                                                                     index);
 }
 
-vekStatus veksFindRevC_8u(const uint8_t* source, int32_t sourceLength, uint8_t value,
-                          int32_t* index) noexcept {
-  return vekch::CheckedFindByte(source, sourceLength, index, [=] {
-    return vekch::kernels::FindLastByte(source, sourceLength, value);
-  });
+VEK_KERNEL vekStatus veksFindRevC_8u(const uint8_t* source, int32_t sourceLength, uint8_t value,
+                                     int32_t* index) noexcept {
+  return vekch::CheckedFindByte<vekch::kernels::Direction::kBackward>(source, sourceLength, value,
+                                                                      index);
 }
 
 vekStatus veksFindCAny_8u(const uint8_t* source, int32_t sourceLength, const uint8_t* set,

@@ -55,9 +55,10 @@ VEK_INLINE void StoreAligned(uint8_t* p, Block b) {
   _mm_store_si128(reinterpret_cast<__m128i*>(p), b.lanes);
 }
 
-// Number of bytes by which p lies above the 16-byte boundary at or below it.
+// Number of bytes by which p lies above the boundary of kBoundary bytes at or below it.
+template <int32_t kBoundary = kBlock>
 VEK_INLINE ptrdiff_t Misalignment(const void* p) {
-  return static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(p) % kBlock);
+  return static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(p) % kBoundary);
 }
 
 template <class Word>

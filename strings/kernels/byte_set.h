@@ -13,6 +13,19 @@ constexpr int32_t kMostMembers = 16;  // beyond, comparing costs more than looki
 constexpr int32_t kMostRanges = 4;    // beyond, testing ranges costs more than looking up
 constexpr int32_t kTableSize = 256;
 
+struct EqualsByte {
+  static constexpr Hits kHits = Hits::kSetLanes;
+  const uint8_t* source;
+  Block value;
+
+  VEK_INLINE const uint8_t* Anchor() const { return source; }
+
+  template <class Load>
+  VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
+    return load(source + i) == value;
+  }
+};
+
 // A list shorter than kCount is filled up with its last member.
 template <int32_t kCount>
 struct EqualsMember {

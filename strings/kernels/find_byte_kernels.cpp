@@ -1,26 +1,9 @@
 // Search for one byte value: a scan that compares each block with the value in every lane.
 
+#include "strings/kernels/byte_set.h"
 #include "strings/kernels/find_kernels.h"
-#include "strings/kernels/scan.h"
 
 namespace vekch::kernels {
-namespace {
-
-struct EqualsByte {
-  static constexpr Hits kHits = Hits::kSetLanes;
-  const uint8_t* source;
-  Block value;
-
-  VEK_INLINE const uint8_t* Anchor() const { return source; }
-
-  template <class Load>
-  VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
-    return load(source + i) == value;
-  }
-};
-
-}  // namespace
-
 VEK_KERNEL int32_t FindByte(const uint8_t* source, int32_t length, uint8_t value) {
   return FirstHit(EqualsByte{source, Splat(value)}, length);
 }

@@ -108,7 +108,7 @@ struct Search {
     while (candidates != 0) {
       const int32_t lane = Direction::kForward ? LowestBit(candidates) : HighestBit(candidates);
       const int32_t at = position(lane);
-      const int32_t difference = FirstDifference(source + at, needle, needleLength);
+      const int32_t difference = FirstHit(Differs{source + at, needle}, needleLength);
       if (difference < 0) {
         return at;
       }
@@ -214,17 +214,9 @@ VEK_KERNEL __attribute__((noinline)) int32_t FindLastTwoWay(const uint8_t* sourc
 // Fewer than 16 positions: their ends, as the scan does for short strings.
 template <class Direction>
 VEK_INLINE int32_t FindAmongFew(Search<Direction>& search) {
-  const int32_t positions = search.positions;
-  uint64_t bits;
-  int32_t half;
-  if (positions >= 4) {
-    half = positions >= 8 ? 8 : 4;
-    bits = half == 8 ? EndsBits<8>(search, positions) : EndsBits<4>(search, positions);
-  } else {
-    half = positions >= 2 ? 2 : 1;
-    bits = half == 2 ? EndsBits<2>(search, positions) : EndsBits<1>(search, positions);
-  }
-  return search.Verify(bits, [=](int32_t lane) { return EndsPosition(lane, half, positions); });
+  return UseBitsOfFew(search, search.positions, [&](uint64_t bits) {
+    return search.Verify(bits, [](int32_t lane) { return lane; });
+  });
 }
 
 // 64 positions a step, then 16 a step, the last step ending at the last position in scan order.
@@ -241,7 +233,7 @@ VEK_INLINE int32_t FindAmongMany(Search<Direction>& search) {
   while (passed < positions) {
     const int32_t width = positions - passed >= 64 ? 64 : kBlock;
     const int32_t start = stepStart(passed, width);
-    const uint64_t candidates = width == 64 ? GroupBits(search, AnyLoad{}, start)
+    const uint64_t candidates = width == 64 ? GroupBits(search, start)
                                             : HitBits<Search<Direction>>(search(AnyLoad{}, start));
     if (__builtin_expect(candidates != 0, 0)) {
       const int32_t at = search.Verify(candidates, [=](int32_t lane) { return start + lane; });

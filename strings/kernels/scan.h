@@ -2,8 +2,8 @@
 // of a string at which something is hit.
 //
 //   up to 64 bytes   the string's two ends, overlapping where it is not a power of two long
-//   beyond           one block at the end where the scan starts; then 64 bytes a step on block
-//                    boundaries; then the last 64 bytes, overlapping what was seen already
+//   beyond           the 64 bytes where the scan starts; then 64 bytes a step, in long strings on
+//                    boundaries of 64; then the 64 bytes where it ends, overlapping what was seen
 //
 // An overlap is harmless: bytes in it are tested twice, and a byte hit the second time would have
 // been reported the first time. No byte outside the string is read.
@@ -11,7 +11,7 @@
 // What is looked for is a Probe:
 //
 //   static constexpr Hits kHits       whether its result's set or clear lanes are the hits
-//   const uint8_t* Anchor() const     the string whose block boundaries the scan follows
+//   const uint8_t* Anchor() const     the string whose boundaries the scan follows
 //   Block operator()(load, i) const   the result for the bytes from position i on; every string
 //                                     that the probe looks at is read as load(string + i)
 
@@ -22,14 +22,15 @@
 
 namespace vekch::kernels {
 
+constexpr int32_t kGroup = 4 * kBlock;
+
+// Strings longer than this pay for a further step with loads that cross no boundary of 64.
+constexpr int32_t kAlignFrom = 4 * kGroup;
+
 enum class Hits { kSetLanes, kClearLanes };
 
 struct AnyLoad {
   VEK_INLINE Block operator()(const uint8_t* p) const { return LoadAny(p); }
-};
-
-struct AlignedLoad {
-  VEK_INLINE Block operator()(const uint8_t* p) const { return LoadAligned(p); }
 };
 
 // The two ends of a string together, see LoadEnds.
@@ -39,15 +40,6 @@ struct EndsLoad {
 
   VEK_INLINE Block operator()(const uint8_t* p) const { return LoadEnds<kHalf>(p, length); }
 };
-
-// Position in the string of a lane of its two ends.
-VEK_INLINE int32_t EndsPosition(int32_t lane, int32_t half, int32_t length) {
-  const int32_t position = lane < half ? lane : lane + length - 2 * half;
-  if (position < 0) {
-    __builtin_unreachable();  // lets a caller that asks only "is there one?" drop the arithmetic
-  }
-  return position;
-}
 
 template <class Probe>
 VEK_INLINE uint32_t HitBits(Block result) {
@@ -61,12 +53,12 @@ VEK_INLINE Block Merge(Block a, Block b) {
 }
 
 // Hits among the 64 bytes from position i on.
-template <class Probe, class Load>
-VEK_INLINE uint64_t GroupBits(const Probe& probe, Load load, ptrdiff_t i) {
-  const Block r0 = probe(load, i);
-  const Block r1 = probe(load, i + kBlock);
-  const Block r2 = probe(load, i + 2 * kBlock);
-  const Block r3 = probe(load, i + 3 * kBlock);
+template <class Probe>
+VEK_INLINE uint64_t GroupBits(const Probe& probe, ptrdiff_t i) {
+  const Block r0 = probe(AnyLoad{}, i);
+  const Block r1 = probe(AnyLoad{}, i + kBlock);
+  const Block r2 = probe(AnyLoad{}, i + 2 * kBlock);
+  const Block r3 = probe(AnyLoad{}, i + 3 * kBlock);
   const Block any = Merge<Probe>(Merge<Probe>(r0, r1), Merge<Probe>(r2, r3));
   if (__builtin_expect(HitBits<Probe>(any) == 0, 1)) {
     return 0;
@@ -75,79 +67,105 @@ VEK_INLINE uint64_t GroupBits(const Probe& probe, Load load, ptrdiff_t i) {
          (uint64_t{HitBits<Probe>(r2)} << 32) | (uint64_t{HitBits<Probe>(r3)} << 48);
 }
 
-// Hits among the ends of a string of up to 64 bytes, for each size of an end.
+// Hits in a string of kHalf to 2 * kHalf bytes, below 16 of one byte less: those of its last kHalf
+// bytes are shifted to their places behind those of the first.
 template <int32_t kHalf, class Probe>
 VEK_INLINE uint64_t EndsBits(const Probe& probe, int32_t length) {
+  const int32_t tail = length - kHalf;
   if constexpr (kHalf == 32) {
-    const ptrdiff_t tail = length - kHalf;
-    return HitBits<Probe>(probe(AnyLoad{}, 0)) |
-           (uint64_t{HitBits<Probe>(probe(AnyLoad{}, kBlock))} << 16) |
-           (uint64_t{HitBits<Probe>(probe(AnyLoad{}, tail))} << 32) |
-           (uint64_t{HitBits<Probe>(probe(AnyLoad{}, tail + kBlock))} << 48);
+    const auto pair = [&](ptrdiff_t i) __attribute__((always_inline)) {
+      return HitBits<Probe>(probe(AnyLoad{}, i)) |
+             (uint64_t{HitBits<Probe>(probe(AnyLoad{}, i + kBlock))} << 16);
+    };
+    return pair(0) | (pair(tail) << tail);
   } else if constexpr (kHalf == kBlock) {
     return HitBits<Probe>(probe(AnyLoad{}, 0)) |
-           (uint64_t{HitBits<Probe>(probe(AnyLoad{}, length - kBlock))} << 16);
+           (uint64_t{HitBits<Probe>(probe(AnyLoad{}, tail))} << tail);
   } else {
-    return HitBits<Probe>(probe(EndsLoad<kHalf>{length}, 0)) & ((1U << (2 * kHalf)) - 1);
+    constexpr uint32_t kLanes = (1U << kHalf) - 1;
+    const uint32_t bits = HitBits<Probe>(probe(EndsLoad<kHalf>{length}, 0));
+    return (bits & kLanes) | (((bits >> kHalf) & kLanes) << tail);
   }
 }
 
-// Applies `locate`, LowestBit or HighestBit, to the hits of a string of 1 to 64 bytes.
-template <class Probe, class Locate>
-VEK_INLINE int32_t HitInShort(const Probe& probe, int32_t length, Locate locate) {
-  uint64_t bits;
-  int32_t half;
-  if (length >= kBlock) {
-    half = length <= 2 * kBlock ? 16 : 32;
-    bits = half == 16 ? EndsBits<16>(probe, length) : EndsBits<32>(probe, length);
-  } else if (length >= 4) {
-    half = length >= 8 ? 8 : 4;
-    bits = half == 8 ? EndsBits<8>(probe, length) : EndsBits<4>(probe, length);
-  } else {
-    half = length >= 2 ? 2 : 1;
-    bits = half == 2 ? EndsBits<2>(probe, length) : EndsBits<1>(probe, length);
+// Calls `use` with the hits in a string of 1 to 15 bytes. Each size has its own way out: with a
+// common one, much of the time would go into jumps.
+template <class Probe, class Use>
+VEK_INLINE int32_t UseBitsOfFew(const Probe& probe, int32_t length, Use use) {
+  if (length >= 8) {
+    return use(EndsBits<8>(probe, length));
   }
-  return bits == 0 ? -1 : EndsPosition(locate(bits), half, length);
+  if (length >= 4) {
+    return use(EndsBits<4>(probe, length));
+  }
+  if (length >= 2) {
+    return use(EndsBits<2>(probe, length));
+  }
+  return use(EndsBits<1>(probe, length));
 }
+
+// The same for a string of 1 to 64 bytes.
+template <class Probe, class Use>
+VEK_INLINE int32_t UseBitsOfShort(const Probe& probe, int32_t length, Use use) {
+  if (length < kBlock) {
+    return UseBitsOfFew(probe, length, use);
+  }
+  if (length <= 2 * kBlock) {
+    return use(EndsBits<16>(probe, length));
+  }
+  return use(EndsBits<32>(probe, length));
+}
+
+struct LowestHit {
+  VEK_INLINE int32_t operator()(uint64_t bits) const { return bits == 0 ? -1 : LowestBit(bits); }
+};
+
+struct HighestHit {
+  VEK_INLINE int32_t operator()(uint64_t bits) const { return bits == 0 ? -1 : HighestBit(bits); }
+};
 
 // Lowest position that is hit in a string of `length` bytes, at least one; -1 if there is none.
 template <class Probe>
 VEK_INLINE int32_t FirstHit(const Probe& probe, int32_t length) {
-  const auto lowest = [](uint64_t bits) { return LowestBit(bits); };
-  if (length <= 4 * kBlock) {
-    return HitInShort(probe, length, lowest);
+  if (length <= kGroup) {
+    return UseBitsOfShort(probe, length, LowestHit{});
   }
-  if (const uint32_t bits = HitBits<Probe>(probe(AnyLoad{}, 0)); bits != 0) {
+  if (const uint64_t bits = GroupBits(probe, 0); bits != 0) {
     return LowestBit(bits);
   }
-  const ptrdiff_t tail = length - 4 * kBlock;
-  for (ptrdiff_t i = kBlock - Misalignment(probe.Anchor()); i < tail; i += 4 * kBlock) {
-    if (const uint64_t bits = GroupBits(probe, AlignedLoad{}, i); bits != 0) {
+  const ptrdiff_t tail = length - kGroup;
+  ptrdiff_t i = kGroup;
+  if (length > kAlignFrom) {
+    i -= Misalignment<kGroup>(probe.Anchor());
+  }
+  for (; i < tail; i += kGroup) {
+    if (const uint64_t bits = GroupBits(probe, i); bits != 0) {
       return static_cast<int32_t>(i) + LowestBit(bits);
     }
   }
-  const uint64_t bits = GroupBits(probe, AnyLoad{}, tail);
+  const uint64_t bits = GroupBits(probe, tail);
   return bits == 0 ? -1 : static_cast<int32_t>(tail) + LowestBit(bits);
 }
 
 // Highest position that is hit, the mirror image of FirstHit.
 template <class Probe>
 VEK_INLINE int32_t LastHit(const Probe& probe, int32_t length) {
-  const auto highest = [](uint64_t bits) { return HighestBit(bits); };
-  if (length <= 4 * kBlock) {
-    return HitInShort(probe, length, highest);
+  if (length <= kGroup) {
+    return UseBitsOfShort(probe, length, HighestHit{});
   }
-  if (const uint32_t bits = HitBits<Probe>(probe(AnyLoad{}, length - kBlock)); bits != 0) {
-    return length - kBlock + HighestBit(bits);
+  if (const uint64_t bits = GroupBits(probe, length - kGroup); bits != 0) {
+    return length - kGroup + HighestBit(bits);
   }
-  ptrdiff_t i = length - Misalignment(probe.Anchor() + length);
-  for (i -= 4 * kBlock; i > 0; i -= 4 * kBlock) {
-    if (const uint64_t bits = GroupBits(probe, AlignedLoad{}, i); bits != 0) {
+  ptrdiff_t i = length - 2 * kGroup;
+  if (length > kAlignFrom) {
+    i += kGroup - 1 - Misalignment<kGroup>(probe.Anchor() + length - 1);
+  }
+  for (; i > 0; i -= kGroup) {
+    if (const uint64_t bits = GroupBits(probe, i); bits != 0) {
       return static_cast<int32_t>(i) + HighestBit(bits);
     }
   }
-  const uint64_t bits = GroupBits(probe, AnyLoad{}, 0);
-  return bits == 0 ? -1 : HighestBit(bits);
+  return HighestHit{}(GroupBits(probe, 0));
 }
 
 enum class Direction { kForward, kBackward };
