@@ -1,0 +1,3 @@
+#include "header_use.h"
+
+int main() { return UseHeader(); }

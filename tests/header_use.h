@@ -1,0 +1,27 @@
+/*
+ * What a program does with the public header and nothing else: it takes the address of every
+ * exported name and calls one function of each family. Compiled as C99, as C++, and by the C
+ * compiler alone, which brings no C++ run-time library.
+ */
+#include "vekch/vekch.h"
+
+typedef void (*AnyFunction)(void);
+
+static int UseHeader(void) {
+#define USE(name) (AnyFunction) name,
+  const AnyFunction functions[] = {
+#include "use_exports.inc" /* made from frame/exports.list */
+  };
+  const int count = (int)(sizeof functions / sizeof functions[0]);
+  const uint8_t text[] = {'a', 'b', 'c', 'B'};
+  int32_t result = 0;
+  int wrong = 0;
+  int i = 0;
+  for (i = 0; i < count; ++i) {
+    wrong += functions[i] == functions[(i + 1) % count];
+  }
+  wrong += vekchGetLibVersion()->major != 2021;
+  wrong += veksCompare_8u(text, text + 1, 3, &result) != StatusNoError || result != 'a' - 'b';
+  wrong += veksFindC_8u(text, 4, 'c', &result) != StatusNoError || result != 2;
+  return wrong + (vekStatusText(StatusNullPointer) == vekStatusText(StatusNoError));
+}
