@@ -3,6 +3,7 @@
 
 #include "bench/ratios.h"
 
+#include <dlfcn.h>
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -30,6 +31,7 @@ struct Session {
   std::vector<std::function<void()>> families;
   std::regex filter;
   bool listOnly = false;
+  bool peersOnly = false;
   FILE* csv = nullptr;
   std::string lastFamily;
   std::vector<Row> rows;
@@ -112,14 +114,30 @@ void PrintSummary(std::vector<Row> rows) {
   }
 }
 
+// The C library picks a variant of each of its functions when the program is loaded. Where the
+// picked one lies in the library's file tells which it is.
+void PrintPeers() {
+  for (const char* name : {"memcmp", "strncasecmp", "memchr", "memrchr", "strchr", "strlen",
+                           "strcspn", "strspn", "strstr", "memmem", "memcpy", "memmove"}) {
+    Dl_info where;
+    if (const void* function = dlsym(RTLD_DEFAULT, name);
+        function != nullptr && dladdr(function, &where) != 0) {
+      const ptrdiff_t offset =
+          static_cast<const char*>(function) - static_cast<const char*>(where.dli_fbase);
+      printf("%s %s 0x%llx\n", name, where.dli_fname, static_cast<long long>(offset));
+    }
+  }
+}
+
 void PrintHelp() {
   printf(
       "Measures vekch beside its peers. A ratio is a peer's time over ours: above 1 we are faster."
       "\n\n"
       "  --benchmark_filter=REGEX     only the cases whose family/name/bytes it matches\n"
       "  --benchmark_min_time=SECONDS --benchmark_repetitions=N   longer or shorter measurements\n"
-      "  --csv=FILE                   also writes family,case,bytes,contender,nanoseconds\n"
-      "  --list                       names the cases and measures nothing\n");
+      "  --csv=FILE                   also writes family,case,bytes,calls,contender,nanoseconds\n"
+      "  --list                       names the cases and measures nothing\n"
+      "  --peers                      tells where the C library's functions stand in its file\n");
 }
 
 // Takes Google Benchmark's options and ours; returns false for anything else.
@@ -135,7 +153,9 @@ bool TakeOptions(int argc, char** argv, Session& session) {
   session.filter = std::regex(benchmark::GetBenchmarkFilter());
   for (int i = 1; i < count; ++i) {
     const std::string argument = arguments[static_cast<size_t>(i)];
-    if (argument == "--list") {
+    if (argument == "--peers") {
+      session.peersOnly = true;
+    } else if (argument == "--list") {
       session.listOnly = true;
     } else if (argument.rfind("--csv=", 0) == 0) {
       session.csv = fopen(argument.c_str() + 6, "w");
@@ -143,7 +163,7 @@ bool TakeOptions(int argc, char** argv, Session& session) {
         fprintf(stderr, "%s can't be written\n", argument.c_str() + 6);
         return false;
       }
-      fprintf(session.csv, "family,case,bytes,contender,nanoseconds\n");
+      fprintf(session.csv, "family,case,bytes,calls,contender,nanoseconds\n");
     } else {
       fprintf(stderr, "unknown option: %s\n", argument.c_str());
       return false;
@@ -197,8 +217,9 @@ void Case::Run() {
   for (size_t i = 0; i < contenders_.size(); ++i) {
     const double time = medians[i] / static_cast<double>(calls_);
     if (session.csv != nullptr) {
-      fprintf(session.csv, "%s,\"%s\",%lld,%s,%.3f\n", family_.c_str(), name_.c_str(),
-              static_cast<long long>(bytes_), contenders_[i].name.c_str(), time);
+      fprintf(session.csv, "%s,\"%s\",%lld,%lld,%s,%.3f\n", family_.c_str(), name_.c_str(),
+              static_cast<long long>(bytes_), static_cast<long long>(calls_),
+              contenders_[i].name.c_str(), time);
     }
     if (i == 0) {
       continue;
@@ -233,6 +254,10 @@ int RunAllFamilies(int argc, char** argv) {
   Session& session = TheSession();
   if (!TakeOptions(argc, argv, session)) {
     return 2;
+  }
+  if (session.peersOnly) {
+    PrintPeers();
+    return 0;
   }
   for (const std::function<void()>& run : session.families) {
     run();
