@@ -31,6 +31,27 @@ VEK_INLINE Block operator+(Block a, Block b) { return {_mm_add_epi8(a.lanes, b.l
 
 VEK_INLINE Block Splat(uint8_t value) { return {_mm_set1_epi8(static_cast<char>(value))}; }
 
+// Splats each of the low kCount lanes of a block. Each unpacking repeats what the one before it
+// gave, so that four bytes of a kind are left to be spread over a block:
+//
+//   abcd efgh ijkl mnop -> aabb ccdd eeff gghh -> aaaa bbbb cccc dddd -> aaaa aaaa aaaa aaaa
+template <int32_t kCount>
+VEK_INLINE void SplatLanes(Block b, Block* splats) {
+  const __m128i twice[2] = {_mm_unpacklo_epi8(b.lanes, b.lanes),
+                            _mm_unpackhi_epi8(b.lanes, b.lanes)};
+  for (int32_t i = 0; i < kCount; i += 4) {
+    const __m128i pairs = twice[i / 8];
+    const __m128i four =
+        i % 8 == 0 ? _mm_unpacklo_epi16(pairs, pairs) : _mm_unpackhi_epi16(pairs, pairs);
+    splats[i].lanes = _mm_shuffle_epi32(four, 0x00);
+    splats[i + 1].lanes = _mm_shuffle_epi32(four, 0x55);
+    if (kCount > 2) {
+      splats[i + 2].lanes = _mm_shuffle_epi32(four, 0xAA);
+      splats[i + 3].lanes = _mm_shuffle_epi32(four, 0xFF);
+    }
+  }
+}
+
 VEK_INLINE Block ZeroBlock() { return {_mm_setzero_si128()}; }
 
 // One bit per lane, the lowest for the lane at the lowest address.

@@ -26,7 +26,7 @@ struct EqualsByte {
   }
 };
 
-// A list shorter than kCount is filled up with its last member.
+// Equals any of a list of more than kCount / 2 and up to kCount members, for kCount from 2 to 16.
 template <int32_t kCount>
 struct EqualsMember {
   static constexpr Hits kHits = Hits::kSetLanes;
@@ -35,9 +35,7 @@ struct EqualsMember {
 
   VEK_INLINE EqualsMember(const uint8_t* sourceBytes, const uint8_t* set, int32_t setLength)
       : source(sourceBytes) {
-    for (int32_t i = 0; i < kCount; ++i) {
-      members[i] = Splat(set[i < setLength ? i : setLength - 1]);
-    }
+    SplatLanes<kCount>(LoadEnds<kCount / 2>(set, setLength), members);
   }
 
   VEK_INLINE const uint8_t* Anchor() const { return source; }
@@ -46,6 +44,7 @@ struct EqualsMember {
   VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
     const Block b = load(source + i);
     Block hits = b == members[0];
+#pragma GCC unroll 16
     for (int32_t m = 1; m < kCount; ++m) {
       hits = hits | (b == members[m]);
     }
@@ -65,6 +64,7 @@ struct InRanges {
   VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
     const Block b = load(source + i);
     Block hits = InRange(b, ranges[0]);
+#pragma GCC unroll 4
     for (int32_t r = 1; r < kCount; ++r) {
       hits = hits | InRange(b, ranges[r]);
     }
