@@ -1,17 +1,19 @@
-// Search for a substring.
+// Search for a substring, in up to three ways, each called when the one before it has been misled
+// too often:
 //
-// Two bytes of the needle are chosen. A position of the source is a candidate if both chosen bytes
-// stand at their places behind it; candidates are found 16 positions at a time, and each is
-// compared with the whole needle. In long sources the chosen bytes are the two that texts hold
-// least often; in short ones the first and the last.
+//   1. In a long source, the two bytes of the needle are chosen that texts hold least often. A
+//      position of the source is a candidate if both stand at their places behind it; candidates
+//      are found 64 positions a step, and each is compared with the whole needle.
+//   2. The same with four bytes of the needle: for a source in which the two occur too often, and
+//      for a short one, in which choosing takes longer than comparing four.
+//   3. The two-way method of Crochemore and Perrin: linear time, constant space.
 //
-// A text can be made so that false candidates abound. The bytes spent on them are counted, and when
-// they pass a fixed multiple of the positions behind the scan, the rest of the source is searched
-// by the two-way method of Crochemore and Perrin: linear time, constant space. So the whole is
-// linear for every needle and text.
+// A text can be made so that false candidates abound. The bytes spent on them are counted, and what
+// may be spent is a fixed multiple of the positions passed: the whole is linear for every needle
+// and text.
 //
 // Both directions run the same code: a direction says where the scan starts, which candidate of a
-// block comes first, and how the two-way method indexes its strings.
+// step comes first, and how the two-way method indexes its strings.
 
 #include "strings/kernels/compare_kernels.h"
 #include "strings/kernels/find_kernels.h"
@@ -20,10 +22,10 @@
 namespace vekch::kernels {
 namespace {
 
-constexpr int32_t kLongSource = 256;  // positions from which choosing bytes pays
 constexpr int32_t kBytesToChooseFrom = 64;
-constexpr int64_t kEffortPerPosition = 4;  // bytes spent on false candidates, per position passed
-constexpr int64_t kEffortAtStart = 2048;
+constexpr int32_t kLongSource = 1024;  // positions from which choosing bytes pays
+
+constexpr int32_t kGaveUp = -2;  // in place of a position: misled too often
 
 // Byte values from the most to the less common in text; what is not listed is rarer still.
 constexpr char kCommonBytes[] =
@@ -42,27 +44,17 @@ struct Commonness {
 };
 constexpr Commonness kCommonness;
 
-struct Forward {
-  static constexpr bool kForward = true;
-  static VEK_INLINE uint8_t At(const uint8_t* s, int32_t /*length*/, int32_t i) { return s[i]; }
-};
+// ---- The choice of bytes
 
-struct Backward {
-  static constexpr bool kForward = false;
-  static VEK_INLINE uint8_t At(const uint8_t* s, int32_t length, int32_t i) {
-    return s[length - 1 - i];
-  }
-};
-
-// Offsets of the two chosen bytes in the needle, the lower first.
-struct Pair {
-  int32_t low;
-  int32_t high;
+// Offsets in the needle of the bytes that make a position a candidate.
+template <int32_t kBytes>
+struct Choice {
+  int32_t offsets[kBytes];
 };
 
 // The two rarest bytes among the needle's first ones, at different places and, where the needle
 // has two, of different values.
-VEK_INLINE Pair RarestPair(const uint8_t* needle, int32_t needleLength) {
+VEK_INLINE Choice<2> RarestPair(const uint8_t* needle, int32_t needleLength) {
   const int32_t end = needleLength < kBytesToChooseFrom ? needleLength : kBytesToChooseFrom;
   int32_t rarest = 0;
   for (int32_t i = 1; i < end; ++i) {
@@ -78,46 +70,153 @@ VEK_INLINE Pair RarestPair(const uint8_t* needle, int32_t needleLength) {
       second = i;
     }
   }
-  return rarest < second ? Pair{rarest, second} : Pair{second, rarest};
+  return {{rarest, second}};
 }
 
-// A search in progress: the strings, the chosen bytes and the effort spent on false candidates.
-template <class Direction>
-struct Search {
+// The pair and the outermost other bytes that the needle has.
+VEK_INLINE Choice<4> AddTwo(const Choice<2>& pair, int32_t needleLength) {
+  const auto inPair = [&](int32_t i) { return i == pair.offsets[0] || i == pair.offsets[1]; };
+  int32_t low = 0;
+  int32_t high = needleLength - 1;
+  while (low < high && inPair(low)) {
+    ++low;
+  }
+  while (high > low && inPair(high)) {
+    --high;
+  }
+  return {{pair.offsets[0], pair.offsets[1], low, high}};
+}
+
+// ---- Candidates
+
+struct Task {
   const uint8_t* source;
   const uint8_t* needle;
   int32_t needleLength;
   int32_t positions;  // at which the needle could start: 0 to positions - 1
-  Pair pair;
-  Block lowByte;
-  Block highByte;
-  int64_t effort;
+};
 
+// Candidates as hits of a probe.
+template <int32_t kBytes>
+struct HasChosen {
   static constexpr Hits kHits = Hits::kSetLanes;
+  const uint8_t* places[kBytes];
+  Block bytes[kBytes];
 
-  // The candidates among the positions from i on, as a probe of the scan has it.
+  VEK_INLINE HasChosen(const Task& task, const Choice<kBytes>& choice) {
+    for (int32_t i = 0; i < kBytes; ++i) {
+      places[i] = task.source + choice.offsets[i];
+      bytes[i] = Splat(task.needle[choice.offsets[i]]);
+    }
+  }
+
   template <class Load>
   VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
-    return (load(source + i + pair.low) == lowByte) & (load(source + i + pair.high) == highByte);
-  }
-
-  // First candidate in scan order, among those given, at which the whole needle stands; -1 if
-  // there is none. `position` gives a lane's position in the source.
-  template <class Position>
-  VEK_INLINE int32_t Verify(uint64_t candidates, Position position) {
-    while (candidates != 0) {
-      const int32_t lane = Direction::kForward ? LowestBit(candidates) : HighestBit(candidates);
-      const int32_t at = position(lane);
-      const int32_t difference = FirstHit(Differs{source + at, needle}, needleLength);
-      if (difference < 0) {
-        return at;
-      }
-      effort += kBlock + difference;
-      candidates &= ~(uint64_t{1} << lane);
+    Block hits = load(places[0] + i) == bytes[0];
+#pragma GCC unroll 4
+    for (int32_t k = 1; k < kBytes; ++k) {
+      hits = hits & (load(places[k] + i) == bytes[k]);
     }
-    return -1;
+    return hits;
   }
 };
+
+// First position in scan order, among the candidates at `start` and behind it, at which the whole
+// needle stands; -1 if there is none. What is spent on the others is added to `effort`.
+template <Direction kDirection>
+VEK_INLINE int32_t Verify(const Task& task, uint64_t candidates, int32_t start, int64_t* effort) {
+  while (candidates != 0) {
+    const int32_t lane =
+        kDirection == Direction::kForward ? LowestBit(candidates) : HighestBit(candidates);
+    const uint8_t* at = task.source + start + lane;
+    const int32_t difference = FirstHit(Differs{at, task.needle}, task.needleLength);
+    if (difference < 0) {
+      return start + lane;
+    }
+    *effort += kBlock + difference;
+    candidates &= ~(uint64_t{1} << lane);
+  }
+  return -1;
+}
+
+// Functions of their own here and below, so that the search for candidates pays for nothing else.
+// They are no templates: g++ places instances of a template in the ordinary code section.
+VEK_KERNEL __attribute__((noinline)) int32_t VerifyFirst(const Task& task, uint64_t candidates,
+                                                         int32_t start, int64_t* effort) {
+  return Verify<Direction::kForward>(task, candidates, start, effort);
+}
+
+VEK_KERNEL __attribute__((noinline)) int32_t VerifyLast(const Task& task, uint64_t candidates,
+                                                        int32_t start, int64_t* effort) {
+  return Verify<Direction::kBackward>(task, candidates, start, effort);
+}
+
+// Fewer than 16 positions: their ends, as the scan does for short strings.
+template <Direction kDirection>
+VEK_INLINE int32_t FindAmongFew(const Task& task) {
+  constexpr auto kVerify = kDirection == Direction::kForward ? VerifyFirst : VerifyLast;
+  const HasChosen<2> probe(task, {{0, task.needleLength - 1}});
+  return UseBitsOfFew(probe, task.positions, [&](uint64_t candidates) {
+    int64_t effort = 0;
+    return candidates == 0 ? -1 : kVerify(task, candidates, 0, &effort);
+  });
+}
+
+// What may be spent on false candidates: so many bytes at once, and so many per 16 positions.
+struct Allowance {
+  int64_t atStart;
+  int64_t perBlock;
+};
+
+constexpr Allowance kForTwo = {1024, 2};
+constexpr Allowance kForFour = {4096, 64};
+
+// At least 16 positions: 64 a step, then 16 a step, the last step ending at the last position in
+// scan order. Where a step overlaps the one before, false candidates are refused twice. Starts
+// behind *passed positions; on giving up *passed are behind.
+template <Direction kDirection, int32_t kBytes>
+VEK_INLINE int32_t FindAmongMany(const Task& task, const Choice<kBytes>& choice,
+                                 const Allowance& allowance, int32_t* passed) {
+  constexpr bool kForward = kDirection == Direction::kForward;
+  const HasChosen<kBytes> probe(task, choice);
+  const int32_t positions = task.positions;
+  int64_t effort = 0;
+  int32_t behind = *passed;
+  for (; positions - behind >= kGroup; behind += kGroup) {
+    const int32_t start = kForward ? behind : positions - kGroup - behind;
+    const uint64_t candidates = GroupBits(probe, start);
+    if (__builtin_expect(candidates != 0, 0)) {
+      const int32_t at = (kForward ? VerifyFirst : VerifyLast)(task, candidates, start, &effort);
+      if (at >= 0) {
+        return at;
+      }
+      if (effort > allowance.atStart + behind / kBlock * allowance.perBlock) {
+        *passed = behind;
+        return kGaveUp;
+      }
+    }
+  }
+  for (; behind < positions; behind += kBlock) {
+    const int32_t begin = behind + kBlock <= positions ? behind : positions - kBlock;
+    const int32_t start = kForward ? begin : positions - kBlock - begin;
+    const uint32_t candidates = HitBits<HasChosen<kBytes>>(probe(AnyLoad{}, start));
+    if (candidates != 0) {
+      const int32_t at = (kForward ? VerifyFirst : VerifyLast)(task, candidates, start, &effort);
+      if (at >= 0) {
+        return at;
+      }
+    }
+  }
+  return -1;
+}
+
+// ---- The two-way method
+
+// A string's byte at an index in the search's direction.
+template <Direction kDirection>
+VEK_INLINE uint8_t At(const uint8_t* s, int32_t length, int32_t i) {
+  return kDirection == Direction::kForward ? s[i] : s[length - 1 - i];
+}
 
 // The critical factorization of the needle, read in the search's direction: the maximal suffix
 // under one order of byte values, or its reverse, whichever starts later. `period` is the period
@@ -127,15 +226,15 @@ struct Suffix {
   int32_t period;
 };
 
-template <class Direction>
+template <Direction kDirection>
 VEK_INLINE Suffix MaximalSuffix(const uint8_t* needle, int32_t n, bool reversedOrder) {
   int32_t start = 0;      // of the best suffix so far
   int32_t candidate = 1;  // start of the suffix compared with it
   int32_t matched = 0;
   int32_t period = 1;
   while (candidate + matched < n) {
-    const uint8_t a = Direction::At(needle, n, candidate + matched);
-    const uint8_t b = Direction::At(needle, n, start + matched);
+    const uint8_t a = At<kDirection>(needle, n, candidate + matched);
+    const uint8_t b = At<kDirection>(needle, n, start + matched);
     if (a == b) {
       if (matched + 1 == period) {
         candidate += period;
@@ -158,17 +257,17 @@ VEK_INLINE Suffix MaximalSuffix(const uint8_t* needle, int32_t n, bool reversedO
 }
 
 // The two-way method on the source bytes from `from` on, all indices in the search's direction.
-template <class Direction>
+template <Direction kDirection>
 VEK_INLINE int32_t TwoWay(const uint8_t* source, int32_t length, const uint8_t* needle, int32_t n,
                           int32_t from) {
-  const Suffix one = MaximalSuffix<Direction>(needle, n, false);
-  const Suffix other = MaximalSuffix<Direction>(needle, n, true);
+  const Suffix one = MaximalSuffix<kDirection>(needle, n, false);
+  const Suffix other = MaximalSuffix<kDirection>(needle, n, true);
   const Suffix suffix = one.start >= other.start ? one : other;
 
   // The needle is periodic as a whole if what precedes the suffix repeats one period later.
   bool periodic = suffix.start + suffix.period <= n;
   for (int32_t i = 0; periodic && i < suffix.start; ++i) {
-    periodic = Direction::At(needle, n, i) == Direction::At(needle, n, i + suffix.period);
+    periodic = At<kDirection>(needle, n, i) == At<kDirection>(needle, n, i + suffix.period);
   }
   const int32_t rest = n - suffix.start;
   const int32_t shift = periodic ? suffix.period : (suffix.start > rest ? suffix.start : rest) + 1;
@@ -176,7 +275,7 @@ VEK_INLINE int32_t TwoWay(const uint8_t* source, int32_t length, const uint8_t* 
   int32_t remembered = 0;  // bytes at the needle's start known to match
   for (int32_t at = from; at <= length - n;) {
     int32_t i = suffix.start > remembered ? suffix.start : remembered;
-    while (i < n && Direction::At(needle, n, i) == Direction::At(source, length, at + i)) {
+    while (i < n && At<kDirection>(needle, n, i) == At<kDirection>(source, length, at + i)) {
       ++i;
     }
     if (i < n) {
@@ -186,11 +285,11 @@ VEK_INLINE int32_t TwoWay(const uint8_t* source, int32_t length, const uint8_t* 
     }
     i = suffix.start;
     while (i > remembered &&
-           Direction::At(needle, n, i - 1) == Direction::At(source, length, at + i - 1)) {
+           At<kDirection>(needle, n, i - 1) == At<kDirection>(source, length, at + i - 1)) {
       --i;
     }
     if (i <= remembered) {
-      return Direction::kForward ? at : length - n - at;
+      return kDirection == Direction::kForward ? at : length - n - at;
     }
     at += shift;
     remembered = periodic ? n - shift : 0;
@@ -198,88 +297,64 @@ VEK_INLINE int32_t TwoWay(const uint8_t* source, int32_t length, const uint8_t* 
   return -1;
 }
 
-// No templates: g++ places instances of a template in the ordinary code section.
-VEK_KERNEL __attribute__((noinline)) int32_t FindFirstTwoWay(const uint8_t* source, int32_t length,
-                                                             const uint8_t* needle,
-                                                             int32_t needleLength, int32_t from) {
-  return TwoWay<Forward>(source, length, needle, needleLength, from);
+// ---- The ways in their order
+
+template <Direction kDirection>
+VEK_INLINE int32_t FindWithFour(const Task& task, const Choice<2>& pair, int32_t passed) {
+  const Choice<4> choice = AddTwo(pair, task.needleLength);
+  const int32_t at = FindAmongMany<kDirection>(task, choice, kForFour, &passed);
+  return at != kGaveUp ? at
+                       : TwoWay<kDirection>(task.source, task.positions + task.needleLength - 1,
+                                            task.needle, task.needleLength, passed);
 }
 
-VEK_KERNEL __attribute__((noinline)) int32_t FindLastTwoWay(const uint8_t* source, int32_t length,
-                                                            const uint8_t* needle,
-                                                            int32_t needleLength, int32_t from) {
-  return TwoWay<Backward>(source, length, needle, needleLength, from);
-}
-
-// Fewer than 16 positions: their ends, as the scan does for short strings.
-template <class Direction>
-VEK_INLINE int32_t FindAmongFew(Search<Direction>& search) {
-  return UseBitsOfFew(search, search.positions, [&](uint64_t bits) {
-    return search.Verify(bits, [](int32_t lane) { return lane; });
-  });
-}
-
-// 64 positions a step, then 16 a step, the last step ending at the last position in scan order.
-// Where a step overlaps the one before, false candidates are refused twice.
-template <class Direction>
-VEK_INLINE int32_t FindAmongMany(Search<Direction>& search) {
-  const int32_t positions = search.positions;
-  // First position of the step that covers `width` positions when `passed` lie behind the scan.
-  const auto stepStart = [=](int32_t passed, int32_t width) {
-    const int32_t overlap = passed + width > positions ? passed + width - positions : 0;
-    return Direction::kForward ? passed - overlap : positions - passed - width + overlap;
-  };
+template <Direction kDirection, class WithFour>
+VEK_INLINE int32_t FindWithPair(const Task& task, const Choice<2>& pair, WithFour withFour) {
   int32_t passed = 0;
-  while (passed < positions) {
-    const int32_t width = positions - passed >= 64 ? 64 : kBlock;
-    const int32_t start = stepStart(passed, width);
-    const uint64_t candidates = width == 64 ? GroupBits(search, start)
-                                            : HitBits<Search<Direction>>(search(AnyLoad{}, start));
-    if (__builtin_expect(candidates != 0, 0)) {
-      const int32_t at = search.Verify(candidates, [=](int32_t lane) { return start + lane; });
-      if (at >= 0) {
-        return at;
-      }
-      if (search.effort > kEffortAtStart + kEffortPerPosition * passed) {
-        const auto twoWay = Direction::kForward ? FindFirstTwoWay : FindLastTwoWay;
-        return twoWay(search.source, positions + search.needleLength - 1, search.needle,
-                      search.needleLength, passed);
-      }
-    }
-    passed += width;
-  }
-  return -1;
+  const int32_t at = FindAmongMany<kDirection>(task, pair, kForTwo, &passed);
+  return at != kGaveUp ? at : withFour(task, pair, passed);
 }
 
-template <class Direction>
-VEK_INLINE int32_t FindNeedle(const uint8_t* source, int32_t length, const uint8_t* needle,
-                              int32_t needleLength) {
-  const int32_t positions = length - needleLength + 1;
-  const Pair pair =
-      positions >= kLongSource ? RarestPair(needle, needleLength) : Pair{0, needleLength - 1};
-  Search<Direction> search = {source,
-                              needle,
-                              needleLength,
-                              positions,
-                              pair,
-                              Splat(needle[pair.low]),
-                              Splat(needle[pair.high]),
-                              0};
-  return positions < kBlock ? FindAmongFew(search) : FindAmongMany(search);
-}
+#define VEK_SUBSTRING_KERNELS(suffix, direction)                                                \
+  VEK_KERNEL __attribute__((noinline)) int32_t AmongFew##suffix(const Task& task) {             \
+    return FindAmongFew<direction>(task);                                                       \
+  }                                                                                             \
+  VEK_KERNEL __attribute__((noinline))                                                          \
+  int32_t WithFour##suffix(const Task& task, const Choice<2>& pair, int32_t passed) {           \
+    return FindWithFour<direction>(task, pair, passed);                                         \
+  }                                                                                             \
+  VEK_KERNEL __attribute__((noinline))                                                          \
+  int32_t WithPair##suffix(const Task& task, const Choice<2>& pair) {                           \
+    return FindWithPair<direction>(task, pair, WithFour##suffix);                               \
+  }                                                                                             \
+  VEK_INLINE int32_t FindNeedle##suffix(const uint8_t* source, int32_t length,                  \
+                                        const uint8_t* needle, int32_t needleLength) {          \
+    const Task task = {source, needle, needleLength, length - needleLength + 1};                \
+    const Choice<2> ends = {{0, needleLength - 1}};                                             \
+    if (task.positions < kBlock) {                                                              \
+      return AmongFew##suffix(task);                                                            \
+    }                                                                                           \
+    if (task.positions < kLongSource) {                                                         \
+      return needleLength < 4 ? WithPair##suffix(task, ends) : WithFour##suffix(task, ends, 0); \
+    }                                                                                           \
+    return WithPair##suffix(task, RarestPair(needle, needleLength));                            \
+  }
+
+VEK_SUBSTRING_KERNELS(Forward, Direction::kForward)
+VEK_SUBSTRING_KERNELS(Backward, Direction::kBackward)
 
 }  // namespace
 
 VEK_KERNEL int32_t FindSubstring(const uint8_t* source, int32_t length, const uint8_t* needle,
                                  int32_t needleLength) {
   return needleLength == 1 ? FindByte(source, length, needle[0])
-                           : FindNeedle<Forward>(source, length, needle, needleLength);
+                           : FindNeedleForward(source, length, needle, needleLength);
 }
 
 VEK_KERNEL int32_t FindLastSubstring(const uint8_t* source, int32_t length, const uint8_t* needle,
                                      int32_t needleLength) {
   return needleLength == 1 ? FindLastByte(source, length, needle[0])
-                           : FindNeedle<Backward>(source, length, needle, needleLength);
+                           : FindNeedleBackward(source, length, needle, needleLength);
 }
 
 }  // namespace vekch::kernels
