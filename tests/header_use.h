@@ -14,6 +14,9 @@ static int UseHeader(void) {
   };
   const int count = (int)(sizeof functions / sizeof functions[0]);
   const uint8_t text[] = {'a', 'b', 'c', 'B'};
+  uint16_t units[4];
+  int32_t unitCount = 4;
+  int32_t byteCount = 4;
   int32_t result = 0;
   int wrong = 0;
   int i = 0;
@@ -23,5 +26,7 @@ static int UseHeader(void) {
   wrong += vekchGetLibVersion()->major != 2021;
   wrong += veksCompare_8u(text, text + 1, 3, &result) != StatusNoError || result != 'a' - 'b';
   wrong += veksFindC_8u(text, 4, 'c', &result) != StatusNoError || result != 2;
+  wrong += veksConvertUTF_8u16u(text, &byteCount, units, &unitCount, 0) != StatusNoError;
+  wrong += byteCount != 4 || unitCount != 4 || units[3] != 'B';
   return wrong + (vekStatusText(StatusNullPointer) == vekStatusText(StatusNoError));
 }

@@ -21,6 +21,7 @@
 #include "vekch/compare.h"
 #include "vekch/find.h"
 #include "vekch/status.h"
+#include "vekch/utf.h"
 #include "vekch/version.h"
 
 #endif

@@ -76,6 +76,68 @@ VEK_INLINE void StoreAligned(uint8_t* p, Block b) {
   _mm_store_si128(reinterpret_cast<__m128i*>(p), b.lanes);
 }
 
+// The lanes of a where the mask is set, those of b where it is clear.
+VEK_INLINE Block Select(Block mask, Block a, Block b) {
+  return {_mm_or_si128(_mm_and_si128(mask.lanes, a.lanes), _mm_andnot_si128(mask.lanes, b.lanes))};
+}
+
+// Every byte's bits moved, zeros moved in.
+template <int kCount>
+VEK_INLINE Block BitsUp(Block b) {
+  return Block{_mm_slli_epi16(b.lanes, kCount)} & Splat(static_cast<uint8_t>(0xFF << kCount));
+}
+
+template <int kCount>
+VEK_INLINE Block BitsDown(Block b) {
+  return Block{_mm_srli_epi16(b.lanes, kCount)} & Splat(0xFF >> kCount);
+}
+
+// The lanes moved to higher or to lower addresses, zeros moved in.
+template <int kCount>
+VEK_INLINE Block LanesUp(Block b) {
+  return {_mm_slli_si128(b.lanes, kCount)};
+}
+
+template <int kCount>
+VEK_INLINE Block LanesDown(Block b) {
+  return {_mm_srli_si128(b.lanes, kCount)};
+}
+
+// Lanes of a and b in turn, from the low or the high halves of both.
+VEK_INLINE Block InterleaveLow(Block a, Block b) { return {_mm_unpacklo_epi8(a.lanes, b.lanes)}; }
+VEK_INLINE Block InterleaveHigh(Block a, Block b) { return {_mm_unpackhi_epi8(a.lanes, b.lanes)}; }
+
+// A block seen as two halves of eight bytes.
+VEK_INLINE Block LowHalves(Block a, Block b) { return {_mm_unpacklo_epi64(a.lanes, b.lanes)}; }
+VEK_INLINE Block HighHalves(Block a, Block b) { return {_mm_unpackhi_epi64(a.lanes, b.lanes)}; }
+
+template <int kBits>
+VEK_INLINE Block HalvesDown(Block b) {
+  return {_mm_srli_epi64(b.lanes, kBits)};
+}
+
+template <int kBits>
+VEK_INLINE Block HalvesUp(Block b) {
+  return {_mm_slli_epi64(b.lanes, kBits)};
+}
+
+VEK_INLINE Block SplatHalf(uint64_t half) { return {_mm_set1_epi64x(static_cast<int64_t>(half))}; }
+
+VEK_INLINE uint64_t LowHalf(Block b) { return static_cast<uint64_t>(_mm_cvtsi128_si64(b.lanes)); }
+VEK_INLINE uint64_t HighHalf(Block b) { return LowHalf(HighHalves(b, b)); }
+
+VEK_INLINE Block LoadHalf(const uint8_t* p) {
+  return {_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))};
+}
+
+VEK_INLINE void StoreLowHalf(uint8_t* p, Block b) {
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(p), b.lanes);
+}
+
+VEK_INLINE void StoreHighHalf(uint8_t* p, Block b) {
+  _mm_storeh_pd(reinterpret_cast<double*>(p), _mm_castsi128_pd(b.lanes));
+}
+
 // Number of bytes by which p lies above the boundary of kBoundary bytes at or below it.
 template <int32_t kBoundary = kBlock>
 VEK_INLINE ptrdiff_t Misalignment(const void* p) {
@@ -163,6 +225,43 @@ struct Folding {
 VEK_INLINE Folding MakeFolding(uint8_t lowest, uint8_t highest, uint8_t addend) {
   return {MakeRange(lowest, highest), Splat(addend)};
 }
+
+// A block seen as eight units of 16 bits.
+struct Units {
+  __m128i lanes;
+};
+
+VEK_INLINE Units AsUnits(Block b) { return {b.lanes}; }
+VEK_INLINE Block AsBlock(Units u) { return {u.lanes}; }
+
+VEK_INLINE Units operator==(Units a, Units b) { return {_mm_cmpeq_epi16(a.lanes, b.lanes)}; }
+VEK_INLINE Units operator&(Units a, Units b) { return {_mm_and_si128(a.lanes, b.lanes)}; }
+VEK_INLINE Units operator|(Units a, Units b) { return {_mm_or_si128(a.lanes, b.lanes)}; }
+VEK_INLINE Units operator+(Units a, Units b) { return {_mm_add_epi16(a.lanes, b.lanes)}; }
+VEK_INLINE Units operator<<(Units u, int count) { return {_mm_slli_epi16(u.lanes, count)}; }
+VEK_INLINE Units operator>>(Units u, int count) { return {_mm_srli_epi16(u.lanes, count)}; }
+
+VEK_INLINE Units SplatUnit(uint16_t value) { return {_mm_set1_epi16(static_cast<int16_t>(value))}; }
+
+VEK_INLINE Units Select(Units mask, Units a, Units b) {
+  return AsUnits(Select(AsBlock(mask), AsBlock(a), AsBlock(b)));
+}
+
+// Two bits per unit of a comparison's result.
+VEK_INLINE uint32_t UnitBits(Units u) { return LaneBits(AsBlock(u)); }
+
+VEK_INLINE Units SwapBytes(Units u) { return (u << 8) | (u >> 8); }
+
+// Every unit at an even place, there and at the odd place that follows.
+VEK_INLINE Units RepeatEven(Units u) {
+  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(u.lanes, 0xA0), 0xA0)};
+}
+
+// The units of a, then those of b, as bytes; a unit must be below 0x100.
+VEK_INLINE Block Narrow(Units a, Units b) { return {_mm_packus_epi16(a.lanes, b.lanes)}; }
+
+VEK_INLINE Block InterleaveLow(Units a, Units b) { return {_mm_unpacklo_epi16(a.lanes, b.lanes)}; }
+VEK_INLINE Block InterleaveHigh(Units a, Units b) { return {_mm_unpackhi_epi16(a.lanes, b.lanes)}; }
 
 }  // namespace vekch::kernels
 

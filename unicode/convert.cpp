@@ -1,0 +1,41 @@
+// The conversions: argument checks and empty texts, in front of the kernels.
+
+#include "frame/checks.h"
+#include "unicode/utf_kernels.h"
+#include "vekch/utf.h"
+
+namespace vekch {
+namespace {
+
+template <class From, class To>
+inline vekStatus CheckedConvert(const From* source, int32_t* sourceLength, To* destination,
+                                int32_t* destinationLength, kernels::ConvertKernel kernel) {
+  if (AnyNull(source, sourceLength, destination, destinationLength)) {
+    return StatusNullPointer;
+  }
+  kernels::Converted done = {0, 0};
+  if (*sourceLength > 0 && *destinationLength > 0) {
+    done = kernel(reinterpret_cast<const uint8_t*>(source), *sourceLength,
+                  reinterpret_cast<uint8_t*>(destination), *destinationLength);
+  }
+  *sourceLength = done.read;
+  *destinationLength = done.written;
+  return StatusNoError;
+}
+
+}  // namespace
+}  // namespace vekch
+
+vekStatus veksConvertUTF_16u8u(const uint16_t* source, int32_t* sourceLength, uint8_t* destination,
+                               int32_t* destinationLength, int32_t swapped) noexcept {
+  return vekch::CheckedConvert(
+      source, sourceLength, destination, destinationLength,
+      swapped != 0 ? vekch::kernels::Utf16SwappedToUtf8 : vekch::kernels::Utf16ToUtf8);
+}
+
+vekStatus veksConvertUTF_8u16u(const uint8_t* source, int32_t* sourceLength, uint16_t* destination,
+                               int32_t* destinationLength, int32_t swapped) noexcept {
+  return vekch::CheckedConvert(
+      source, sourceLength, destination, destinationLength,
+      swapped != 0 ? vekch::kernels::Utf8ToUtf16Swapped : vekch::kernels::Utf8ToUtf16);
+}

@@ -1,0 +1,279 @@
+// UTF-16 to UTF-8. Far from both ends 16 units of ASCII or 8 units of anything well-formed are
+// taken a step; near the ends, and where surrogates stand alone, one character at a time.
+//
+// A step computes the bytes of every unit, then stores unit after unit, each where the bytes of the
+// one before end, so that the surplus of one store is overwritten by the next. A surrogate makes
+// two of the four bytes of its pair:
+//
+//   unit                         bytes
+//   000000000aaaaaaa             0aaaaaaa
+//   00000aaaaabbbbbb             110aaaaa 10bbbbbb
+//   aaaabbbbbbcccccc             1110aaaa 10bbbbbb 10cccccc
+//   110110aaaabbbbbb + 0x40      11110aaa 10abbbbb  (of aaaabbbbbb + 0x40 = aaaabbbbbbb, 11 bits;
+//                                                   its last two bits go to the next byte)
+//   110111ccccdddddd             10bbcccc 10dddddd
+//
+// The last store of a step reaches beyond its characters: steps run only where the text still to
+// come must fill as much, so that nothing behind the end reported is changed.
+
+#include "unicode/cursor.h"
+#include "unicode/utf8.h"
+#include "unicode/utf_kernels.h"
+
+namespace vekch::kernels {
+namespace {
+
+constexpr ptrdiff_t kStepUnits = 8;
+
+// A step stores up to 32 bytes from where it stands. 32 units make at least 32 bytes, unless the
+// room ends; and what a full destination leaves free are less than four bytes.
+constexpr ptrdiff_t kStepReach = 32;
+constexpr ptrdiff_t kStepSource = kStepReach * kUnit;
+constexpr ptrdiff_t kStepRoom = kStepReach + 3;
+
+// ---- One character.
+
+VEK_INLINE bool IsHighSurrogate(uint32_t unit) { return (unit & 0xFC00) == 0xD800; }
+VEK_INLINE bool IsLowSurrogate(uint32_t unit) { return (unit & 0xFC00) == 0xDC00; }
+
+template <bool kSwapped>
+VEK_INLINE uint32_t LoadCharacter(const Cursor& at) {
+  const uint32_t unit = LoadUnit<kSwapped>(at.from);
+  if (!IsHighSurrogate(unit) || at.Left() < 2 * kUnit) {
+    return unit;
+  }
+  const uint32_t next = LoadUnit<kSwapped>(at.from + kUnit);
+  return IsLowSurrogate(next) ? (((unit & 0x3FF) << 10) | (next & 0x3FF)) + 0x10000 : unit;
+}
+
+VEK_INLINE uint8_t Continuation(uint32_t value) {
+  return static_cast<uint8_t>(0x80 | (value & 0x3F));
+}
+
+VEK_INLINE void StoreCharacter(uint8_t* to, uint32_t value, int32_t length) {
+  constexpr uint8_t kLeadMarks[5] = {0, 0, 0xC0, 0xE0, 0xF0};
+  for (int32_t i = length - 1; i > 0; --i) {
+    to[i] = Continuation(value);
+    value >>= 6;
+  }
+  *to = static_cast<uint8_t>(kLeadMarks[length] | value);
+}
+
+// False, and nothing is written, where the character does not fit.
+template <bool kSwapped>
+VEK_INLINE bool ConvertCharacter(Cursor& at) {
+  const uint32_t value = LoadCharacter<kSwapped>(at);
+  const int32_t length = Utf8Length(value);
+  if (at.Room() < length) {
+    return false;
+  }
+  StoreCharacter(at.to, value, length);
+  at.Advance(length == 4 ? 2 * kUnit : kUnit, length);
+  return true;
+}
+
+// The characters that begin in front of `stop`; false where the room ends before.
+template <bool kSwapped>
+VEK_INLINE bool ConvertCharacters(Cursor& at, const uint8_t* stop) {
+  while (at.from < stop) {
+    if (!ConvertCharacter<kSwapped>(at)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// ---- Steps.
+
+template <bool kSwapped>
+VEK_INLINE Units LoadUnits(const uint8_t* p) {
+  const Units units = AsUnits(LoadAny(p));
+  return kSwapped ? SwapBytes(units) : units;
+}
+
+VEK_INLINE Units BelowMask(Units units, uint16_t mask) {
+  return (units & SplatUnit(mask)) == SplatUnit(0);
+}
+
+VEK_INLINE Units IsAscii(Units units) { return BelowMask(units, 0xFF80); }
+VEK_INLINE Units IsShort(Units units) { return BelowMask(units, 0xF800); }
+
+VEK_INLINE bool All(Units mask) { return UnitBits(mask) == 0xFFFF; }
+
+// 32 units a step, as long as they are ASCII.
+template <bool kSwapped>
+VEK_INLINE void ConvertAsciiRun(Cursor& at) {
+  while (at.Left() >= 4 * kBlock && at.Room() >= 2 * kBlock) {
+    const Units u0 = LoadUnits<kSwapped>(at.from);
+    const Units u1 = LoadUnits<kSwapped>(at.from + kBlock);
+    const Units u2 = LoadUnits<kSwapped>(at.from + 2 * kBlock);
+    const Units u3 = LoadUnits<kSwapped>(at.from + 3 * kBlock);
+    if (!All(IsAscii((u0 | u1) | (u2 | u3)))) {
+      return;
+    }
+    StoreAny(at.to, Narrow(u0, u1));
+    StoreAny(at.to + kBlock, Narrow(u2, u3));
+    at.Advance(4 * kBlock, 2 * kBlock);
+  }
+}
+
+// Where the bytes of each unit end, counted from the first: byte i of the result is the sum of the
+// lengths of the units 0 to i.
+VEK_INLINE uint64_t Ends(Units lengths) {
+  return LowHalf(Narrow(lengths, lengths)) * 0x0101010101010101U;
+}
+
+VEK_INLINE ptrdiff_t EndOf(uint64_t ends, int unit) { return ends >> (8 * unit) & 0xFF; }
+
+// The two bytes of units below 0x800, of which ASCII needs the first only.
+VEK_INLINE Units ShortBytes(Units units) {
+  return (units >> 6) | ((units << 8) & SplatUnit(0x3F00)) | SplatUnit(0x80C0);
+}
+
+// Units below 0x800, two at a time:
+//
+//   aa..bbbb  ->  aabbbb..    where the first of the two is ASCII
+VEK_INLINE void ConvertShort(Cursor& at, Units units) {
+  const Units ascii = IsAscii(units);
+  const Block bytes = AsBlock(Select(ascii, units, ShortBytes(units)));
+  const Block closed = (bytes & SplatHalf(0x000000FF000000FF)) |
+                       (HalvesDown<8>(bytes) & SplatHalf(0x00FFFF0000FFFF00));
+  const Block pairs = Select(AsBlock(RepeatEven(ascii)), closed, bytes);
+  const uint64_t ends = Ends(SplatUnit(2) + ascii);
+  const uint64_t low = LowHalf(pairs);
+  const uint64_t high = HighHalf(pairs);
+  StoreWord(at.to, static_cast<uint32_t>(low));
+  StoreWord(at.to + EndOf(ends, 1), static_cast<uint32_t>(low >> 32));
+  StoreWord(at.to + EndOf(ends, 3), static_cast<uint32_t>(high));
+  StoreWord(at.to + EndOf(ends, 5), static_cast<uint32_t>(high >> 32));
+  at.Advance(kBlock, EndOf(ends, 7));
+}
+
+// The first two bytes of every unit, one unit each, and how many bytes there are.
+struct UnitBytes {
+  Units firstTwo;
+  Units lengths;
+};
+
+VEK_INLINE UnitBytes BytesOfUnits(Units units) {
+  const Units ascii = IsAscii(units);
+  const Units isShort = IsShort(units);
+  const Units three = (units >> 12) | ((units << 2) & SplatUnit(0x3F00)) | SplatUnit(0x80E0);
+  return {Select(ascii, units, Select(isShort, ShortBytes(units), three)),
+          SplatUnit(3) + isShort + ascii};
+}
+
+VEK_INLINE Units HighSurrogateBytes(Units units) {
+  const Units bits = (units & SplatUnit(0x03FF)) + SplatUnit(0x40);
+  return (bits >> 8) | ((bits << 6) & SplatUnit(0x3F00)) | SplatUnit(0x80F0);
+}
+
+VEK_INLINE Units LowSurrogateBytes(Units units) {
+  const Units high = AsUnits(LanesUp<kUnit>(AsBlock(units)));
+  return ((high & SplatUnit(0x0003)) << 4) | ((units >> 6) & SplatUnit(0x000F)) |
+         ((units << 8) & SplatUnit(0x3F00)) | SplatUnit(0x8080);
+}
+
+// Four units' bytes, each in four lanes, to the places that follow from the ends.
+VEK_INLINE void StoreFour(uint8_t* to, Block bytes, uint64_t ends) {
+  const uint64_t low = LowHalf(bytes);
+  const uint64_t high = HighHalf(bytes);
+  StoreWord(to, static_cast<uint32_t>(low));
+  StoreWord(to + EndOf(ends, 0), static_cast<uint32_t>(low >> 32));
+  StoreWord(to + EndOf(ends, 1), static_cast<uint32_t>(high));
+  StoreWord(to + EndOf(ends, 2), static_cast<uint32_t>(high >> 32));
+}
+
+VEK_INLINE void StoreBytes(Cursor& at, Units units, const UnitBytes& bytes, int count) {
+  const Units third = (units & SplatUnit(0x3F)) | SplatUnit(0x80);
+  const uint64_t ends = Ends(bytes.lengths);
+  StoreFour(at.to, InterleaveLow(bytes.firstTwo, third), ends);
+  // The second four count from the end of the first.
+  const ptrdiff_t half = EndOf(ends, 3);
+  StoreFour(at.to + half, InterleaveHigh(bytes.firstTwo, third),
+            (ends >> 32) - static_cast<uint64_t>(half) * 0x01010101U);
+  at.Advance(count * kUnit, EndOf(ends, count - 1));
+}
+
+// Units with surrogates among them; false where one of these stands alone.
+VEK_INLINE bool ConvertPairs(Cursor& at, Units units) {
+  const Units kind = units & SplatUnit(0xFC00);
+  const Units high = kind == SplatUnit(0xD800);
+  const Units low = kind == SplatUnit(0xDC00);
+  if (((UnitBits(high) << 2) & 0xFFFF) != UnitBits(low)) {
+    return false;
+  }
+  UnitBytes bytes = BytesOfUnits(units);
+  bytes.firstTwo = Select(high, HighSurrogateBytes(units), bytes.firstTwo);
+  bytes.firstTwo = Select(low, LowSurrogateBytes(units), bytes.firstTwo);
+  bytes.lengths = bytes.lengths + (high | low);
+  // A high surrogate at the end of the step waits for its partner.
+  StoreBytes(at, units, bytes, (UnitBits(high) >> 15) != 0 ? 7 : 8);
+  return true;
+}
+
+// One step on 8 units; false where it needs the rule for one character.
+VEK_INLINE bool ConvertBlock(Cursor& at, Units units) {
+  if (All(IsShort(units))) {
+    ConvertShort(at, units);
+    return true;
+  }
+  if (UnitBits((units & SplatUnit(0xF800)) == SplatUnit(0xD800)) != 0) {
+    return ConvertPairs(at, units);
+  }
+  StoreBytes(at, units, BytesOfUnits(units), kStepUnits);
+  return true;
+}
+
+template <bool kSwapped>
+VEK_INLINE void ConvertSteps(Cursor& at) {
+  while (at.Left() >= kStepSource && at.Room() >= kStepRoom) {
+    const Units units = LoadUnits<kSwapped>(at.from);
+    if (All(IsAscii(units))) {
+      StoreLowHalf(at.to, Narrow(units, units));
+      at.Advance(kBlock, kStepUnits);
+      ConvertAsciiRun<kSwapped>(at);
+    } else if (!ConvertBlock(at, units)) {
+      ConvertCharacters<kSwapped>(at, at.from + kBlock);
+    }
+  }
+}
+
+// What the steps leave: up to 31 units, or more with little room.
+template <bool kSwapped>
+VEK_INLINE void ConvertRest(Cursor& at) {
+  while (at.Left() >= kBlock && at.Room() >= kStepUnits) {
+    const Units units = LoadUnits<kSwapped>(at.from);
+    if (All(IsAscii(units))) {
+      StoreLowHalf(at.to, Narrow(units, units));
+      at.Advance(kBlock, kStepUnits);
+    } else if (!ConvertCharacters<kSwapped>(at, at.from + kBlock)) {
+      return;
+    }
+  }
+  ConvertCharacters<kSwapped>(at, at.fromEnd);
+}
+
+template <bool kSwapped>
+VEK_INLINE Converted Convert(const uint8_t* source, int32_t length, uint8_t* destination,
+                             int32_t capacity) {
+  Cursor at = {source, source + kUnit * length, destination, destination + capacity};
+  ConvertSteps<kSwapped>(at);
+  ConvertRest<kSwapped>(at);
+  return {static_cast<int32_t>((at.from - source) / kUnit),
+          static_cast<int32_t>(at.to - destination)};
+}
+
+}  // namespace
+
+VEK_KERNEL Converted Utf16ToUtf8(const uint8_t* source, int32_t length, uint8_t* destination,
+                                 int32_t capacity) {
+  return Convert<false>(source, length, destination, capacity);
+}
+
+VEK_KERNEL Converted Utf16SwappedToUtf8(const uint8_t* source, int32_t length, uint8_t* destination,
+                                        int32_t capacity) {
+  return Convert<true>(source, length, destination, capacity);
+}
+
+}  // namespace vekch::kernels

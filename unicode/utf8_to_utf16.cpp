@@ -1,0 +1,334 @@
+// UTF-8 to UTF-16. Far from both ends 16 bytes are taken a step, whatever mix of well-formed
+// characters they hold; near the ends, and where a step meets anything else, one character at a
+// time by the common reading rule.
+//
+// There is no instruction here that moves bytes freely, so a step goes without: it computes a unit
+// at every byte as if the byte were the one that its character's unit stands at, then packs those
+// that really are. Which byte that is, is chosen so that one formula serves:
+//
+//   bytes                                   unit at    its low byte   its high byte
+//   0xxxxxxx                                first      xxxxxxx        0
+//   110aaabb 10cccccc                       first      bbcccccc       00000aaa
+//   1110aaaa 10bbbbcc 10dddddd              second     ccdddddd       aaaabbbb
+//   11110aaa 10bbcccc 10ddeeee 10ffffff     second     (high surrogate, see PairHigh)
+//                                           third      eeffffff       110111dd
+//
+// A step may store more than its characters fill: it runs only where the text still to come must
+// fill as much, so that nothing behind the end reported is changed.
+
+#include "unicode/cursor.h"
+#include "unicode/utf8.h"
+#include "unicode/utf_kernels.h"
+
+namespace vekch::kernels {
+namespace {
+
+// A step stores up to 16 units from where it stands. 48 bytes make at least 16 units, since no
+// character takes more than three bytes for a unit.
+constexpr ptrdiff_t kStepRoom = 16 * kUnit;
+constexpr ptrdiff_t kStepSource = 3 * kBlock;
+
+// ---- One character.
+
+template <bool kSwapped>
+VEK_INLINE void ConvertCharacter(Cursor& at) {
+  const Utf8Character character = ReadUtf8(at.from, at.fromEnd);
+  if (character.value <= 0xFFFF) {
+    StoreUnit<kSwapped>(at.to, character.value);
+    at.Advance(character.length, kUnit);
+    return;
+  }
+  // Values above 0x10FFFF lose their upper bits here.
+  const uint32_t high = 0xD800 + (((character.value - 0x10000) >> 10) & 0x3FF);
+  const uint32_t low = 0xDC00 + (character.value & 0x3FF);
+  // In swapped order the pair comes low first, and its bytes are not swapped; and it is written
+  // whole also where one unit of room is left.
+  StoreWord<uint32_t>(at.to, kSwapped ? low | (high << 16) : high | (low << 16));
+  at.Advance(character.length, 2 * kUnit);
+}
+
+// The characters that begin in front of `stop`, as far as there is room.
+template <bool kSwapped>
+VEK_INLINE void ConvertCharacters(Cursor& at, const uint8_t* stop) {
+  while (at.from < stop && at.Room() > 0) {
+    ConvertCharacter<kSwapped>(at);
+  }
+}
+
+// ---- ASCII.
+
+// The low and the high bytes of 16 units.
+struct UnitBytes {
+  Block low;
+  Block high;
+};
+
+template <bool kSwapped>
+VEK_INLINE Block FirstUnits(const UnitBytes& units) {
+  return kSwapped ? InterleaveLow(units.high, units.low) : InterleaveLow(units.low, units.high);
+}
+
+template <bool kSwapped>
+VEK_INLINE Block LastUnits(const UnitBytes& units) {
+  return kSwapped ? InterleaveHigh(units.high, units.low) : InterleaveHigh(units.low, units.high);
+}
+
+template <bool kSwapped>
+VEK_INLINE void StoreAscii(uint8_t* to, Block bytes) {
+  StoreAny(to, FirstUnits<kSwapped>({bytes, ZeroBlock()}));
+  StoreAny(to + kBlock, LastUnits<kSwapped>({bytes, ZeroBlock()}));
+}
+
+// 64 bytes a step, as long as they are ASCII.
+template <bool kSwapped>
+VEK_INLINE void ConvertAsciiRun(Cursor& at) {
+  while (at.Left() >= 4 * kBlock && at.Room() >= 4 * kStepRoom) {
+    const Block b0 = LoadAny(at.from);
+    const Block b1 = LoadAny(at.from + kBlock);
+    const Block b2 = LoadAny(at.from + 2 * kBlock);
+    const Block b3 = LoadAny(at.from + 3 * kBlock);
+    if (LaneBits((b0 | b1) | (b2 | b3)) != 0) {
+      return;
+    }
+    StoreAscii<kSwapped>(at.to, b0);
+    StoreAscii<kSwapped>(at.to + kStepRoom, b1);
+    StoreAscii<kSwapped>(at.to + 2 * kStepRoom, b2);
+    StoreAscii<kSwapped>(at.to + 3 * kStepRoom, b3);
+    at.Advance(4 * kBlock, 4 * kStepRoom);
+  }
+}
+
+// ---- Packing: the kept ones of eight units, in their order, to the front.
+//
+// Four units are packed in two rounds. A unit in front of which d of the four are dropped moves
+// down by one place in the first round if d is odd, and by two in the second if d is 2 or 3:
+//
+//   kept    . B . D      round 1   B . D .  (B and D have d = 1 and 2)
+//                        round 2   B D . .
+
+struct PackRow {
+  uint64_t byOne;  // places to which the unit one place above moves
+  uint64_t byTwo;
+};
+
+struct PackTable {
+  alignas(16) PackRow rows[16];
+  uint8_t bytes[16];  // that the kept units fill
+};
+
+constexpr PackTable MakePackTable() {
+  PackTable table = {};
+  for (int kept = 0; kept < 16; ++kept) {
+    int dropped = 0;
+    for (int place = 0; place < 4; ++place) {
+      if ((kept >> place & 1) == 0) {
+        ++dropped;
+        continue;
+      }
+      table.bytes[kept] = static_cast<uint8_t>(table.bytes[kept] + kUnit);
+      if ((dropped & 1) != 0) {
+        table.rows[kept].byOne |= uint64_t{0xFFFF} << (16 * (place - 1));
+      }
+      if ((dropped & 2) != 0) {
+        table.rows[kept].byTwo |= uint64_t{0xFFFF} << (16 * (place - dropped));
+      }
+    }
+  }
+  return table;
+}
+
+constexpr PackTable kPack = MakePackTable();
+
+VEK_INLINE Block LoadPackRow(uint32_t kept) {
+  return LoadAligned(reinterpret_cast<const uint8_t*>(&kPack.rows[kept]));
+}
+
+// Returns where the next unit goes. Stores up to 8 units.
+VEK_INLINE uint8_t* StoreKept(uint8_t* to, Block units, uint32_t kept) {
+  const uint32_t first = kept & 15;
+  const uint32_t second = kept >> 4 & 15;
+  const Block rowOfFirst = LoadPackRow(first);
+  const Block rowOfSecond = LoadPackRow(second);
+  units = Select(LowHalves(rowOfFirst, rowOfSecond), HalvesDown<16>(units), units);
+  units = Select(HighHalves(rowOfFirst, rowOfSecond), HalvesDown<32>(units), units);
+  StoreLowHalf(to, units);
+  to += kPack.bytes[first];
+  StoreHighHalf(to, units);
+  return to + kPack.bytes[second];
+}
+
+// ---- A mix of well-formed characters of up to kLongest bytes.
+
+// The lanes of the first bytes of characters of two, three and four bytes.
+struct Leads {
+  Block two;
+  Block three;
+  Block four;
+};
+
+template <int kLongest>
+VEK_INLINE Leads FindLeads(Block bytes) {
+  return {InRange(bytes, MakeRange(0xC2, 0xDF)),
+          kLongest >= 3 ? InRange(bytes, MakeRange(0xE0, 0xEF)) : ZeroBlock(),
+          kLongest >= 4 ? InRange(bytes, MakeRange(0xF0, 0xF7)) : ZeroBlock()};
+}
+
+// The second bytes that make a character of three or four bytes overlong.
+template <int kLongest>
+VEK_INLINE Block FindOverlong(Block bytes) {
+  const Block before = LanesUp<1>(bytes);
+  Block found = ZeroBlock();
+  if constexpr (kLongest >= 3) {
+    found = (before == Splat(0xE0)) & InRange(bytes, MakeRange(0x80, 0x9F));
+  }
+  if constexpr (kLongest >= 4) {
+    found = found | ((before == Splat(0xF0)) & InRange(bytes, MakeRange(0x80, 0x8F)));
+  }
+  return found;
+}
+
+// Whether the block is made of ASCII and of well-formed characters behind these leads. What stands
+// behind the block is not looked at.
+template <int kLongest>
+VEK_INLINE bool WellFormed(Block bytes, const Leads& leads) {
+  const uint32_t two = LaneBits(leads.two);
+  const uint32_t three = LaneBits(leads.three);
+  const uint32_t four = LaneBits(leads.four);
+  const uint32_t lead = two | three | four;
+  const uint32_t expected = ((lead << 1) | ((three | four) << 2) | (four << 3)) & 0xFFFF;
+  const uint32_t continuation = LaneBits(InRange(bytes, MakeRange(0x80, 0xBF)));
+  const uint32_t faults = (expected ^ continuation) | (LaneBits(bytes) ^ (lead | continuation)) |
+                          LaneBits(FindOverlong<kLongest>(bytes));
+  return faults == 0;
+}
+
+// Bytes of a well-formed block up to the character, if any, that the block's end cuts.
+VEK_INLINE int32_t WholeCharacters(const uint8_t* p) {
+  return kBlock - static_cast<int32_t>(p[15] >= 0xC0) - 2 * static_cast<int32_t>(p[14] >= 0xE0) -
+         3 * static_cast<int32_t>(p[13] >= 0xF0);
+}
+
+// The high surrogates, at the second bytes of four. The subtraction of 0x10000 from the value is
+// one of 1 from aaabb:
+//
+//   11110aaa 10bbcccc 10dd....    high byte 110110aa, from aaabb - 1
+//                                 low byte  bbccccdd, less 0x40
+VEK_INLINE UnitBytes PairHigh(Block bytes) {
+  const Block borrow = (bytes & Splat(0x30)) == ZeroBlock();  // all ones, that is -1
+  return {(BitsUp<2>(bytes) + Splat(0xC0)) | (BitsDown<4>(LanesDown<1>(bytes)) & Splat(0x03)),
+          ((LanesUp<1>(bytes) + borrow) & Splat(0x03)) | Splat(0xD8)};
+}
+
+// The units at all bytes and which bytes are those that units stand at.
+struct Candidates {
+  UnitBytes units;
+  Block kept;
+};
+
+template <int kLongest>
+VEK_INLINE Candidates FindUnits(Block bytes, const Leads& leads) {
+  const Block second = LanesUp<1>(leads.three);
+  const Block third = LanesUp<2>(leads.four);
+  const Block multi = leads.two | second | third;
+  const Block low = BitsUp<6>(bytes) | (LanesDown<1>(bytes) & Splat(0x3F));
+  Block high = BitsDown<2>(bytes) & Splat(0x0F);
+  if constexpr (kLongest >= 3) {
+    high = high | (BitsUp<4>(LanesUp<1>(bytes)) & second);
+  }
+  if constexpr (kLongest >= 4) {
+    high = Select(third, (high & Splat(0x03)) | Splat(0xDC), high);
+  }
+  Candidates found = {{Select(multi, low, bytes), high & multi}, multi};
+  if constexpr (kLongest >= 4) {
+    const Block pair = LanesUp<1>(leads.four);
+    const UnitBytes surrogates = PairHigh(bytes);
+    found.units.low = Select(pair, surrogates.low, found.units.low);
+    found.units.high = Select(pair, surrogates.high, found.units.high);
+    found.kept = found.kept | pair;
+  }
+  return found;
+}
+
+template <bool kSwapped, int kLongest>
+VEK_INLINE bool ConvertMix(Cursor& at, Block bytes) {
+  const Leads leads = FindLeads<kLongest>(bytes);
+  if (!WellFormed<kLongest>(bytes, leads)) {
+    return false;
+  }
+  const Candidates found = FindUnits<kLongest>(bytes, leads);
+  const int32_t length = WholeCharacters(at.from);
+  const uint32_t ascii = LaneBits(bytes) ^ 0xFFFF;
+  const uint32_t kept = (LaneBits(found.kept) | ascii) & ((1U << length) - 1);
+  at.to = StoreKept(at.to, FirstUnits<kSwapped>(found.units), kept & 0xFF);
+  at.to = StoreKept(at.to, LastUnits<kSwapped>(found.units), kept >> 8);
+  at.from += length;
+  return true;
+}
+
+// ---- All together.
+
+// One step on 16 bytes that are not all ASCII; false where it needs the rule for one character.
+template <bool kSwapped>
+VEK_INLINE bool ConvertBlock(Cursor& at, Block bytes) {
+  if (LaneBits(InRange(bytes, MakeRange(0xE0, 0xFF))) == 0) {
+    return ConvertMix<kSwapped, 2>(at, bytes);
+  }
+  if (LaneBits(InRange(bytes, MakeRange(0xF0, 0xFF))) == 0) {
+    return ConvertMix<kSwapped, 3>(at, bytes);
+  }
+  // Pairs in swapped order, with their own order of units and bytes, are left to the rule.
+  return !kSwapped && ConvertMix<false, 4>(at, bytes);
+}
+
+template <bool kSwapped>
+VEK_INLINE void ConvertSteps(Cursor& at) {
+  while (at.Left() >= kStepSource && at.Room() >= kStepRoom) {
+    const Block bytes = LoadAny(at.from);
+    if (LaneBits(bytes) == 0) {
+      StoreAscii<kSwapped>(at.to, bytes);
+      at.Advance(kBlock, kStepRoom);
+      ConvertAsciiRun<kSwapped>(at);
+    } else if (!ConvertBlock<kSwapped>(at, bytes)) {
+      ConvertCharacters<kSwapped>(at, at.from + kBlock);
+    }
+  }
+}
+
+// What the steps leave: up to 47 bytes, or more with little room.
+template <bool kSwapped>
+VEK_INLINE void ConvertRest(Cursor& at) {
+  while (at.Left() >= 8 && at.Room() >= 8 * kUnit) {
+    const Block bytes = LoadHalf(at.from);
+    if (LaneBits(bytes) == 0) {
+      StoreAny(at.to, FirstUnits<kSwapped>({bytes, ZeroBlock()}));
+      at.Advance(8, 8 * kUnit);
+    } else {
+      ConvertCharacters<kSwapped>(at, at.from + 8);
+    }
+  }
+  ConvertCharacters<kSwapped>(at, at.fromEnd);
+}
+
+template <bool kSwapped>
+VEK_INLINE Converted Convert(const uint8_t* source, int32_t length, uint8_t* destination,
+                             int32_t capacity) {
+  Cursor at = {source, source + length, destination, destination + kUnit * capacity};
+  ConvertSteps<kSwapped>(at);
+  ConvertRest<kSwapped>(at);
+  return {static_cast<int32_t>(at.from - source),
+          static_cast<int32_t>((at.to - destination) / kUnit)};
+}
+
+}  // namespace
+
+VEK_KERNEL Converted Utf8ToUtf16(const uint8_t* source, int32_t length, uint8_t* destination,
+                                 int32_t capacity) {
+  return Convert<false>(source, length, destination, capacity);
+}
+
+VEK_KERNEL Converted Utf8ToUtf16Swapped(const uint8_t* source, int32_t length, uint8_t* destination,
+                                        int32_t capacity) {
+  return Convert<true>(source, length, destination, capacity);
+}
+
+}  // namespace vekch::kernels
