@@ -11,6 +11,8 @@
 
 #include <stdint.h>
 
+#include "vekch/regexp.h"
+
 /** Option bits of a pattern, in `compileFlags` and in the records. */
 enum {
   RegExpOptionS = 1, /* "." matches a newline too */
@@ -37,33 +39,33 @@ enum {
  * what the operands a, b, c and ptr hold ("" for one that is not used). One list feeds the codes,
  * the names that tools print and the fixed-length rule.
  */
-#define VEKCH_REGEXP_OPERATIONS(X)                                                            \
-  X(OpChar, RegExpWidthOne, 0, "byte", "", "options", "")                                     \
-  X(OpString, RegExpWidthRun, 0, "", "length", "options", "bytes")                            \
-  X(OpBackref, RegExpWidthNone, 0, "group", "", "", "")                                       \
-  X(OpClass, RegExpWidthClass, 0, "negated", "items", "", "")                                 \
-  X(OpCharType, RegExpWidthOne, 0, "letter", "", "", "")                                      \
-  X(OpAssert, RegExpWidthNone, 1, "letter", "", "", "")                                       \
-  X(OpAlternative, RegExpWidthAlternative, 1, "serial", "options", "", "")                    \
-  X(OpClassRange, RegExpWidthNone, 0, "lowest", "highest", "", "")                            \
-  X(OpLazy, RegExpWidthRepeat, 0, "minimum", "maximum", "", "")                               \
-  X(OpGreedy, RegExpWidthRepeat, 0, "minimum", "maximum", "", "")                             \
-  X(OpLookbehind, RegExpWidthLookaround, 1, "serial", "extent", "length", "")                 \
-  X(OpNegLookbehind, RegExpWidthLookaround, 1, "serial", "extent", "length", "")              \
-  X(OpLookahead, RegExpWidthLookaround, 1, "serial", "extent", "", "")                        \
-  X(OpNegLookahead, RegExpWidthLookaround, 1, "serial", "extent", "", "")                     \
-  X(OpOptionGroup, RegExpWidthNone, 0, "serial", "extent", "options", "")                     \
-  X(OpConditional, RegExpWidthNone, 0, "serial", "extent", "", "")                            \
-  X(OpCapture, RegExpWidthGroup, 0, "serial", "extent", "slot", "")                           \
-  X(OpGroup, RegExpWidthGroup, 0, "serial", "extent", "", "")                                 \
-  X(OpAtomic, RegExpWidthGroup, 0, "serial", "extent", "", "")                                \
-  X(OpGroupEnd, RegExpWidthNone, 1, "serial", "options", "flag", "")                          \
-  X(OpSetOptions, RegExpWidthNone, 1, "options", "", "", "")                                  \
-  X(OpAnyByte, RegExpWidthNone, 0, "", "", "", "")                                            \
-  X(OpCodePoint, RegExpWidthOne, 0, "code point", "", "options", "")                          \
-  X(OpCategory, RegExpWidthOne, 0, "mask", "negated", "", "")                                 \
-  X(OpRange, RegExpWidthOne, 0, "lowest", "highest", "negated", "")                           \
-  X(OpScript, RegExpWidthOne, 0, "", "negated", "ranges", "range list")                       \
+#define VEKCH_REGEXP_OPERATIONS(X)                                               \
+  X(OpChar, RegExpWidthOne, 0, "byte", "", "options", "")                        \
+  X(OpString, RegExpWidthRun, 0, "", "length", "options", "bytes")               \
+  X(OpBackref, RegExpWidthNone, 0, "group", "", "", "")                          \
+  X(OpClass, RegExpWidthClass, 0, "negated", "items", "", "")                    \
+  X(OpCharType, RegExpWidthOne, 0, "letter", "", "", "")                         \
+  X(OpAssert, RegExpWidthNone, 1, "letter", "", "", "")                          \
+  X(OpAlternative, RegExpWidthAlternative, 1, "serial", "options", "", "")       \
+  X(OpClassRange, RegExpWidthNone, 0, "lowest", "highest", "", "")               \
+  X(OpLazy, RegExpWidthRepeat, 0, "minimum", "maximum", "", "")                  \
+  X(OpGreedy, RegExpWidthRepeat, 0, "minimum", "maximum", "", "")                \
+  X(OpLookbehind, RegExpWidthLookaround, 1, "serial", "extent", "length", "")    \
+  X(OpNegLookbehind, RegExpWidthLookaround, 1, "serial", "extent", "length", "") \
+  X(OpLookahead, RegExpWidthLookaround, 1, "serial", "extent", "", "")           \
+  X(OpNegLookahead, RegExpWidthLookaround, 1, "serial", "extent", "", "")        \
+  X(OpOptionGroup, RegExpWidthNone, 0, "serial", "extent", "options", "")        \
+  X(OpConditional, RegExpWidthNone, 0, "serial", "extent", "", "")               \
+  X(OpCapture, RegExpWidthGroup, 0, "serial", "extent", "slot", "")              \
+  X(OpGroup, RegExpWidthGroup, 0, "serial", "extent", "", "")                    \
+  X(OpAtomic, RegExpWidthGroup, 0, "serial", "extent", "", "")                   \
+  X(OpGroupEnd, RegExpWidthNone, 1, "serial", "options", "flag", "")             \
+  X(OpSetOptions, RegExpWidthNone, 1, "options", "", "", "")                     \
+  X(OpAnyByte, RegExpWidthNone, 0, "", "", "", "")                               \
+  X(OpCodePoint, RegExpWidthOne, 0, "code point", "", "options", "")             \
+  X(OpCategory, RegExpWidthOne, 0, "mask", "negated", "", "")                    \
+  X(OpRange, RegExpWidthOne, 0, "lowest", "highest", "negated", "")              \
+  X(OpScript, RegExpWidthOne, 0, "", "negated", "ranges", "range list")          \
   X(OpGrapheme, RegExpWidthOne, 0, "", "", "", "")
 
 enum { RegExpFirstOperation = 0x10000000 };
@@ -96,7 +98,7 @@ enum { RegExpTag = 0x78456772 };
 enum { RegExpTableSize = 1000 };
 
 /** The fixed part of a pattern object; the program's records follow it. */
-typedef struct RegExpState {
+struct RegExpState {
   uint32_t regExpTag;
   uint32_t compileFlags; /* the options given as letters; options inside the pattern don't count */
   int32_t nodeCount;
@@ -107,7 +109,7 @@ typedef struct RegExpState {
   int32_t searchMode;      /* 0 general, 1 begins with a literal, 2 alternatives of literals */
   uint64_t workTableA[RegExpTableSize][4];
   uint64_t workTableB[RegExpTableSize][2];
-} RegExpState;
+};
 
 /** Bytes of an object: the fixed part, and room for one record more than the pattern has bytes. */
 enum { RegExpFixedSize = 48056, RegExpSizePerByte = 24 };

@@ -1,0 +1,38 @@
+// The entry points of a pattern's life before the searches: its size, its compilation, its
+// settings.
+
+#include "regexp/object.h"
+
+#include "frame/checks.h"
+#include "vekch/regexp.h"
+
+vekStatus veksRegExpGetSize(const uint8_t* pattern, int32_t* size) noexcept {
+  if (vekch::AnyNull(pattern, size)) {
+    return StatusNullPointer;
+  }
+  // The size wraps for a pattern that no 32-bit size can hold: it is not checked for.
+  *size = static_cast<int32_t>(vekch::regexp::ObjectSize(vekch::regexp::LengthOf(pattern)));
+  return StatusNoError;
+}
+
+vekStatus veksRegExpSetFormat(int32_t format, RegExpState* state) noexcept {
+  if (vekch::AnyNull(state)) {
+    return StatusNullPointer;
+  }
+  if (format != 0 && format != 1) {
+    return StatusRangeError;
+  }
+  state->characterFormat = format;
+  return StatusNoError;
+}
+
+vekStatus veksRegExpSetMatchLimit(int32_t limit, RegExpState* state) noexcept {
+  if (vekch::AnyNull(state)) {
+    return StatusNullPointer;
+  }
+  if (vekch::AnyNegative(limit)) {
+    return StatusLengthError;
+  }
+  state->matchLimit = limit;
+  return StatusNoError;
+}
