@@ -35,9 +35,9 @@ struct Commonness {
   uint8_t of[256];
 
   constexpr Commonness() : of() {
-    constexpr int32_t count = sizeof kCommonBytes - 1;
-    for (int32_t i = 0; i < count; ++i) {
-      of[static_cast<uint8_t>(kCommonBytes[i])] = static_cast<uint8_t>(count - i);
+    constexpr int32_t kCount = sizeof kCommonBytes - 1;
+    for (int32_t i = 0; i < kCount; ++i) {
+      of[static_cast<uint8_t>(kCommonBytes[i])] = static_cast<uint8_t>(kCount - i);
     }
     of[0] = 255;  // fills binary files
   }
