@@ -138,6 +138,13 @@ VEK_INLINE void StoreHighHalf(uint8_t* p, Block b) {
   _mm_storeh_pd(reinterpret_cast<double*>(p), _mm_castsi128_pd(b.lanes));
 }
 
+// Stores past the cache; p is aligned. StoreFence orders such stores before later ones.
+VEK_INLINE void StoreStreaming(uint8_t* p, Block b) {
+  _mm_stream_si128(reinterpret_cast<__m128i*>(p), b.lanes);
+}
+
+VEK_INLINE void StoreFence() { _mm_sfence(); }
+
 // Number of bytes by which p lies above the boundary of kBoundary bytes at or below it.
 template <int32_t kBoundary = kBlock>
 VEK_INLINE ptrdiff_t Misalignment(const void* p) {

@@ -1,0 +1,30 @@
+// Kernels that move bytes. Lengths are 0 or more; nothing outside the given lengths is read or
+// written.
+//
+// The copy and the fill store every byte once, but for the part of an unaligned first block that
+// the aligned block behind it stores again. Blocks that are large for the cache are stored past
+// it, so that they don't drive out what the caller works with.
+
+#ifndef VEKCH_STRINGS_KERNELS_BLOCK_KERNELS_H
+#define VEKCH_STRINGS_KERNELS_BLOCK_KERNELS_H
+
+#include <stdint.h>
+
+namespace vekch::kernels {
+
+// The strings must not overlap.
+void Copy(const uint8_t* source, uint8_t* destination, int32_t length);
+
+// The strings may overlap in any way.
+void Move(const uint8_t* source, uint8_t* destination, int32_t length);
+
+void Fill(uint8_t value, uint8_t* destination, int32_t length);
+
+// The ways past the cache, which Copy and Fill take only for what is large on the processor at
+// hand. The destination is aligned to 16.
+void CopyPastCache(const uint8_t* source, uint8_t* destination, int32_t length);
+void FillPastCache(uint8_t value, uint8_t* destination, int32_t length);
+
+}  // namespace vekch::kernels
+
+#endif
