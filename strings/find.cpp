@@ -99,15 +99,19 @@ vekStatus veksFind_Z_8u(const uint8_t* source, const uint8_t* needle, int32_t* i
   if (vekch::AnyNull(source, needle)) {
     return StatusNullPointer;
   }
-  return vekch::CheckedFind(source, vekch::kernels::FindByteOrTerminator(source, 0), needle,
-                            vekch::kernels::FindByteOrTerminator(needle, 0), index,
-                            vekch::kNeedleFits, vekch::kernels::FindSubstring);
+  return vekch::CheckedFind(source, vekch::kernels::FindTerminator(source), needle,
+                            vekch::kernels::FindTerminator(needle), index, vekch::kNeedleFits,
+                            vekch::kernels::FindSubstring);
 }
 
 vekStatus veksFindC_Z_8u(const uint8_t* source, uint8_t value, int32_t* index) noexcept {
   // A null index is a fault of the caller when the terminator is sought: it is not tested for.
   if (source == nullptr || (value != 0 && index == nullptr)) {
     return StatusNullPointer;
+  }
+  if (value == 0) {
+    *index = vekch::kernels::FindTerminator(source);
+    return StatusNoError;
   }
   const int32_t found = vekch::kernels::FindByteOrTerminator(source, value);
   *index = source[found] == value ? found : vekch::kNotFound;
