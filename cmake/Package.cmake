@@ -6,6 +6,8 @@ install(TARGETS vekch vekch_static EXPORT vekchTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/vekch DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# The terms of the Unicode data ask to go with every copy of it.
+install(FILES NOTICE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 if(WIN32)
   install(FILES ${moduleDefinition} DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endif()

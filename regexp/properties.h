@@ -1,12 +1,14 @@
 // Unicode properties: the parser of "\p" and "\P", the membership test of a property record, and
 // the questions about one code point that matching loops ask. All of it by the Unicode 5.1 data,
-// all of it constant, each answer in constant time; ASCII never reaches the tables of pages.
+// all of it constant, each answer about a code point in constant time; ASCII never reaches the
+// tables of pages.
 
 #ifndef VEKCH_REGEXP_PROPERTIES_H
 #define VEKCH_REGEXP_PROPERTIES_H
 
 #include <stdint.h>
 
+#include "regexp/unicode_tables.h"
 #include "vekch/regexp_program.h"
 
 namespace vekch::regexp {
@@ -22,14 +24,7 @@ enum CategoryMask : int32_t {
   kCategoryP = 0x1000,
   kCategoryC = 0x2000,
   kCategoryMinorBits = 0x7F,
-  kCategoryCased = 0x87,        // "L&": Ll, Lu and Lt
   kCategoryUnassigned = 0x2010  // Cn
-};
-
-// One pair of a script's list, both ends inclusive.
-struct ScriptRange {
-  int32_t first;
-  int32_t last;
 };
 
 // Reads a property escape. `*position` points at its "p" or "P"; `negated` is 0 for the one and -1
@@ -48,26 +43,27 @@ int32_t ParseScriptName(const uint8_t** position, ProgramNode* nodes, int32_t* n
 // Whether a code point belongs to the set of an OpCodePoint, OpCategory, OpRange or OpScript
 // record: 0 or more when it does, else negative. Any other record has no members. `caseless` (0 or
 // not) counts for OpCodePoint alone. The list of an OpScript record is one that ParseScriptName
-// put there.
+// put there. Any value serves as a code point.
 int32_t MatchPropertyItem(int32_t codePoint, const ProgramNode* node, int32_t caseless);
 
 // Whether `\p` (negated 0) or `\P` (negated not 0) of a category accepts a code point.
 bool MatchCategory(int32_t codePoint, int32_t mask, int32_t negated);
 
-// For loops over one category: the set of code points that MatchCategory accepts, in a form that
-// is tested faster.
+// For loops over one category: what MatchCategory accepts, in a form that is tested in a few
+// instructions. One bit for each class of code points.
 uint64_t CategorySet(int32_t mask, int32_t negated);
-bool InCategorySet(int32_t codePoint, uint64_t set);
+inline bool InCategorySet(int32_t codePoint, uint64_t set) {
+  return ((set >> ClassOf(codePoint)) & 1) != 0;
+}
 
-// Whether a code point lies in a script's list, as an OpScript record holds it in `ptr`.
-bool InScript(int32_t codePoint, const ScriptRange* list);
+// Whether a code point lies in a script's list, given as an OpScript record holds it in `ptr`: no
+// list is walked, its address tells the script.
+inline bool InScript(int32_t codePoint, uint64_t list) {
+  return list == reinterpret_cast<uintptr_t>(ScriptList(ScriptOf(codePoint)));
+}
 
-// The simple lower-case mapping of a code point, or the code point itself. What lies behind the
-// last character of the database (U+E01EF) and is not for private use becomes 0.
-int32_t FoldCase(int32_t codePoint);
-
-// The category bits of a code point, kCategoryUnassigned for one without an entry.
-int32_t CategoryOf(int32_t codePoint);
+// The category of a code point, kCategoryUnassigned for one without any.
+inline int32_t CategoryOf(int32_t codePoint) { return kClassCategory[ClassOf(codePoint)]; }
 
 }  // namespace vekch::regexp
 
