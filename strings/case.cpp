@@ -1,4 +1,5 @@
-// Case mapping: argument checks in front of the kernels.
+// Case mapping: argument checks in front of the kernels. The copying and the in-place forms differ
+// in nothing else.
 
 #include "vekch/case.h"
 
@@ -8,38 +9,35 @@
 namespace vekch {
 namespace {
 
-template <class Kernel>
-inline vekStatus CheckedMap(const uint8_t* source, uint8_t* destination, int32_t length,
-                            Kernel kernel) {
+template <class Map>
+VEK_INLINE vekStatus CheckedMap(const uint8_t* source, uint8_t* destination, int32_t length) {
   if (AnyNull(source, destination)) {
     return StatusNullPointer;
   }
-  if (length < 0) {
-    return StatusLengthError;
+  if (length <= 0) {
+    return length < 0 ? StatusLengthError : StatusNoError;
   }
-  if (length > 0) {
-    kernel(source, destination, length);
-  }
+  kernels::Transform(source, destination, length, Map{});
   return StatusNoError;
 }
 
 }  // namespace
 }  // namespace vekch
 
-vekStatus veksLowercaseLatin_8u(const uint8_t* source, uint8_t* destination,
-                                int32_t length) noexcept {
-  return vekch::CheckedMap(source, destination, length, vekch::kernels::LowercaseLatin);
+VEK_KERNEL vekStatus veksLowercaseLatin_8u(const uint8_t* source, uint8_t* destination,
+                                           int32_t length) noexcept {
+  return vekch::CheckedMap<vekch::kernels::ToLower>(source, destination, length);
 }
 
-vekStatus veksLowercaseLatin_8u_I(uint8_t* buffer, int32_t length) noexcept {
-  return vekch::CheckedMap(buffer, buffer, length, vekch::kernels::LowercaseLatin);
+VEK_KERNEL vekStatus veksLowercaseLatin_8u_I(uint8_t* buffer, int32_t length) noexcept {
+  return vekch::CheckedMap<vekch::kernels::ToLower>(buffer, buffer, length);
 }
 
-vekStatus veksUppercaseLatin_8u(const uint8_t* source, uint8_t* destination,
-                                int32_t length) noexcept {
-  return vekch::CheckedMap(source, destination, length, vekch::kernels::UppercaseLatin);
+VEK_KERNEL vekStatus veksUppercaseLatin_8u(const uint8_t* source, uint8_t* destination,
+                                           int32_t length) noexcept {
+  return vekch::CheckedMap<vekch::kernels::ToUpper>(source, destination, length);
 }
 
-vekStatus veksUppercaseLatin_8u_I(uint8_t* buffer, int32_t length) noexcept {
-  return vekch::CheckedMap(buffer, buffer, length, vekch::kernels::UppercaseLatin);
+VEK_KERNEL vekStatus veksUppercaseLatin_8u_I(uint8_t* buffer, int32_t length) noexcept {
+  return vekch::CheckedMap<vekch::kernels::ToUpper>(buffer, buffer, length);
 }

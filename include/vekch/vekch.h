@@ -20,6 +20,7 @@
 #include "vekch/case.h"
 #include "vekch/compare.h"
 #include "vekch/find.h"
+#include "vekch/hash.h"
 #include "vekch/regexp.h"
 #include "vekch/status.h"
 #include "vekch/utf.h"

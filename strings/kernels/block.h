@@ -8,8 +8,6 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include <type_traits>
-
 // Kernels have a code section of their own, so that they lie together in memory. What they are
 // made of is always inlined: it would otherwise be placed in the ordinary code section.
 #define VEK_KERNEL __attribute__((section("VEKCODE")))
@@ -27,6 +25,7 @@ struct Block {
 VEK_INLINE Block operator==(Block a, Block b) { return {_mm_cmpeq_epi8(a.lanes, b.lanes)}; }
 VEK_INLINE Block operator&(Block a, Block b) { return {_mm_and_si128(a.lanes, b.lanes)}; }
 VEK_INLINE Block operator|(Block a, Block b) { return {_mm_or_si128(a.lanes, b.lanes)}; }
+VEK_INLINE Block operator^(Block a, Block b) { return {_mm_xor_si128(a.lanes, b.lanes)}; }
 VEK_INLINE Block operator+(Block a, Block b) { return {_mm_add_epi8(a.lanes, b.lanes)}; }
 
 VEK_INLINE Block Splat(uint8_t value) { return {_mm_set1_epi8(static_cast<char>(value))}; }
@@ -163,6 +162,10 @@ VEK_INLINE void StoreWord(uint8_t* p, Word word) {
   __builtin_memcpy(p, &word, sizeof word);
 }
 
+// A single byte in the lowest lane.
+VEK_INLINE Block BlockOf8(uint8_t byte) { return {_mm_cvtsi32_si128(byte)}; }
+VEK_INLINE uint8_t Lane8(Block b) { return static_cast<uint8_t>(_mm_cvtsi128_si32(b.lanes)); }
+
 // Loads the first and the last kHalf bytes of a string of kHalf to 2 * kHalf bytes into the low
 // 2 * kHalf lanes; the other lanes hold anything.
 template <int32_t kHalf>
@@ -195,12 +198,42 @@ VEK_INLINE void StoreEnds(uint8_t* p, int32_t length, Block b) {
     StoreWord(p, static_cast<uint32_t>(ends));
     StoreWord(tail, static_cast<uint32_t>(ends >> 32));
   } else {
-    static_assert(kHalf == 2 || kHalf == 1);
-    using Word = std::conditional_t<kHalf == 2, uint16_t, uint8_t>;
+    static_assert(kHalf == 2);
     const auto ends = static_cast<uint32_t>(_mm_cvtsi128_si32(b.lanes));
-    StoreWord(p, static_cast<Word>(ends));
-    StoreWord(tail, static_cast<Word>(ends >> (8 * kHalf)));
+    StoreWord(p, static_cast<uint16_t>(ends));
+    StoreWord(tail, static_cast<uint16_t>(ends >> 16));
   }
+}
+
+// Arithmetic on wider lanes. Lane 0 lies at the lowest address; a result wraps in its lane.
+VEK_INLINE Block Splat16(uint16_t value) { return {_mm_set1_epi16(static_cast<int16_t>(value))}; }
+VEK_INLINE Block Splat32(uint32_t value) { return {_mm_set1_epi32(static_cast<int32_t>(value))}; }
+VEK_INLINE Block Add16(Block a, Block b) { return {_mm_add_epi16(a.lanes, b.lanes)}; }
+VEK_INLINE Block Add32(Block a, Block b) { return {_mm_add_epi32(a.lanes, b.lanes)}; }
+VEK_INLINE Block Add64(Block a, Block b) { return {_mm_add_epi64(a.lanes, b.lanes)}; }
+VEK_INLINE Block Multiply16(Block a, Block b) { return {_mm_mullo_epi16(a.lanes, b.lanes)}; }
+VEK_INLINE Block Equal16(Block a, Block b) { return {_mm_cmpeq_epi16(a.lanes, b.lanes)}; }
+
+// The even lanes, or the odd ones, moved to the low half of lanes of twice the width.
+VEK_INLINE Block EvenOf8(Block b) { return b & Splat16(0xFF); }
+VEK_INLINE Block OddOf8(Block b) { return {_mm_srli_epi16(b.lanes, 8)}; }
+VEK_INLINE Block OddOf32(Block b) { return {_mm_srli_epi64(b.lanes, 32)}; }
+
+// Even lane * even + odd lane * odd, of signed 16-bit lanes, in 32-bit lanes.
+VEK_INLINE Block MultiplyAdd16(Block b, int16_t even, int16_t odd) {
+  const int32_t both = static_cast<uint16_t>(even) | (odd * 0x10000);
+  return {_mm_madd_epi16(b.lanes, _mm_set1_epi32(both))};
+}
+
+// The 64-bit products of the even lanes of 32 bits; the odd ones count for nothing.
+VEK_INLINE Block MultiplyEven32(Block a, Block b) { return {_mm_mul_epu32(a.lanes, b.lanes)}; }
+
+VEK_INLINE Block BlockOf64(uint64_t lane0, uint64_t lane1) {
+  return {_mm_set_epi64x(static_cast<int64_t>(lane1), static_cast<int64_t>(lane0))};
+}
+VEK_INLINE uint64_t Lane64(Block b, int32_t lane) {
+  const __m128i moved = lane == 0 ? b.lanes : _mm_unpackhi_epi64(b.lanes, b.lanes);
+  return static_cast<uint64_t>(_mm_cvtsi128_si64(moved));
 }
 
 // The bytes from a lowest to a highest value, tested with one addition and one comparison: the

@@ -53,26 +53,33 @@ VEK_INLINE void TransformEnds(const uint8_t* source, uint8_t* destination, int32
   StoreEnds<kHalf>(destination, length, map(LoadEnds<kHalf>(source, length)));
 }
 
+// The sizes are asked for in this order, and leave by ways of their own, for the sake of the
+// shortest strings.
 template <class Map>
 VEK_INLINE void TransformShort(const uint8_t* source, uint8_t* destination, int32_t length,
                                const Map& map) {
-  if (length > 2 * kBlock) {
-    const ptrdiff_t gap = length - 2 * kBlock;
-    StoreFour(destination, gap, MapFour(source, gap, map));
-  } else if (length >= kBlock) {
+  if (length < kBlock) {
+    if (length >= 8) {
+      return TransformEnds<8>(source, destination, length, map);
+    }
+    if (length >= 4) {
+      return TransformEnds<4>(source, destination, length, map);
+    }
+    if (length >= 2) {
+      return TransformEnds<2>(source, destination, length, map);
+    }
+    *destination = Lane8(map(BlockOf8(*source)));
+    return;
+  }
+  if (length <= 2 * kBlock) {
     const Block first = map(LoadAny(source));
     const Block last = map(LoadAny(source + length - kBlock));
     StoreAny(destination, first);
     StoreAny(destination + length - kBlock, last);
-  } else if (length >= 8) {
-    TransformEnds<8>(source, destination, length, map);
-  } else if (length >= 4) {
-    TransformEnds<4>(source, destination, length, map);
-  } else if (length >= 2) {
-    TransformEnds<2>(source, destination, length, map);
-  } else {
-    TransformEnds<1>(source, destination, length, map);
+    return;
   }
+  const ptrdiff_t gap = length - 2 * kBlock;
+  StoreFour(destination, gap, MapFour(source, gap, map));
 }
 
 // Maps `length` bytes, at least one.
