@@ -1,5 +1,7 @@
-// Timing by Google Benchmark, case by case: the contenders of one case are registered alone, run in
-// random order, and their medians collected, before the next case is looked at.
+// Timing by Google Benchmark, case by case and round by round. A round times each contender of one
+// case once, for a millisecond; rounds go through the contenders forwards and backwards in turn.
+// Each round gives a ratio, of times that lie close together, and the median of the rounds' ratios
+// is the case's: a machine that changes its speed between rounds does not disturb it.
 
 #include "bench/ratios.h"
 
@@ -13,13 +15,9 @@
 namespace vekch_bench {
 namespace {
 
-// Seven repetitions of some milliseconds each: a whole run stays within minutes. Options given on
-// the command line come later and win.
-constexpr const char* kDefaultOptions[] = {
-    "--benchmark_enable_random_interleaving=true",
-    "--benchmark_min_time=0.003",
-    "--benchmark_repetitions=7",
-};
+constexpr int32_t kDefaultRounds = 11;
+// An option given on the command line comes later and wins.
+constexpr char kDefaultTime[] = "--benchmark_min_time=0.001";
 
 struct Row {
   std::string name;
@@ -32,6 +30,7 @@ struct Session {
   std::regex filter;
   bool listOnly = false;
   bool peersOnly = false;
+  int32_t rounds = kDefaultRounds;
   FILE* csv = nullptr;
   std::string lastFamily;
   std::vector<Row> rows;
@@ -42,45 +41,71 @@ Session& TheSession() {
   return session;
 }
 
-// Keeps the CPU times, in nanoseconds, of every repetition of every contender.
-class Collector : public benchmark::BenchmarkReporter {
+// What the contenders needed in one round.
+class RoundReporter : public benchmark::BenchmarkReporter {
  public:
-  explicit Collector(size_t contenders) : times_(contenders) {}
+  explicit RoundReporter(size_t contenders) : nanoseconds(contenders), iterations(contenders) {}
 
   bool ReportContext(const Context&) override { return true; }
 
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
-      if (run.run_type == Run::RT_Iteration) {
-        times_[std::stoul(run.run_name.function_name)].push_back(
-            run.GetAdjustedCPUTime() * 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit));
-      }
+      const size_t contender = std::stoul(run.run_name.function_name);
+      nanoseconds[contender] =
+          run.GetAdjustedCPUTime() * 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit);
+      iterations[contender] = run.iterations;
     }
   }
 
-  double Median(size_t contender) const {
-    std::vector<double> sorted = times_[contender];
-    std::sort(sorted.begin(), sorted.end());
-    const size_t count = sorted.size();
-    return (sorted[(count - 1) / 2] + sorted[count / 2]) / 2;
-  }
-
- private:
-  std::vector<std::vector<double>> times_;
+  std::vector<double> nanoseconds;
+  std::vector<benchmark::IterationCount> iterations;
 };
 
-std::vector<double> MedianTimes(const std::vector<Contender>& contenders) {
+// Times each contender once. The number of iterations is the given one, or, where there is none,
+// what it takes to fill the wanted time.
+RoundReporter RunRound(const std::vector<Contender>& contenders,
+                       const std::vector<benchmark::IterationCount>& iterations, bool backwards) {
   benchmark::ClearRegisteredBenchmarks();
   for (size_t i = 0; i < contenders.size(); ++i) {
-    benchmark::RegisterBenchmark(std::to_string(i).c_str(), contenders[i].loop);
+    const size_t c = backwards ? contenders.size() - 1 - i : i;
+    auto* one = benchmark::RegisterBenchmark(std::to_string(c).c_str(), contenders[c].loop);
+    if (!iterations.empty()) {
+      one->Iterations(iterations[c]);
+    }
   }
-  Collector collector(contenders.size());
-  benchmark::RunSpecifiedBenchmarks(&collector, "all");
-  std::vector<double> medians;
+  RoundReporter reporter(contenders.size());
+  benchmark::RunSpecifiedBenchmarks(&reporter, "all");
+  return reporter;
+}
+
+double Median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  const size_t count = values.size();
+  return (values[(count - 1) / 2] + values[count / 2]) / 2;
+}
+
+struct Measurement {
+  double nanoseconds;
+  double ratio;  // the contender's time over the library's
+};
+
+std::vector<Measurement> Measure(const std::vector<Contender>& contenders, int32_t rounds) {
+  const RoundReporter trial = RunRound(contenders, {}, false);
+  std::vector<std::vector<double>> times(contenders.size());
+  std::vector<std::vector<double>> ratios(contenders.size());
+  for (int32_t round = 0; round < rounds; ++round) {
+    const std::vector<double> now =
+        RunRound(contenders, trial.iterations, round % 2 != 0).nanoseconds;
+    for (size_t i = 0; i < contenders.size(); ++i) {
+      times[i].push_back(now[i]);
+      ratios[i].push_back(now[i] / now[0]);
+    }
+  }
+  std::vector<Measurement> measurements;
   for (size_t i = 0; i < contenders.size(); ++i) {
-    medians.push_back(collector.Median(i));
+    measurements.push_back({Median(times[i]), Median(ratios[i])});
   }
-  return medians;
+  return measurements;
 }
 
 std::string Format(const char* format, double value) {
@@ -134,18 +159,17 @@ void PrintHelp() {
       "Measures vekch beside its peers. A ratio is a peer's time over ours: above 1 we are faster."
       "\n\n"
       "  --benchmark_filter=REGEX     only the cases whose family/name/bytes it matches\n"
-      "  --benchmark_min_time=SECONDS --benchmark_repetitions=N   longer or shorter measurements\n"
-      "  --csv=FILE                   also writes family,case,bytes,calls,contender,nanoseconds\n"
+      "  --benchmark_min_time=SECONDS how long a contender runs in one round\n"
+      "  --rounds=N                   how many rounds\n"
+      "  --csv=FILE                   also writes "
+      "family,case,bytes,calls,contender,nanoseconds,ratio\n"
       "  --list                       names the cases and measures nothing\n"
       "  --peers                      tells where the C library's functions stand in its file\n");
 }
 
 // Takes Google Benchmark's options and ours; returns false for anything else.
 bool TakeOptions(int argc, char** argv, Session& session) {
-  std::vector<char*> arguments = {argv[0]};
-  for (const char* option : kDefaultOptions) {
-    arguments.push_back(const_cast<char*>(option));
-  }
+  std::vector<char*> arguments = {argv[0], const_cast<char*>(kDefaultTime)};
   arguments.insert(arguments.end(), argv + 1, argv + argc);
   int count = static_cast<int>(arguments.size());
   arguments.push_back(nullptr);
@@ -157,13 +181,15 @@ bool TakeOptions(int argc, char** argv, Session& session) {
       session.peersOnly = true;
     } else if (argument == "--list") {
       session.listOnly = true;
+    } else if (argument.rfind("--rounds=", 0) == 0) {
+      session.rounds = std::max(1, atoi(argument.c_str() + 9));
     } else if (argument.rfind("--csv=", 0) == 0) {
       session.csv = fopen(argument.c_str() + 6, "w");
       if (session.csv == nullptr) {
         fprintf(stderr, "%s can't be written\n", argument.c_str() + 6);
         return false;
       }
-      fprintf(session.csv, "family,case,bytes,calls,contender,nanoseconds\n");
+      fprintf(session.csv, "family,case,bytes,calls,contender,nanoseconds,ratio\n");
     } else {
       fprintf(stderr, "unknown option: %s\n", argument.c_str());
       return false;
@@ -204,34 +230,35 @@ void Case::Run() {
     return;
   }
   CompareAnswers();
-  const std::vector<double> medians = MedianTimes(contenders_);
-  const double ours = medians[0] / static_cast<double>(calls_);
-
-  if (session.lastFamily != family_) {
-    session.lastFamily = family_;
-    printf("\n%-28s %9s %10s %10s  %5s   peers: time (over ours)\n", family_.c_str(), "bytes",
-           "vekch", "GB/s", "ratio");
-  }
+  const std::vector<Measurement> measured = Measure(contenders_, session.rounds);
+  const double calls = static_cast<double>(calls_);
   Row row = {fullName, 0, ""};
   std::string peers;
   for (size_t i = 0; i < contenders_.size(); ++i) {
-    const double time = medians[i] / static_cast<double>(calls_);
+    const std::string& contender = contenders_[i].name;
+    const double time = measured[i].nanoseconds / calls;
+    const double ratio = measured[i].ratio;
     if (session.csv != nullptr) {
-      fprintf(session.csv, "%s,\"%s\",%lld,%lld,%s,%.3f\n", family_.c_str(), name_.c_str(),
-              static_cast<long long>(bytes_), static_cast<long long>(calls_),
-              contenders_[i].name.c_str(), time);
+      fprintf(session.csv, "%s,\"%s\",%lld,%lld,%s,%.3f,%.4f\n", family_.c_str(), name_.c_str(),
+              static_cast<long long>(bytes_), static_cast<long long>(calls_), contender.c_str(),
+              time, ratio);
     }
-    if (i == 0) {
-      continue;
-    }
-    peers += "  " + contenders_[i].name + " " + FormatTime(time) + Format(" (%.2f)", time / ours);
-    if (row.fastestPeer.empty() || time / ours < row.ratio) {
-      row.ratio = time / ours;
-      row.fastestPeer = contenders_[i].name;
+    if (i != 0) {
+      peers += "  " + contender + " " + FormatTime(time) + Format(" (%.2f)", ratio);
+      if (row.fastestPeer.empty() || ratio < row.ratio) {
+        row.ratio = ratio;
+        row.fastestPeer = contender;
+      }
     }
   }
-  printf("%-28s %9s %10s %10.2f", name_.c_str(), FormatBytes(bytes_).c_str(),
-         FormatTime(ours).c_str(), static_cast<double>(bytes_) / medians[0]);
+  if (session.lastFamily != family_) {
+    session.lastFamily = family_;
+    printf("\n%-36s %9s %10s %10s  %5s   peers: time (over ours)\n", family_.c_str(), "bytes",
+           "vekch", "GB/s", "ratio");
+  }
+  printf("%-36s %9s %10s %10.2f", name_.c_str(), FormatBytes(bytes_).c_str(),
+         FormatTime(measured[0].nanoseconds / calls).c_str(),
+         static_cast<double>(bytes_) / measured[0].nanoseconds);
   if (row.fastestPeer.empty()) {
     printf("\n");
   } else {

@@ -2,9 +2,8 @@
 //
 // A Case is one task on one input. Its contenders are lambdas that do the task once and return its
 // answer as an integer; they are called once each before anything is timed, and a difference
-// between their answers ends the run. Then Google Benchmark times all contenders of the case, in
-// several short repetitions in random order, so that whatever slows the machine down for a while
-// slows all of them down; what counts is each contender's median.
+// between their answers ends the run. Then Google Benchmark times them in many short rounds, and
+// the median of the rounds' ratios is taken.
 //
 //   Case("find_byte", "absent", bytes)
 //       .Ours([=] { return Result<veksFindC_8u>(text, length, 'x'); })
