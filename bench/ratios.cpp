@@ -1,7 +1,7 @@
 // Timing by Google Benchmark, case by case and round by round. A round times each contender of one
-// case once, for a millisecond; rounds go through the contenders forwards and backwards in turn.
-// Each round gives a ratio, of times that lie close together, and the median of the rounds' ratios
-// is the case's: a machine that changes its speed between rounds does not disturb it.
+// case once, for a millisecond; the rounds go through the contenders forwards and backwards in
+// turn. Each round gives a ratio, of times that lie close together, and the median of the rounds'
+// ratios is the case's: a machine that changes its speed between rounds does not disturb it.
 
 #include "bench/ratios.h"
 
@@ -16,8 +16,7 @@ namespace vekch_bench {
 namespace {
 
 constexpr int32_t kDefaultRounds = 11;
-// An option given on the command line comes later and wins.
-constexpr char kDefaultTime[] = "--benchmark_min_time=0.001";
+constexpr double kRoundNanoseconds = 1e6;
 
 struct Row {
   std::string name;
@@ -41,41 +40,53 @@ Session& TheSession() {
   return session;
 }
 
-// What the contenders needed in one round.
+// What one iteration of each contender took in a round.
 class RoundReporter : public benchmark::BenchmarkReporter {
  public:
-  explicit RoundReporter(size_t contenders) : nanoseconds(contenders), iterations(contenders) {}
+  explicit RoundReporter(size_t contenders) : nanoseconds(contenders) {}
 
   bool ReportContext(const Context&) override { return true; }
 
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
-      const size_t contender = std::stoul(run.run_name.function_name);
-      nanoseconds[contender] =
+      nanoseconds[std::stoul(run.run_name.function_name)] =
           run.GetAdjustedCPUTime() * 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit);
-      iterations[contender] = run.iterations;
     }
   }
 
   std::vector<double> nanoseconds;
-  std::vector<benchmark::IterationCount> iterations;
 };
 
-// Times each contender once. The number of iterations is the given one, or, where there is none,
-// what it takes to fill the wanted time.
-RoundReporter RunRound(const std::vector<Contender>& contenders,
-                       const std::vector<benchmark::IterationCount>& iterations, bool backwards) {
+// The time of one iteration of each contender.
+std::vector<double> RunRound(const std::vector<Contender>& contenders,
+                             const std::vector<benchmark::IterationCount>& iterations,
+                             bool backwards) {
   benchmark::ClearRegisteredBenchmarks();
   for (size_t i = 0; i < contenders.size(); ++i) {
     const size_t c = backwards ? contenders.size() - 1 - i : i;
-    auto* one = benchmark::RegisterBenchmark(std::to_string(c).c_str(), contenders[c].loop);
-    if (!iterations.empty()) {
-      one->Iterations(iterations[c]);
-    }
+    benchmark::RegisterBenchmark(std::to_string(c).c_str(), contenders[c].loop)
+        ->Iterations(iterations[c]);
   }
   RoundReporter reporter(contenders.size());
   benchmark::RunSpecifiedBenchmarks(&reporter, "all");
-  return reporter;
+  return reporter.nanoseconds;
+}
+
+// Raises the numbers of iterations of contenders whose round lasts less than half of the wanted
+// time; returns whether there was one.
+bool RaiseIterations(const std::vector<double>& nanoseconds,
+                     std::vector<benchmark::IterationCount>& iterations) {
+  bool raised = false;
+  for (size_t i = 0; i < iterations.size(); ++i) {
+    const double spent = nanoseconds[i] * static_cast<double>(iterations[i]);
+    if (spent < kRoundNanoseconds / 2) {
+      const double factor = std::min(std::max(kRoundNanoseconds / (spent + 1), 2.0), 100.0);
+      iterations[i] =
+          static_cast<benchmark::IterationCount>(static_cast<double>(iterations[i]) * factor);
+      raised = true;
+    }
+  }
+  return raised;
 }
 
 double Median(std::vector<double> values) {
@@ -89,13 +100,12 @@ struct Measurement {
   double ratio;  // the contender's time over the library's
 };
 
-std::vector<Measurement> Measure(const std::vector<Contender>& contenders, int32_t rounds) {
-  const RoundReporter trial = RunRound(contenders, {}, false);
+std::vector<Measurement> MeasureRounds(const std::vector<Contender>& contenders, int32_t rounds,
+                                       const std::vector<benchmark::IterationCount>& iterations) {
   std::vector<std::vector<double>> times(contenders.size());
   std::vector<std::vector<double>> ratios(contenders.size());
   for (int32_t round = 0; round < rounds; ++round) {
-    const std::vector<double> now =
-        RunRound(contenders, trial.iterations, round % 2 != 0).nanoseconds;
+    const std::vector<double> now = RunRound(contenders, iterations, round % 2 != 0);
     for (size_t i = 0; i < contenders.size(); ++i) {
       times[i].push_back(now[i]);
       ratios[i].push_back(now[i] / now[0]);
@@ -106,6 +116,24 @@ std::vector<Measurement> Measure(const std::vector<Contender>& contenders, int32
     measurements.push_back({Median(times[i]), Median(ratios[i])});
   }
   return measurements;
+}
+
+std::vector<Measurement> Measure(const std::vector<Contender>& contenders, int32_t rounds) {
+  std::vector<benchmark::IterationCount> iterations(contenders.size(), 1);
+  while (RaiseIterations(RunRound(contenders, iterations, false), iterations)) {
+  }
+  // A slow moment in the last trial leaves a contender with few iterations, and the timer's own
+  // cost in its figure: the measured times show it, and all is measured again.
+  for (;;) {
+    const std::vector<Measurement> measured = MeasureRounds(contenders, rounds, iterations);
+    std::vector<double> times;
+    for (const Measurement& one : measured) {
+      times.push_back(one.nanoseconds);
+    }
+    if (!RaiseIterations(times, iterations)) {
+      return measured;
+    }
+  }
 }
 
 std::string Format(const char* format, double value) {
@@ -159,7 +187,6 @@ void PrintHelp() {
       "Measures vekch beside its peers. A ratio is a peer's time over ours: above 1 we are faster."
       "\n\n"
       "  --benchmark_filter=REGEX     only the cases whose family/name/bytes it matches\n"
-      "  --benchmark_min_time=SECONDS how long a contender runs in one round\n"
       "  --rounds=N                   how many rounds\n"
       "  --csv=FILE                   also writes "
       "family,case,bytes,calls,contender,nanoseconds,ratio\n"
@@ -169,14 +196,10 @@ void PrintHelp() {
 
 // Takes Google Benchmark's options and ours; returns false for anything else.
 bool TakeOptions(int argc, char** argv, Session& session) {
-  std::vector<char*> arguments = {argv[0], const_cast<char*>(kDefaultTime)};
-  arguments.insert(arguments.end(), argv + 1, argv + argc);
-  int count = static_cast<int>(arguments.size());
-  arguments.push_back(nullptr);
-  benchmark::Initialize(&count, arguments.data(), PrintHelp);
+  benchmark::Initialize(&argc, argv, PrintHelp);
   session.filter = std::regex(benchmark::GetBenchmarkFilter());
-  for (int i = 1; i < count; ++i) {
-    const std::string argument = arguments[static_cast<size_t>(i)];
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
     if (argument == "--peers") {
       session.peersOnly = true;
     } else if (argument == "--list") {
