@@ -9,6 +9,7 @@ The part lies between the two marker lines. A ratio is the fastest peer's time o
 import csv
 import datetime
 import math
+import os
 import platform
 import re
 import subprocess
@@ -19,7 +20,7 @@ BEGIN = "<!-- measured: scripts/bench --update-docs writes from here -->"
 END = "<!-- measured: to here -->"
 OURS = "vekch"
 SHOWN_SIZES = [8, 31, 100, 1024, 65536, 1 << 20, 1 << 26]
-MIXED = 0  # the column of the cases that make many calls on pieces of one input
+MIXED = 0  # the column of the cases that make many calls on one input
 
 
 def size_name(size):
@@ -33,12 +34,16 @@ def size_name(size):
 
 def read_ratios(path):
     """{(family, case, size): (ratio, fastest peer)} in the order of the run, and each family's peers."""
-    measured = defaultdict(dict)
     with open(path, newline="") as file:
-        for row in csv.DictReader(file):
-            size = int(row["bytes"]) if row["calls"] == "1" else MIXED
-            if row["contender"] != OURS:
-                measured[row["family"], row["case"], size][row["contender"]] = float(row["ratio"])
+        rows = [row for row in csv.DictReader(file) if row["contender"] != OURS]
+    sizes = defaultdict(set)
+    for row in rows:
+        sizes[row["family"], row["case"]].add(row["bytes"])
+    measured = defaultdict(dict)
+    for row in rows:
+        one_of_a_kind = len(sizes[row["family"], row["case"]]) == 1
+        size = MIXED if row["calls"] != "1" and one_of_a_kind else int(row["bytes"])
+        measured[row["family"], row["case"], size][row["contender"]] = float(row["ratio"])
     ratios = {}
     peers = defaultdict(dict)
     for key, of_peers in measured.items():
@@ -65,7 +70,9 @@ def machine():
     return [
         f"- Processor: {text}; caches in all: {', '.join(caches)}",
         f"- C library: {libc}; compiler: {compiler}",
-        f"- Measured on {datetime.date.today().isoformat()}",
+        f"- Measured on {datetime.date.today().isoformat()}, with a load average of"
+        f" {os.getloadavg()[2]:.1f} at the end: at {cpu['CPU(s)']} and more the machine was busy"
+        " with other things",
     ]
 
 
