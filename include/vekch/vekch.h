@@ -19,6 +19,7 @@
 
 #include "vekch/case.h"
 #include "vekch/compare.h"
+#include "vekch/edit.h"
 #include "vekch/find.h"
 #include "vekch/hash.h"
 #include "vekch/regexp.h"

@@ -10,10 +10,6 @@ namespace {
 
 constexpr ptrdiff_t kGroup = 4 * kBlock;
 
-struct Same {
-  VEK_INLINE Block operator()(Block b) const { return b; }
-};
-
 // From the end to the start. What the steps leave open at the ends is loaded before the first of
 // them and stored, overlapping, after the last.
 VEK_INLINE void MoveFromEnd(const uint8_t* source, uint8_t* destination, ptrdiff_t length) {

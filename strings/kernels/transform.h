@@ -23,6 +23,11 @@ struct FourBlocks {
   Block b0, b1, b2, b3;
 };
 
+// The map that changes nothing.
+struct Same {
+  VEK_INLINE Block operator()(Block b) const { return b; }
+};
+
 // Maps the 32 bytes at p and the 32 bytes that start `gap` bytes behind p.
 template <class Map>
 VEK_INLINE FourBlocks MapFour(const uint8_t* p, ptrdiff_t gap, const Map& map) {

@@ -1,0 +1,214 @@
+// Editing: argument checks, then pieces copied or moved into place.
+
+#include "vekch/edit.h"
+
+#include "frame/checks.h"
+#include "strings/kernels/find_kernels.h"
+#include "strings/kernels/piece.h"
+
+namespace vekch {
+namespace {
+
+using kernels::CopyPiece;
+using kernels::Move;
+
+// Whether a range of `number` bytes from `start` on lies inside a string. The sum can't wrap.
+VEK_INLINE bool LiesInside(int32_t start, int32_t number, int32_t length) {
+  return start >= 0 && number >= 0 && int64_t{start} + number <= length;
+}
+
+enum class Delimiter { kNone, kBetween };
+
+// Elements are checked one by one on the way, as they are reached: an error leaves those before it
+// written.
+template <Delimiter kDelimiter>
+VEK_INLINE vekStatus ConcatList(const uint8_t* const* strings, const int32_t* lengths,
+                                int32_t count, uint8_t delimiter, uint8_t* destination) {
+  if (AnyNull(strings, lengths, destination)) {
+    return StatusNullPointer;
+  }
+  if (count < 1) {
+    return StatusSizeError;
+  }
+  for (int32_t i = 0; i < count; ++i) {
+    const uint8_t* const string = strings[i];
+    const int32_t length = lengths[i];
+    if (string == nullptr) {
+      return StatusNullPointer;
+    }
+    if (length < 0) {
+      return StatusLengthError;
+    }
+    if (kDelimiter == Delimiter::kBetween && i > 0) {
+      *destination++ = delimiter;
+    }
+    CopyPiece(string, destination, length);
+    destination += length;
+  }
+  return StatusNoError;
+}
+
+// The destination may be the source.
+VEK_INLINE vekStatus Insert(const uint8_t* source, int32_t sourceLength, const uint8_t* inserted,
+                            int32_t insertedLength, uint8_t* destination, int32_t startIndex) {
+  if (insertedLength < 0 || !LiesInside(startIndex, 0, sourceLength)) {
+    return StatusLengthError;
+  }
+  if (insertedLength == 0) {
+    return StatusNoError;  // kept on purpose: not even the source is copied
+  }
+  if (destination != source) {
+    CopyPiece(source, destination, startIndex);
+  }
+  // The rest moves out of the way before the text is stored.
+  uint8_t* const text = destination + startIndex;
+  Move(source + startIndex, text + insertedLength, sourceLength - startIndex);
+  CopyPiece(inserted, text, insertedLength);
+  return StatusNoError;
+}
+
+struct ReplaceByte {
+  kernels::Block oldValue;
+  kernels::Block newValue;
+
+  VEK_INLINE kernels::Block operator()(kernels::Block b) const {
+    return kernels::Select(b == oldValue, newValue, b);
+  }
+};
+
+}  // namespace
+}  // namespace vekch
+
+VEK_KERNEL vekStatus veksConcat_8u(const uint8_t* first, int32_t firstLength, const uint8_t* second,
+                                   int32_t secondLength, uint8_t* destination) noexcept {
+  if (vekch::AnyNull(first, second, destination)) {
+    return StatusNullPointer;
+  }
+  if (vekch::AnyNegative(firstLength, secondLength)) {
+    return StatusLengthError;
+  }
+  vekch::CopyPiece(first, destination, firstLength);
+  vekch::CopyPiece(second, destination + firstLength, secondLength);
+  return StatusNoError;
+}
+
+VEK_KERNEL vekStatus veksConcat_8u_D2L(const uint8_t* const* strings, const int32_t* lengths,
+                                       int32_t count, uint8_t* destination) noexcept {
+  return vekch::ConcatList<vekch::Delimiter::kNone>(strings, lengths, count, 0, destination);
+}
+
+VEK_KERNEL vekStatus veksConcatC_8u_D2L(const uint8_t* const* strings, const int32_t* lengths,
+                                        int32_t count, uint8_t delimiter,
+                                        uint8_t* destination) noexcept {
+  return vekch::ConcatList<vekch::Delimiter::kBetween>(strings, lengths, count, delimiter,
+                                                       destination);
+}
+
+VEK_KERNEL vekStatus veksInsert_8u(const uint8_t* source, int32_t sourceLength,
+                                   const uint8_t* inserted, int32_t insertedLength,
+                                   uint8_t* destination, int32_t startIndex) noexcept {
+  if (vekch::AnyNull(source, inserted, destination)) {
+    return StatusNullPointer;
+  }
+  return vekch::Insert(source, sourceLength, inserted, insertedLength, destination, startIndex);
+}
+
+VEK_KERNEL vekStatus veksInsert_8u_I(const uint8_t* inserted, int32_t insertedLength,
+                                     uint8_t* buffer, int32_t* length,
+                                     int32_t startIndex) noexcept {
+  if (vekch::AnyNull(inserted, buffer, length)) {
+    return StatusNullPointer;
+  }
+  const vekStatus status =
+      vekch::Insert(buffer, *length, inserted, insertedLength, buffer, startIndex);
+  if (status == StatusNoError) {
+    *length += insertedLength;
+  }
+  return status;
+}
+
+VEK_KERNEL vekStatus veksRemove_8u(const uint8_t* source, int32_t sourceLength,
+                                   uint8_t* destination, int32_t startIndex,
+                                   int32_t number) noexcept {
+  if (vekch::AnyNull(source, destination)) {
+    return StatusNullPointer;
+  }
+  if (!vekch::LiesInside(startIndex, number, sourceLength)) {
+    return StatusLengthError;
+  }
+  const int32_t end = startIndex + number;
+  vekch::CopyPiece(source, destination, startIndex);
+  vekch::CopyPiece(source + end, destination + startIndex, sourceLength - end);
+  return StatusNoError;
+}
+
+VEK_KERNEL vekStatus veksRemove_8u_I(uint8_t* buffer, int32_t* length, int32_t startIndex,
+                                     int32_t number) noexcept {
+  if (vekch::AnyNull(buffer, length)) {
+    return StatusNullPointer;
+  }
+  if (!vekch::LiesInside(startIndex, number, *length)) {
+    return StatusLengthError;
+  }
+  const int32_t end = startIndex + number;
+  vekch::Move(buffer + end, buffer + startIndex, *length - end);
+  *length -= number;
+  return StatusNoError;
+}
+
+VEK_KERNEL vekStatus veksReplaceC_8u(const uint8_t* source, uint8_t* destination, int32_t length,
+                                     uint8_t oldValue, uint8_t newValue) noexcept {
+  using vekch::kernels::Splat;
+  if (vekch::AnyNull(source, destination)) {
+    return StatusNullPointer;
+  }
+  if (length < 0) {
+    return StatusLengthError;
+  }
+  if (length > 0) {
+    const vekch::ReplaceByte map = {Splat(oldValue), Splat(newValue)};
+    vekch::kernels::Transform(source, destination, length, map);
+  }
+  return StatusNoError;
+}
+
+VEK_KERNEL vekStatus veksSplitC_8u_D2L(const uint8_t* source, int32_t sourceLength,
+                                       uint8_t delimiter, uint8_t* const* destinations,
+                                       int32_t* lengths, int32_t* count) noexcept {
+  if (vekch::AnyNull(source, destinations, lengths, count)) {
+    return StatusNullPointer;
+  }
+  if (sourceLength < 0) {
+    return StatusLengthError;
+  }
+  if (*count < 1) {
+    return StatusSizeError;
+  }
+  vekStatus status = StatusNoError;
+  int32_t rest = sourceLength;
+  int32_t i = 0;
+  // The end is tested first: slots that stay unused are not looked at.
+  for (; i < *count && rest > 0; ++i) {
+    const int32_t capacity = lengths[i];
+    if (destinations[i] == nullptr) {
+      return StatusNullPointer;
+    }
+    if (capacity < 0) {
+      return StatusLengthError;
+    }
+    const int32_t found = vekch::kernels::FindByte(source, rest, delimiter);
+    int32_t piece = found < 0 ? rest : found;
+    const int32_t step = found < 0 ? rest : found + 1;
+    if (piece > capacity) {
+      piece = capacity;  // the tail is dropped, not carried over
+      status = StatusDestinationTruncated;
+    }
+    lengths[i] = piece;
+    vekch::CopyPiece(source, destinations[i], piece);
+    source += step;
+    rest -= step;
+  }
+  const bool exhausted = i == *count && rest > 0;
+  *count = i;
+  return exhausted ? StatusDestinationsExhausted : status;
+}
