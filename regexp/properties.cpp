@@ -172,32 +172,35 @@ constexpr bool RangeAccepts(int32_t category, int32_t mask, bool negated) {
   return negated ? (mask & ~category) != 0 : (mask & category) == mask;
 }
 
+// Without branches: the categories of text follow no pattern that a processor could predict.
 constexpr bool ListedAccepts(int32_t category, int32_t mask, bool negated) {
-  const int32_t minor = mask & kCategoryMinorBits;
-  const bool ofMajor = (category & ~kCategoryMinorBits) == (mask & ~kCategoryMinorBits);
-  const bool inside = ofMajor && (minor == 0 || (minor & category) != 0);
-  return inside != negated;
+  const bool ofMajor = ((category ^ mask) & ~kCategoryMinorBits) == 0;
+  const bool anyMinor = (mask & kCategoryMinorBits) == 0;
+  const bool ofMinor = (mask & category & kCategoryMinorBits) != 0;
+  return (ofMajor & (anyMinor | ofMinor)) != negated;
 }
 
-bool ClassAccepts(uint8_t classNumber, int32_t mask, bool negated) {
-  const int32_t category = kClassCategory[classNumber];
+// For the classes of code points that are not listed one by one.
+bool UnlistedAccepts(uint8_t classNumber, int32_t mask, bool negated) {
+  const bool asRange = RangeAccepts(kClassCategory[classNumber], mask, negated);
   // What has no record counts as unassigned, even in a range and even when that is negated.
-  const bool acceptsUnlisted = mask == kCategoryUnassigned;
+  const bool asUnlisted = mask == kCategoryUnassigned;
   switch (classNumber) {
-    case kClassRangeLo:
-    case kClassRangeCs:
-    case kClassRangeCo:
-      return RangeAccepts(category, mask, negated) || acceptsUnlisted;
     case kClassFarRangeCo:
-      return RangeAccepts(category, mask, negated);
+      return asRange;
     case kClassUnlisted:
-      return acceptsUnlisted;
+      return asUnlisted;
     case kClassBeyond:
       // Nothing accepts what lies behind the last record, negated or not.
       return false;
     default:
-      return ListedAccepts(category, mask, negated);
+      return asRange || asUnlisted;
   }
+}
+
+bool ClassAccepts(uint8_t classNumber, int32_t mask, bool negated) {
+  return classNumber < kClassRangeLo ? ListedAccepts(kClassCategory[classNumber], mask, negated)
+                                     : UnlistedAccepts(classNumber, mask, negated);
 }
 
 constexpr int32_t Membership(bool inside, bool negated) {
