@@ -6,11 +6,24 @@ namespace vekch_bench {
 namespace {
 
 template <class Map>
-inline void MapEach(const uint8_t* source, uint8_t* destination, int32_t length, Map map) {
+inline __attribute__((always_inline)) void MapEach(const uint8_t* source, uint8_t* destination,
+                                                   int32_t length, Map map) {
   for (int32_t i = 0; i < length; ++i) {
     destination[i] = static_cast<uint8_t>(map(source[i]));
   }
 }
+
+struct Lower {
+  inline __attribute__((always_inline)) uint8_t operator()(uint8_t byte) const {
+    return static_cast<uint8_t>(byte >= 'A' && byte <= 'Z' ? byte + 32 : byte);
+  }
+};
+
+struct Upper {
+  inline __attribute__((always_inline)) uint8_t operator()(uint8_t byte) const {
+    return static_cast<uint8_t>(byte >= 'a' && byte <= 'z' ? byte - 32 : byte);
+  }
+};
 
 template <class Element>
 inline uint32_t ShiftXor(const Element* string, int32_t length) {
@@ -42,40 +55,50 @@ inline uint32_t Multiply33(const Element* string, int32_t length) {
 }  // namespace
 
 void PlainLowercase(const uint8_t* source, uint8_t* destination, int32_t length) {
-  MapEach(source, destination, length,
-          [](uint8_t byte) { return byte >= 'A' && byte <= 'Z' ? byte + 32 : byte; });
+  MapEach(source, destination, length, Lower{});
 }
 
 void PlainUppercase(const uint8_t* source, uint8_t* destination, int32_t length) {
-  MapEach(source, destination, length,
-          [](uint8_t byte) { return byte >= 'a' && byte <= 'z' ? byte - 32 : byte; });
+  MapEach(source, destination, length, Upper{});
+}
+
+__attribute__((optimize("O3"))) void VectorisedLowercase(const uint8_t* source,
+                                                         uint8_t* destination, int32_t length) {
+  MapEach(source, destination, length, Lower{});
+}
+
+__attribute__((optimize("O3"))) void VectorisedUppercase(const uint8_t* source,
+                                                         uint8_t* destination, int32_t length) {
+  MapEach(source, destination, length, Upper{});
 }
 
 void ToLowerEach(const uint8_t* source, uint8_t* destination, int32_t length) {
-  MapEach(source, destination, length, [](uint8_t byte) { return tolower(byte); });
+  MapEach(source, destination, length, tolower);
 }
 
 void ToUpperEach(const uint8_t* source, uint8_t* destination, int32_t length) {
-  MapEach(source, destination, length, [](uint8_t byte) { return toupper(byte); });
+  MapEach(source, destination, length, toupper);
 }
 
-uint32_t PlainShiftXor(const uint8_t* string, int32_t length) { return ShiftXor(string, length); }
+uint32_t PlainShiftXor8(const uint8_t* string, int32_t length) { return ShiftXor(string, length); }
 
-uint32_t PlainShiftXor(const uint16_t* string, int32_t length) { return ShiftXor(string, length); }
+uint32_t PlainShiftXor16(const uint16_t* string, int32_t length) {
+  return ShiftXor(string, length);
+}
 
-uint32_t PlainMultiply31(const uint8_t* string, int32_t length) {
+uint32_t PlainMultiply31For8(const uint8_t* string, int32_t length) {
   return Multiply31(string, length);
 }
 
-uint32_t PlainMultiply31(const uint16_t* string, int32_t length) {
+uint32_t PlainMultiply31For16(const uint16_t* string, int32_t length) {
   return Multiply31(string, length);
 }
 
-uint32_t PlainMultiply33(const uint8_t* string, int32_t length) {
+uint32_t PlainMultiply33For8(const uint8_t* string, int32_t length) {
   return Multiply33(string, length);
 }
 
-uint32_t PlainMultiply33(const uint16_t* string, int32_t length) {
+uint32_t PlainMultiply33For16(const uint16_t* string, int32_t length) {
   return Multiply33(string, length);
 }
 

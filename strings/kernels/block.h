@@ -212,12 +212,11 @@ VEK_INLINE Block Add16(Block a, Block b) { return {_mm_add_epi16(a.lanes, b.lane
 VEK_INLINE Block Add32(Block a, Block b) { return {_mm_add_epi32(a.lanes, b.lanes)}; }
 VEK_INLINE Block Add64(Block a, Block b) { return {_mm_add_epi64(a.lanes, b.lanes)}; }
 VEK_INLINE Block Multiply16(Block a, Block b) { return {_mm_mullo_epi16(a.lanes, b.lanes)}; }
-VEK_INLINE Block Equal16(Block a, Block b) { return {_mm_cmpeq_epi16(a.lanes, b.lanes)}; }
 
 // The even lanes, or the odd ones, moved to the low half of lanes of twice the width.
 VEK_INLINE Block EvenOf8(Block b) { return b & Splat16(0xFF); }
 VEK_INLINE Block OddOf8(Block b) { return {_mm_srli_epi16(b.lanes, 8)}; }
-VEK_INLINE Block OddOf32(Block b) { return {_mm_srli_epi64(b.lanes, 32)}; }
+VEK_INLINE Block OddOf32(Block b) { return HalvesDown<32>(b); }
 
 // Even lane * even + odd lane * odd, of signed 16-bit lanes, in 32-bit lanes.
 VEK_INLINE Block MultiplyAdd16(Block b, int16_t even, int16_t odd) {
@@ -227,14 +226,6 @@ VEK_INLINE Block MultiplyAdd16(Block b, int16_t even, int16_t odd) {
 
 // The 64-bit products of the even lanes of 32 bits; the odd ones count for nothing.
 VEK_INLINE Block MultiplyEven32(Block a, Block b) { return {_mm_mul_epu32(a.lanes, b.lanes)}; }
-
-VEK_INLINE Block BlockOf64(uint64_t lane0, uint64_t lane1) {
-  return {_mm_set_epi64x(static_cast<int64_t>(lane1), static_cast<int64_t>(lane0))};
-}
-VEK_INLINE uint64_t Lane64(Block b, int32_t lane) {
-  const __m128i moved = lane == 0 ? b.lanes : _mm_unpackhi_epi64(b.lanes, b.lanes);
-  return static_cast<uint64_t>(_mm_cvtsi128_si64(moved));
-}
 
 // The bytes from a lowest to a highest value, tested with one addition and one comparison: the
 // addition moves the range to the top of the signed bytes, so that a member is whatever is then
@@ -254,7 +245,7 @@ VEK_INLINE Block InRange(Block b, const ByteRange& range) {
   return {_mm_cmpgt_epi8((b + range.shift).lanes, range.below.lanes)};
 }
 
-// Adds a value to the bytes of a range and leaves the others: case mapping.
+// Adds a value to the bytes of a range and leaves the others.
 struct Folding {
   ByteRange range;
   Block addend;

@@ -28,17 +28,14 @@ struct Differs {
 struct DiffersFolded {
   static constexpr Hits kHits = Hits::kClearLanes;
   Differs strings;
-  ByteRange range;
-  Block addend;
+  Folding folding;
 
   VEK_INLINE const uint8_t* Anchor() const { return strings.first; }
 
   template <class Load>
   VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
-    return Fold(load(strings.first + i)) == Fold(load(strings.second + i));
+    return folding.Fold(load(strings.first + i)) == folding.Fold(load(strings.second + i));
   }
-
-  VEK_INLINE Block Fold(Block b) const { return b + (InRange(b, range) & addend); }
 };
 
 // The bytes of a string of 1 to 7 bytes in the order of their addresses, some of them twice: the
@@ -101,7 +98,7 @@ VEK_INLINE int32_t CompareFolded(const uint8_t* first, const uint8_t* second, in
   const auto fold = [=](uint8_t byte) -> int32_t {
     return byte >= lowest && byte <= highest ? static_cast<uint8_t>(byte + addend) : byte;
   };
-  const DiffersFolded probe = {{first, second}, MakeRange(lowest, highest), Splat(addend)};
+  const DiffersFolded probe = {{first, second}, MakeFolding(lowest, highest, addend)};
   const int32_t i = FirstHit(probe, length);
   return i < 0 ? 0 : fold(first[i]) - fold(second[i]);
 }

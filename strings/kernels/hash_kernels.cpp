@@ -37,13 +37,13 @@ VEK_INLINE uint32_t HashBlocks(const uint8_t* p, int32_t count) {
   const uint32_t h = front == 0 ? 0 : HashShortMultiply31<Element>(p, front);
   const Block oneBlock = Splat32(Power(31, kPerBlock));
   const Block twoBlocks = Splat32(Power(31, 2 * kPerBlock));
-  Block sums = BlockOf64(0, h);
+  Block sums = LowHalves(ZeroBlock(), SplatHalf(h));
   for (p += front * static_cast<ptrdiff_t>(sizeof(Element)); p < end; p += kMultiply31Step) {
     const Block first = HashHalves<Element>(LoadAny(p));
     const Block second = HashHalves<Element>(LoadAny(p + kBlock));
     sums = Add64(MultiplyEven32(sums, twoBlocks), Add64(MultiplyEven32(first, oneBlock), second));
   }
-  return static_cast<uint32_t>(Multiply31::Join<kPerBlock / 2>(Lane64(sums, 0), Lane64(sums, 1)));
+  return static_cast<uint32_t>(Multiply31::Join<kPerBlock / 2>(LowHalf(sums), HighHalf(sums)));
 }
 
 template <class Element>
