@@ -13,8 +13,9 @@
 //                                                   its last two bits go to the next byte)
 //   110111ccccdddddd             10bbcccc 10dddddd
 //
-// The last store of a step reaches beyond its characters: steps run only where the text still to
-// come must fill as much, so that nothing behind the end reported is changed.
+// The last store of a step reaches up to three bytes beyond its characters. That is harmless where
+// the text still to come must fill them; elsewhere a step works beside the destination and only
+// what it made is copied.
 
 #include "unicode/cursor.h"
 #include "unicode/utf8.h"
@@ -24,12 +25,13 @@ namespace vekch::kernels {
 namespace {
 
 constexpr ptrdiff_t kStepUnits = 8;
+constexpr ptrdiff_t kStepRoom = 3 * kStepUnits;  // that a step may fill
+constexpr ptrdiff_t kSurplus = 3;                // that it may store behind what it makes
 
-// A step stores up to 32 bytes from where it stands. 32 units make at least 32 bytes, unless the
-// room ends; and what a full destination leaves free are less than four bytes.
-constexpr ptrdiff_t kStepReach = 32;
-constexpr ptrdiff_t kStepSource = kStepReach * kUnit;
-constexpr ptrdiff_t kStepRoom = kStepReach + 3;
+// With so much left on both sides a step may store into the destination: the units behind it make
+// at least a byte each, and a conversion leaves less than four bytes of a destination free.
+constexpr ptrdiff_t kDirectSource = kBlock + kSurplus * kUnit;
+constexpr ptrdiff_t kDirectRoom = kStepRoom + kSurplus + 3;
 
 // ---- One character.
 
@@ -46,17 +48,22 @@ VEK_INLINE uint32_t LoadCharacter(const Cursor& at) {
   return IsLowSurrogate(next) ? (((unit & 0x3FF) << 10) | (next & 0x3FF)) + 0x10000 : unit;
 }
 
-VEK_INLINE uint8_t Continuation(uint32_t value) {
-  return static_cast<uint8_t>(0x80 | (value & 0x3F));
-}
+VEK_INLINE uint32_t SixBits(uint32_t value, int32_t from) { return 0x80 | (value >> from & 0x3F); }
 
 VEK_INLINE void StoreCharacter(uint8_t* to, uint32_t value, int32_t length) {
-  constexpr uint8_t kLeadMarks[5] = {0, 0, 0xC0, 0xE0, 0xF0};
-  for (int32_t i = length - 1; i > 0; --i) {
-    to[i] = Continuation(value);
-    value >>= 6;
+  if (length == 1) {
+    *to = static_cast<uint8_t>(value);
+  } else if (length == 2) {
+    const uint32_t bytes = 0xC0 | (value >> 6) | (SixBits(value, 0) << 8);
+    StoreWord(to, static_cast<uint16_t>(bytes));
+  } else if (length == 3) {
+    const uint32_t bytes = 0xE0 | (value >> 12) | (SixBits(value, 6) << 8);
+    StoreWord(to, static_cast<uint16_t>(bytes));
+    to[2] = static_cast<uint8_t>(SixBits(value, 0));
+  } else {
+    StoreWord(to, 0xF0 | (value >> 18) | (SixBits(value, 12) << 8) | (SixBits(value, 6) << 16) |
+                      (SixBits(value, 0) << 24));
   }
-  *to = static_cast<uint8_t>(kLeadMarks[length] | value);
 }
 
 // False, and nothing is written, where the character does not fit.
@@ -175,7 +182,7 @@ VEK_INLINE Units LowSurrogateBytes(Units units) {
 }
 
 // Four units' bytes, each in four lanes, to the places that follow from the ends.
-VEK_INLINE void StoreFour(uint8_t* to, Block bytes, uint64_t ends) {
+VEK_INLINE void StoreFourUnits(uint8_t* to, Block bytes, uint64_t ends) {
   const uint64_t low = LowHalf(bytes);
   const uint64_t high = HighHalf(bytes);
   StoreWord(to, static_cast<uint32_t>(low));
@@ -187,11 +194,11 @@ VEK_INLINE void StoreFour(uint8_t* to, Block bytes, uint64_t ends) {
 VEK_INLINE void StoreBytes(Cursor& at, Units units, const UnitBytes& bytes, int count) {
   const Units third = (units & SplatUnit(0x3F)) | SplatUnit(0x80);
   const uint64_t ends = Ends(bytes.lengths);
-  StoreFour(at.to, InterleaveLow(bytes.firstTwo, third), ends);
+  StoreFourUnits(at.to, InterleaveLow(bytes.firstTwo, third), ends);
   // The second four count from the end of the first.
   const ptrdiff_t half = EndOf(ends, 3);
-  StoreFour(at.to + half, InterleaveHigh(bytes.firstTwo, third),
-            (ends >> 32) - static_cast<uint64_t>(half) * 0x01010101U);
+  StoreFourUnits(at.to + half, InterleaveHigh(bytes.firstTwo, third),
+                 (ends >> 32) - static_cast<uint64_t>(half) * 0x01010101U);
   at.Advance(count * kUnit, EndOf(ends, count - 1));
 }
 
@@ -225,21 +232,27 @@ VEK_INLINE bool ConvertBlock(Cursor& at, Units units) {
   return true;
 }
 
-template <bool kSwapped>
+template <bool kSwapped, Stores kStores>
 VEK_INLINE void ConvertSteps(Cursor& at) {
-  while (at.Left() >= kStepSource && at.Room() >= kStepRoom) {
+  constexpr bool kDirect = kStores == Stores::kDirect;
+  constexpr ptrdiff_t kSource = kDirect ? kDirectSource : kBlock;
+  constexpr ptrdiff_t kRoom = kDirect ? kDirectRoom : kStepRoom;
+  while (at.Left() >= kSource && at.Room() >= kRoom) {
     const Units units = LoadUnits<kSwapped>(at.from);
     if (All(IsAscii(units))) {
       StoreLowHalf(at.to, Narrow(units, units));
       at.Advance(kBlock, kStepUnits);
       ConvertAsciiRun<kSwapped>(at);
-    } else if (!ConvertBlock(at, units)) {
+      continue;
+    }
+    const auto step = [=](Cursor& cursor) { return ConvertBlock(cursor, units); };
+    if (!(kDirect ? step(at) : RunAside(at, step))) {
       ConvertCharacters<kSwapped>(at, at.from + kBlock);
     }
   }
 }
 
-// What the steps leave: up to 31 units, or more with little room.
+// What the steps leave: up to 7 units, or more with little room.
 template <bool kSwapped>
 VEK_INLINE void ConvertRest(Cursor& at) {
   while (at.Left() >= kBlock && at.Room() >= kStepUnits) {
@@ -258,7 +271,8 @@ template <bool kSwapped>
 VEK_INLINE Converted Convert(const uint8_t* source, int32_t length, uint8_t* destination,
                              int32_t capacity) {
   Cursor at = {source, source + kUnit * length, destination, destination + capacity};
-  ConvertSteps<kSwapped>(at);
+  ConvertSteps<kSwapped, Stores::kDirect>(at);
+  ConvertSteps<kSwapped, Stores::kAside>(at);
   ConvertRest<kSwapped>(at);
   return {static_cast<int32_t>((at.from - source) / kUnit),
           static_cast<int32_t>(at.to - destination)};

@@ -13,8 +13,8 @@
 //   11110aaa 10bbcccc 10ddeeee 10ffffff     second     (high surrogate, see PairHigh)
 //                                           third      eeffffff       110111dd
 //
-// A step may store more than its characters fill: it runs only where the text still to come must
-// fill as much, so that nothing behind the end reported is changed.
+// A step stores up to four units more than it makes. That is harmless where the text still to come
+// must fill them; elsewhere a step works beside the destination and only what it made is copied.
 
 #include "unicode/cursor.h"
 #include "unicode/utf8.h"
@@ -23,10 +23,11 @@
 namespace vekch::kernels {
 namespace {
 
-// A step stores up to 16 units from where it stands. 48 bytes make at least 16 units, since no
-// character takes more than three bytes for a unit.
-constexpr ptrdiff_t kStepRoom = 16 * kUnit;
-constexpr ptrdiff_t kStepSource = 3 * kBlock;
+constexpr ptrdiff_t kStepRoom = kBlock * kUnit;  // that a step may fill
+
+// With so much of the source a step may store into the destination: behind its 16 bytes are 12
+// more, which make at least four units, since no character takes more than three bytes for a unit.
+constexpr ptrdiff_t kDirectSource = kBlock + 12;
 
 // ---- One character.
 
@@ -219,34 +220,44 @@ VEK_INLINE UnitBytes PairHigh(Block bytes) {
           ((LanesUp<1>(bytes) + borrow) & Splat(0x03)) | Splat(0xD8)};
 }
 
+// Puts the surrogates to where they are kept: the high ones, at hand at the second bytes of four,
+// and the low ones, at hand at the third. In swapped order the pair comes low first, and as its
+// bytes are not swapped, they are swapped here against the swapping that follows.
+template <bool kSwapped>
+VEK_INLINE UnitBytes PlacePairs(const UnitBytes& units, const UnitBytes& high, const UnitBytes& low,
+                                Block second, Block third) {
+  if constexpr (kSwapped) {
+    return {Select(third, LanesUp<1>(high.high), Select(second, LanesDown<1>(low.high), units.low)),
+            Select(third, LanesUp<1>(high.low), Select(second, LanesDown<1>(low.low), units.high))};
+  }
+  return {Select(third, low.low, Select(second, high.low, units.low)),
+          Select(third, low.high, Select(second, high.high, units.high))};
+}
+
 // The units at all bytes and which bytes are those that units stand at.
 struct Candidates {
   UnitBytes units;
   Block kept;
 };
 
-template <int kLongest>
+template <bool kSwapped, int kLongest>
 VEK_INLINE Candidates FindUnits(Block bytes, const Leads& leads) {
-  const Block second = LanesUp<1>(leads.three);
-  const Block third = LanesUp<2>(leads.four);
-  const Block multi = leads.two | second | third;
+  const Block middle = LanesUp<1>(leads.three);
+  const Block multi = leads.two | middle;
   const Block low = BitsUp<6>(bytes) | (LanesDown<1>(bytes) & Splat(0x3F));
   Block high = BitsDown<2>(bytes) & Splat(0x0F);
   if constexpr (kLongest >= 3) {
-    high = high | (BitsUp<4>(LanesUp<1>(bytes)) & second);
+    high = high | (BitsUp<4>(LanesUp<1>(bytes)) & middle);
   }
-  if constexpr (kLongest >= 4) {
-    high = Select(third, (high & Splat(0x03)) | Splat(0xDC), high);
+  const UnitBytes units = {Select(multi, low, bytes), high & multi};
+  if constexpr (kLongest < 4) {
+    return {units, multi};
   }
-  Candidates found = {{Select(multi, low, bytes), high & multi}, multi};
-  if constexpr (kLongest >= 4) {
-    const Block pair = LanesUp<1>(leads.four);
-    const UnitBytes surrogates = PairHigh(bytes);
-    found.units.low = Select(pair, surrogates.low, found.units.low);
-    found.units.high = Select(pair, surrogates.high, found.units.high);
-    found.kept = found.kept | pair;
-  }
-  return found;
+  const Block second = LanesUp<1>(leads.four);
+  const Block third = LanesUp<2>(leads.four);
+  const UnitBytes pairLow = {low, (BitsDown<2>(bytes) & Splat(0x03)) | Splat(0xDC)};
+  return {PlacePairs<kSwapped>(units, PairHigh(bytes), pairLow, second, third),
+          multi | second | third};
 }
 
 template <bool kSwapped, int kLongest>
@@ -255,7 +266,7 @@ VEK_INLINE bool ConvertMix(Cursor& at, Block bytes) {
   if (!WellFormed<kLongest>(bytes, leads)) {
     return false;
   }
-  const Candidates found = FindUnits<kLongest>(bytes, leads);
+  const Candidates found = FindUnits<kSwapped, kLongest>(bytes, leads);
   const int32_t length = WholeCharacters(at.from);
   const uint32_t ascii = LaneBits(bytes) ^ 0xFFFF;
   const uint32_t kept = (LaneBits(found.kept) | ascii) & ((1U << length) - 1);
@@ -265,36 +276,91 @@ VEK_INLINE bool ConvertMix(Cursor& at, Block bytes) {
   return true;
 }
 
+// ---- Runs of characters of three bytes, as all of East Asia writes.
+
+// The first two of the three-byte characters in both halves of a block, one in each 32 bits:
+//
+//   1110aaaa 10bbbbcc 10dddddd  ........  aaaabbbb ccdddddd, times 0x10000
+struct FourOfThree {
+  Block spread;
+
+  static VEK_INLINE FourOfThree Load(const uint8_t* p) {
+    const Block halves = LowHalves(LoadHalf(p), LoadHalf(p + 6));
+    return {(halves & SplatHalf(0x0000000000FFFFFF)) |
+            (HalvesUp<8>(halves) & SplatHalf(0x00FFFFFF00000000))};
+  }
+
+  VEK_INLINE Block HaveForm() const {
+    return (spread & SplatHalf(0x00C0C0F000C0C0F0)) == SplatHalf(0x008080E0008080E0);
+  }
+
+  VEK_INLINE Quads Values() const {
+    const Quads quads = AsQuads(spread);
+    return (quads << 28) | ((quads & SplatQuad(0x3F00)) << 14) | (quads & SplatQuad(0x3F0000));
+  }
+};
+
+constexpr ptrdiff_t kRunReach = 26;  // eight characters, and what is loaded behind the last
+
+// Eight characters a step; false if there were not that many.
+template <bool kSwapped>
+VEK_INLINE bool ConvertThreeByteRun(Cursor& at) {
+  bool any = false;
+  while (at.Left() >= kRunReach && at.Room() >= kBlock) {
+    const FourOfThree first = FourOfThree::Load(at.from);
+    const FourOfThree second = FourOfThree::Load(at.from + 12);
+    const Units units = HighUnits(first.Values(), second.Values());
+    const Block overlong = AsBlock((units & SplatUnit(0xF800)) == SplatUnit(0));
+    const Block formed = first.HaveForm() & second.HaveForm();
+    if (LaneBits(formed) != 0xFFFF || LaneBits(overlong) != 0) {
+      break;
+    }
+    StoreAny(at.to, AsBlock(kSwapped ? SwapBytes(units) : units));
+    at.Advance(24, kBlock);
+    any = true;
+  }
+  return any;
+}
+
 // ---- All together.
 
-// One step on 16 bytes that are not all ASCII; false where it needs the rule for one character.
+// One step on 16 bytes that are not all ASCII, or more; false where it needs the rule for one
+// character.
 template <bool kSwapped>
 VEK_INLINE bool ConvertBlock(Cursor& at, Block bytes) {
-  if (LaneBits(InRange(bytes, MakeRange(0xE0, 0xFF))) == 0) {
+  const uint32_t longLeads = LaneBits(InRange(bytes, MakeRange(0xE0, 0xFF)));
+  if (longLeads == 0) {
     return ConvertMix<kSwapped, 2>(at, bytes);
+  }
+  constexpr uint32_t kEveryThird = 0x1249;
+  if ((longLeads & 0x7FFF) == kEveryThird && ConvertThreeByteRun<kSwapped>(at)) {
+    return true;
   }
   if (LaneBits(InRange(bytes, MakeRange(0xF0, 0xFF))) == 0) {
     return ConvertMix<kSwapped, 3>(at, bytes);
   }
-  // Pairs in swapped order, with their own order of units and bytes, are left to the rule.
-  return !kSwapped && ConvertMix<false, 4>(at, bytes);
+  return ConvertMix<kSwapped, 4>(at, bytes);
 }
 
-template <bool kSwapped>
+template <bool kSwapped, Stores kStores>
 VEK_INLINE void ConvertSteps(Cursor& at) {
-  while (at.Left() >= kStepSource && at.Room() >= kStepRoom) {
+  constexpr bool kDirect = kStores == Stores::kDirect;
+  while (at.Left() >= (kDirect ? kDirectSource : kBlock) && at.Room() >= kStepRoom) {
     const Block bytes = LoadAny(at.from);
     if (LaneBits(bytes) == 0) {
       StoreAscii<kSwapped>(at.to, bytes);
       at.Advance(kBlock, kStepRoom);
       ConvertAsciiRun<kSwapped>(at);
-    } else if (!ConvertBlock<kSwapped>(at, bytes)) {
+      continue;
+    }
+    const auto step = [=](Cursor& cursor) { return ConvertBlock<kSwapped>(cursor, bytes); };
+    if (!(kDirect ? step(at) : RunAside(at, step))) {
       ConvertCharacters<kSwapped>(at, at.from + kBlock);
     }
   }
 }
 
-// What the steps leave: up to 47 bytes, or more with little room.
+// What the steps leave: up to 15 bytes, or more with little room.
 template <bool kSwapped>
 VEK_INLINE void ConvertRest(Cursor& at) {
   while (at.Left() >= 8 && at.Room() >= 8 * kUnit) {
@@ -313,7 +379,8 @@ template <bool kSwapped>
 VEK_INLINE Converted Convert(const uint8_t* source, int32_t length, uint8_t* destination,
                              int32_t capacity) {
   Cursor at = {source, source + length, destination, destination + kUnit * capacity};
-  ConvertSteps<kSwapped>(at);
+  ConvertSteps<kSwapped, Stores::kDirect>(at);
+  ConvertSteps<kSwapped, Stores::kAside>(at);
   ConvertRest<kSwapped>(at);
   return {static_cast<int32_t>(at.from - source),
           static_cast<int32_t>((at.to - destination) / kUnit)};

@@ -294,6 +294,24 @@ VEK_INLINE Block Narrow(Units a, Units b) { return {_mm_packus_epi16(a.lanes, b.
 VEK_INLINE Block InterleaveLow(Units a, Units b) { return {_mm_unpacklo_epi16(a.lanes, b.lanes)}; }
 VEK_INLINE Block InterleaveHigh(Units a, Units b) { return {_mm_unpackhi_epi16(a.lanes, b.lanes)}; }
 
+// A block seen as four quads of 32 bits.
+struct Quads {
+  __m128i lanes;
+};
+
+VEK_INLINE Quads AsQuads(Block b) { return {b.lanes}; }
+
+VEK_INLINE Quads operator&(Quads a, Quads b) { return {_mm_and_si128(a.lanes, b.lanes)}; }
+VEK_INLINE Quads operator|(Quads a, Quads b) { return {_mm_or_si128(a.lanes, b.lanes)}; }
+VEK_INLINE Quads operator<<(Quads q, int count) { return {_mm_slli_epi32(q.lanes, count)}; }
+
+VEK_INLINE Quads SplatQuad(uint32_t value) { return {_mm_set1_epi32(static_cast<int32_t>(value))}; }
+
+// The upper 16 bits of the quads of a, then of those of b.
+VEK_INLINE Units HighUnits(Quads a, Quads b) {
+  return {_mm_packs_epi32(_mm_srai_epi32(a.lanes, 16), _mm_srai_epi32(b.lanes, 16))};
+}
+
 }  // namespace vekch::kernels
 
 #endif
