@@ -18,6 +18,8 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/vekchConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/vekchConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekch)
+file(RELATIVE_PATH pkgConfigToPrefix
+     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/vekch.pc.in vekch.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vekch.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
