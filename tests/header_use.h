@@ -14,6 +14,7 @@ static int UseHeader(void) {
   };
   const int count = (int)(sizeof functions / sizeof functions[0]);
   const uint8_t text[] = {'a', 'b', 'c', 'B'};
+  uint8_t copy[4];
   uint16_t units[4];
   int32_t unitCount = 4;
   int32_t byteCount = 4;
@@ -25,8 +26,10 @@ static int UseHeader(void) {
   }
   wrong += vekchGetLibVersion()->major != 2021;
   wrong += veksCompare_8u(text, text + 1, 3, &result) != StatusNoError || result != 'a' - 'b';
+  wrong += veksLowercaseLatin_8u(text, copy, 4) != StatusNoError || copy[3] != 'b';
   wrong += veksFindC_8u(text, 4, 'c', &result) != StatusNoError || result != 2;
   wrong += veksConvertUTF_8u16u(text, &byteCount, units, &unitCount, 0) != StatusNoError;
   wrong += byteCount != 4 || unitCount != 4 || units[3] != 'B';
+  wrong += veksRegExpGetSize((const uint8_t*)"", &result) != StatusNoError || result != 48056;
   return wrong + (vekStatusText(StatusNullPointer) == vekStatusText(StatusNoError));
 }

@@ -130,7 +130,9 @@ VEK_INLINE uint64_t Ends(Units lengths) {
   return LowHalf(Narrow(lengths, lengths)) * 0x0101010101010101U;
 }
 
-VEK_INLINE ptrdiff_t EndOf(uint64_t ends, int unit) { return ends >> (8 * unit) & 0xFF; }
+VEK_INLINE ptrdiff_t EndOf(uint64_t ends, int unit) {
+  return static_cast<ptrdiff_t>(ends >> (8 * unit) & 0xFF);
+}
 
 // The two bytes of units below 0x800, of which ASCII needs the first only.
 VEK_INLINE Units ShortBytes(Units units) {

@@ -254,6 +254,7 @@ ABOVE_SSE3 = re.compile(
     r"|xsave\w*|xrstor\w*|xgetbv|clflushopt|clwb|prefetchwt?1?|femms|pf\w+|p(?:avgusb|mulhrw)"
     r"|rdtscp|tpause|u(?:monitor|mwait)|movdir\w+|enqcmd\w?|serialize|\(bad\)"
 )
+SYSTEM_CALL = re.compile(r"syscall|sysenter|int")
 # tzcnt is absent on purpose: compilers write a bit scan as "rep bsf", which has the bytes of tzcnt
 # and is shown as it. Older processors ignore the prefix, and where a bit is set both instructions
 # give its position; where none is, the language leaves the builtin's result undefined anyway.
@@ -264,10 +265,14 @@ LABEL = re.compile(r"^[0-9a-f]+ <(.+)>:$")
 LINKER_LIST = re.compile(r"_{2,3}[CD]TOR_LIST__")
 
 
-def is_above_sse3(instruction):
+def fault_of(instruction):
     mnemonic, _, operands = instruction.partition(" ")
+    if SYSTEM_CALL.fullmatch(mnemonic):
+        return "a system call"
     # The form of pextrw that stores to memory came with SSE4.1.
-    return bool(ABOVE_SSE3.fullmatch(mnemonic)) or (mnemonic == "pextrw" and operands.endswith(")"))
+    if ABOVE_SSE3.fullmatch(mnemonic) or (mnemonic == "pextrw" and operands.endswith(")")):
+        return "above SSE3"
+    return None
 
 
 def instruction_breaches(objdump, library):
@@ -281,8 +286,8 @@ def instruction_breaches(objdump, library):
             continue
         count += 1
         instruction = PREFIXES.sub("", matched[1], count=1).split("#")[0].strip()
-        if is_above_sse3(instruction):
-            yield "instructions", f"above SSE3: {line.strip()}"
+        if fault := fault_of(instruction):
+            yield "instructions", f"{fault}: {line.strip()}"
     if count == 0:
         yield "instructions", "nothing was disassembled"
 

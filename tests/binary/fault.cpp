@@ -13,7 +13,8 @@
 #define POPULATION_COUNT 9
 #define WIDE_VECTOR 10
 #define STORED_WORD 11
-#define START_UP 12
+#define SYSTEM_CALL 12
+#define START_UP 13
 
 #if FAULT == STRAY_KERNEL || FAULT == NO_KERNEL
 #define KERNEL __attribute__((noinline))
@@ -36,6 +37,8 @@ KERNEL int Twice(int value) {
 #elif FAULT == STORED_WORD
   short word;
   asm volatile("pextrw $1, %%xmm0, %0" : "=m"(word));
+#elif FAULT == SYSTEM_CALL
+  asm volatile("syscall" ::: "rcx", "r11", "memory");
 #else
   // What older processors run as a bit scan is not a breach.
   asm volatile("rep bsf %0, %0" : "+r"(value));
