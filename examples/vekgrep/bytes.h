@@ -1,0 +1,40 @@
+// Searches of the library as functions that return what they find. The arguments are valid, so
+// there is no status to look at.
+
+#ifndef VEKGREP_BYTES_H
+#define VEKGREP_BYTES_H
+
+#include <cstdint>
+
+#include "vekch/vekch.h"
+
+namespace vekgrep {
+
+// A part of a text: from begin up to, but not including, end.
+struct Range {
+  int32_t begin;
+  int32_t end;
+};
+
+// Position of the first or last `value` in the range; -1 if there is none.
+inline int32_t FindByte(const uint8_t* text, Range range, uint8_t value) {
+  int32_t index = -1;
+  veksFindC_8u(text + range.begin, range.end - range.begin, value, &index);
+  return index < 0 ? -1 : range.begin + index;
+}
+
+inline int32_t FindLastByte(const uint8_t* text, Range range, uint8_t value) {
+  int32_t index = -1;
+  veksFindRevC_8u(text + range.begin, range.end - range.begin, value, &index);
+  return index < 0 ? -1 : range.begin + index;
+}
+
+// Position behind the line that `from` lies in: behind its newline, or the end of the text.
+inline int32_t LineEnd(const uint8_t* text, int32_t from, int32_t length) {
+  const int32_t newline = FindByte(text, {from, length}, '\n');
+  return newline < 0 ? length : newline + 1;
+}
+
+}  // namespace vekgrep
+
+#endif

@@ -1,0 +1,118 @@
+// Chunks: the buffer is filled behind the unfinished line left from last time, handed out up to
+// its last newline, and what is behind that moves to the front.
+
+#include "input.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "bytes.h"
+#include "platform.h"
+
+namespace vekgrep {
+namespace {
+
+// Small enough to stay in the second-level cache between reading and searching.
+constexpr int32_t kUsualCapacity = 256 << 10;
+constexpr int32_t kLongestLine = 256 << 20;
+constexpr int32_t kPiecesPerOverlap = 4;  // keeps what is searched twice a small part
+
+}  // namespace
+
+Input::Input(Lines linesWanted, int32_t overlapBytes) : lines(linesWanted), overlap(overlapBytes) {}
+
+Input::~Input() { CloseFile(); }
+
+bool Input::Fail(const std::string& reason) {
+  fault = reason;
+  ended = true;
+  return false;
+}
+
+void Input::CloseFile() {
+  if (file > kStandardError) {
+    Close(file);
+  }
+  file = -1;
+}
+
+bool Input::Open(const std::string& name, int output) {
+  CloseFile();
+  used = handedOut = 0;
+  ended = binary = false;
+  fault.clear();
+  file = name == "-" ? kStandardInput : OpenForReading(name);
+  if (file < 0) {
+    return Fail(std::strerror(errno));
+  }
+  if (output >= 0 && ReadsItsOwnOutput(file, output)) {
+    return Fail("the file is also the output");
+  }
+  return true;
+}
+
+bool Input::Grow() {
+  const int32_t least = std::max(kUsualCapacity, kPiecesPerOverlap * overlap);
+  const int32_t wanted = capacity == 0 ? least : std::min(2 * capacity, kLongestLine);
+  if (wanted <= capacity) {
+    return Fail("a line is longer than " + std::to_string(kLongestLine >> 20) +
+                " MiB; it and what follows were not searched");
+  }
+  void* grown = std::realloc(buffer.get(), static_cast<size_t>(wanted));
+  if (grown == nullptr) {
+    return Fail("no memory for a line of more than " + std::to_string(used) +
+                " bytes; it and what follows were not searched");
+  }
+  static_cast<void>(buffer.release());
+  buffer.reset(static_cast<uint8_t*>(grown));
+  capacity = wanted;
+  return true;
+}
+
+// Appends to the buffer; false at the end of the file or after a fault.
+bool Input::ReadMore() {
+  const int64_t count = Read(file, buffer.get() + used, static_cast<size_t>(capacity - used));
+  if (count <= 0) {
+    ended = true;
+    return count == 0 ? false : Fail(std::strerror(errno));
+  }
+  const int32_t end = used + static_cast<int32_t>(count);
+  binary = binary || (lines == Lines::kWhole && FindByte(buffer.get(), {used, end}, 0) >= 0);
+  used = end;
+  return true;
+}
+
+bool Input::HandOut(Chunk* chunk, int32_t length, bool endsLine, int32_t kept) {
+  *chunk = {buffer.get(), length, endsLine};
+  handedOut = length - kept;
+  return true;
+}
+
+bool Input::Next(Chunk* chunk) {
+  used -= handedOut;
+  if (used > 0) {
+    std::memmove(buffer.get(), buffer.get() + handedOut, static_cast<size_t>(used));
+  }
+  handedOut = 0;
+  while (!ended) {
+    if (used == capacity) {
+      if (capacity > 0 && (binary || lines == Lines::kPieces)) {
+        return HandOut(chunk, used, false, overlap);
+      }
+      if (!Grow()) {
+        return false;
+      }
+    }
+    const int32_t before = used;
+    if (ReadMore()) {
+      const int32_t newline = FindLastByte(buffer.get(), {before, used}, '\n');
+      if (newline >= 0) {
+        return HandOut(chunk, newline + 1, true, 0);
+      }
+    }
+  }
+  return used > 0 && HandOut(chunk, used, true, 0);
+}
+
+}  // namespace vekgrep

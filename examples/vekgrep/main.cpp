@@ -1,0 +1,86 @@
+// vekgrep: prints the lines of files that contain a text. It shows the library at work in a program
+// for every day: all searching and comparing of bytes is done by the library's exported functions,
+// though files may be larger than their 32-bit lengths.
+//
+//   options      the command line
+//   input        chunks of whole lines, in bounded memory
+//   searcher     where a chunk matches
+//   file_search  which lines of a file are selected, and what is told of them
+//   output       buffer, colours, messages
+//   platform     files, terminals and the entry point of each system
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "file_search.h"
+#include "platform.h"
+
+namespace vekgrep {
+namespace {
+
+constexpr int kFound = 0;
+constexpr int kNotFound = 1;
+constexpr int kTrouble = 2;
+
+bool WantsColor(ColorMode mode) {
+  if (mode != ColorMode::kAuto) {
+    return mode == ColorMode::kAlways;
+  }
+  const char* noColor = std::getenv("NO_COLOR");
+  return (noColor == nullptr || *noColor == 0) && TerminalHasColor(kStandardOutput);
+}
+
+// Writes what is left and turns a write that failed into the status of a failure.
+int Finish(Output& output, int status) {
+  output.Flush();
+  if (output.Error() != 0) {
+    output.Complain("standard output", std::strerror(output.Error()));
+    return kTrouble;
+  }
+  return status;
+}
+
+int SearchFiles(const Options& options, Output& output) {
+  Searcher searcher(options.patterns, options.ignoreCase);
+  const bool printsLines = PrintsLines(options.report);
+  Input input(printsLines ? Input::Lines::kWhole : Input::Lines::kPieces,
+              std::max(searcher.LongestPattern(), 1));
+  bool found = false;
+  bool trouble = false;
+  for (const std::string& name : options.files) {
+    const std::string label = name == "-" ? "(standard input)" : name;
+    if (input.Open(name, printsLines ? kStandardOutput : -1)) {
+      found |= FileSearch(options, searcher, output, label).Run(input);
+    }
+    if (output.Error() != 0) {
+      break;
+    }
+    if (!input.Fault().empty()) {
+      output.Complain(label, input.Fault());
+      trouble = true;
+    }
+  }
+  return trouble ? kTrouble : found ? kFound : kNotFound;
+}
+
+}  // namespace
+
+int Run(const std::vector<std::string>& arguments) {
+  PrepareStreams();
+  const CommandLine commandLine = ParseCommandLine(arguments);
+  Output output(WantsColor(commandLine.options.color));
+  switch (commandLine.kind) {
+    case CommandLine::Kind::kHelp:
+      output.Append(commandLine.text);
+      return Finish(output, kFound);
+    case CommandLine::Kind::kFault:
+      output.Complain(commandLine.text);
+      return kTrouble;
+    case CommandLine::Kind::kSearch:
+      break;
+  }
+  return Finish(output, SearchFiles(commandLine.options, output));
+}
+
+}  // namespace vekgrep

@@ -1,0 +1,182 @@
+// The two systems, one behind the other: POSIX, then Windows on its C run-time library.
+
+#include "platform.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+
+#ifdef _WIN32
+#include <io.h>
+#include <windows.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace vekgrep {
+namespace {
+
+// One call moves no more than this: the systems' own limits are 2 GiB and differ.
+constexpr size_t kMostAtOnce = size_t{1} << 30;
+
+#ifdef _WIN32
+
+std::wstring Widen(const std::string& text) {
+  const int size = static_cast<int>(text.size());
+  std::wstring wide(
+      static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, text.data(), size, nullptr, 0)), L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, text.data(), size, wide.data(), static_cast<int>(wide.size()));
+  return wide;
+}
+
+std::string Narrow(const wchar_t* wide) {
+  const int size = WideCharToMultiByte(CP_UTF8, 0, wide, -1, nullptr, 0, nullptr, nullptr);
+  std::string text(static_cast<size_t>(size), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, wide, -1, text.data(), size, nullptr, nullptr);
+  text.resize(std::strlen(text.c_str()));
+  return text;
+}
+
+int64_t ReadOnce(int file, void* buffer, size_t size) {
+  return _read(file, buffer, static_cast<unsigned>(size));
+}
+
+int64_t WriteOnce(int file, const void* data, size_t size) {
+  return _write(file, data, static_cast<unsigned>(size));
+}
+
+#else
+
+int64_t ReadOnce(int file, void* buffer, size_t size) { return read(file, buffer, size); }
+
+int64_t WriteOnce(int file, const void* data, size_t size) { return write(file, data, size); }
+
+#endif
+
+}  // namespace
+
+int64_t Read(int file, uint8_t* buffer, size_t size) {
+  int64_t count;
+  do {
+    count = ReadOnce(file, buffer, std::min(size, kMostAtOnce));
+  } while (count < 0 && errno == EINTR);
+  return count;
+}
+
+bool Write(int file, const void* data, size_t size) {
+  const auto* next = static_cast<const uint8_t*>(data);
+  while (size > 0) {
+    const int64_t count = WriteOnce(file, next, std::min(size, kMostAtOnce));
+    if (count < 0 && errno != EINTR) {
+      return false;
+    }
+    if (count > 0) {
+      next += count;
+      size -= static_cast<size_t>(count);
+    }
+  }
+  return true;
+}
+
+#ifdef _WIN32
+
+void PrepareStreams() {
+  for (const int file : {kStandardInput, kStandardOutput, kStandardError}) {
+    _setmode(file, _O_BINARY);
+  }
+}
+
+int OpenForReading(const std::string& name) {
+  const std::wstring wide = Widen(name);
+  const int file = _wopen(wide.c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT | _O_SEQUENTIAL);
+  if (file < 0) {
+    // Folders can't be opened; "permission denied" would mislead.
+    const int reason = errno;
+    const DWORD attributes = GetFileAttributesW(wide.c_str());
+    const bool folder =
+        attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    errno = folder ? EISDIR : reason;
+  }
+  return file;
+}
+
+void Close(int file) { _close(file); }
+
+bool ReadsItsOwnOutput(int input, int output) {
+  BY_HANDLE_FILE_INFORMATION in;
+  BY_HANDLE_FILE_INFORMATION out;
+  const auto handle = [](int file) { return reinterpret_cast<HANDLE>(_get_osfhandle(file)); };
+  return GetFileType(handle(input)) == FILE_TYPE_DISK &&
+         GetFileInformationByHandle(handle(input), &in) != 0 &&
+         GetFileInformationByHandle(handle(output), &out) != 0 &&
+         in.dwVolumeSerialNumber == out.dwVolumeSerialNumber &&
+         in.nFileIndexHigh == out.nFileIndexHigh && in.nFileIndexLow == out.nFileIndexLow;
+}
+
+bool IsTerminal(int file) {
+  DWORD mode;
+  return GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(file)), &mode) != 0;
+}
+
+bool TerminalHasColor(int file) {
+  constexpr DWORD kObeySequences = 4;  // ENABLE_VIRTUAL_TERMINAL_PROCESSING, not in every header
+  const auto console = reinterpret_cast<HANDLE>(_get_osfhandle(file));
+  DWORD mode;
+  return GetConsoleMode(console, &mode) != 0 && SetConsoleMode(console, mode | kObeySequences) != 0;
+}
+
+#else
+
+void PrepareStreams() {
+  std::signal(SIGPIPE, SIG_IGN);  // NOLINT: the result says nothing that could be acted upon
+}
+
+int OpenForReading(const std::string& name) { return open(name.c_str(), O_RDONLY | O_CLOEXEC); }
+
+void Close(int file) { close(file); }
+
+bool ReadsItsOwnOutput(int input, int output) {
+  struct stat in;
+  struct stat out;
+  return fstat(input, &in) == 0 && S_ISREG(in.st_mode) && fstat(output, &out) == 0 &&
+         in.st_dev == out.st_dev && in.st_ino == out.st_ino;
+}
+
+bool IsTerminal(int file) { return isatty(file) != 0; }
+
+bool TerminalHasColor(int file) {
+  const char* terminal = std::getenv("TERM");
+  return IsTerminal(file) && (terminal == nullptr || std::strcmp(terminal, "dumb") != 0);
+}
+
+#endif
+
+}  // namespace vekgrep
+
+#ifdef _WIN32
+
+// Asks the run-time library to expand wildcards, which the command interpreters leave to programs.
+extern "C" int _dowildcard;  // NOLINT: the run-time library's name
+int _dowildcard = -1;        // NOLINT
+
+extern "C" int wmain(int count, wchar_t** values);  // NOLINT
+extern "C" int wmain(int count, wchar_t** values) {
+  std::vector<std::string> arguments;
+  for (int i = 1; i < count; ++i) {
+    arguments.push_back(vekgrep::Narrow(values[i]));
+  }
+  return vekgrep::Run(arguments);
+}
+
+#else
+
+int main(int count, char** values) {
+  return vekgrep::Run(std::vector<std::string>(values + std::min(count, 1), values + count));
+}
+
+#endif

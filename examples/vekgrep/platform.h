@@ -1,0 +1,44 @@
+// What differs between the systems: files, terminals and the entry point. Files are descriptors,
+// failures are values of errno on both systems, and names are UTF-8 on Windows.
+
+#ifndef VEKGREP_PLATFORM_H
+#define VEKGREP_PLATFORM_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vekgrep {
+
+constexpr int kStandardInput = 0;
+constexpr int kStandardOutput = 1;
+constexpr int kStandardError = 2;
+
+// Streams without translation of line ends; writing to a closed pipe fails instead of killing.
+void PrepareStreams();
+
+// A descriptor, or -1 with the reason in errno.
+int OpenForReading(const std::string& name);
+void Close(int file);
+
+// Bytes read, 0 at the end, or -1 with the reason in errno.
+int64_t Read(int file, uint8_t* buffer, size_t size);
+
+// Writes everything; false with the reason in errno.
+bool Write(int file, const void* data, size_t size);
+
+// Whether the descriptors are one regular file and reading would meet what is written.
+bool ReadsItsOwnOutput(int input, int output);
+
+bool IsTerminal(int file);
+
+// Whether the terminal obeys colour sequences, which it may have to be asked for.
+bool TerminalHasColor(int file);
+
+// The program: its arguments without its name, its exit status. Defined in main.cpp.
+int Run(const std::vector<std::string>& arguments);
+
+}  // namespace vekgrep
+
+#endif

@@ -1,0 +1,63 @@
+// Where a text matches. The text is a chunk of lines as it was read; it is searched as a whole, so
+// that a chunk without an occurrence costs one pass for each pattern.
+
+#ifndef VEKGREP_SEARCHER_H
+#define VEKGREP_SEARCHER_H
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "bytes.h"
+
+namespace vekgrep {
+
+class Searcher {
+ public:
+  Searcher(const std::vector<std::string>& patterns, bool ignoreCase);
+
+  // Whether the empty text is among the patterns. Such occurrences select every line and are never
+  // reported by Next.
+  bool MatchesEveryLine() const { return matchesEveryLine; }
+
+  // Length of the longest pattern.
+  int32_t LongestPattern() const { return longestPattern; }
+
+  // Goes over to another text, which must stay as it is meanwhile.
+  void Begin(const uint8_t* text, int32_t length);
+
+  // The occurrence that starts first, and of those the longest, at or behind `from`. Within one
+  // text `from` must not decrease.
+  bool Next(int32_t from, Range* match);
+
+ private:
+  static constexpr int32_t kNowhere = std::numeric_limits<int32_t>::max();
+
+  struct Pattern {
+    std::string bytes;
+    // For the search that ignores case: the place of the letter or other byte looked for, both of
+    // its cases, and the same for a second one.
+    bool anyCase = false;
+    int32_t place = 0;
+    uint8_t cases[2] = {};
+    int32_t secondPlace = 0;
+    uint8_t secondCases[2] = {};
+    // First occurrence at or behind where it was asked for last, or kNowhere.
+    int32_t next = -1;
+  };
+
+  void AddPattern(const std::string& bytes, bool ignoreCase);
+  int32_t Find(const Pattern& pattern, int32_t from) const;
+  int32_t FindAnyCase(const Pattern& pattern, int32_t from) const;
+
+  std::vector<Pattern> patterns;
+  bool matchesEveryLine = false;
+  int32_t longestPattern = 0;
+  const uint8_t* text = nullptr;
+  int32_t length = 0;
+};
+
+}  // namespace vekgrep
+
+#endif

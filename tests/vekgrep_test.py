@@ -1,0 +1,296 @@
+"""Tests of the example program vekgrep, run as a program.
+
+  table     arguments and inputs with what must come of them
+  random    small inputs, compared with the system's grep where the options mean the same
+  buffers   lines and occurrences across the ends of its buffer, against a naive model
+  streams   more than 2^31 bytes through a pipe, in bounded memory
+
+Usage: vekgrep_test.py --program PATH [--emulator PATH] [--bounded] [unittest arguments]
+"""
+
+import argparse
+import os
+import random
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+OPTIONS = None
+BUFFER = 256 << 10
+
+
+def run(arguments, stdin=b"", environment=None, stdout=None, **popen):
+    """Runs the program; `stdin` is bytes or a file. Standard output, unless another file is given,
+    and standard error go to files: processes that an emulator leaves behind would keep pipes open.
+    """
+    command = ([OPTIONS.emulator] if OPTIONS.emulator else []) + [OPTIONS.program]
+    popen["input" if isinstance(stdin, bytes) else "stdin"] = stdin
+    with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
+        done = subprocess.run(command + list(arguments), timeout=250, stdout=stdout or out,
+                              stderr=out if popen.pop("oneOutput", False) else err,
+                              env=dict(os.environ, **(environment or {})), **popen)
+        out.seek(0)
+        err.seek(0)
+        done.stdout, done.stderr = out.read(), err.read()
+    return done
+
+
+class InFolder(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.addCleanup(os.chdir, os.getcwd())
+        os.chdir(self.folder)
+        self.write("a", b"one\ntwo\nThree\n")
+        self.write("b", b"TWO two\r\nlast one")
+        self.write("bin", b"one\0\ntwo\n\0three")
+        self.write("late", b"two\n" + b"x\n" * BUFFER + b"two\0\ntwo\n")
+        self.write("empty", b"")
+        os.mkdir("folder")
+
+    def write(self, name, content):
+        with open(name, "wb") as file:
+            file.write(content)
+
+
+HELP = "Usage: vekgrep -F .*--color.*"
+USAGE = "\nUsage: vekgrep -F .*\n.*--help.*\n"
+RED, MAGENTA, GREEN, CYAN = (lambda text, c=c: f"\33[{c}m{text}\33[m"
+                             for c in ("01;31", "35", "32", "36"))
+# Arguments, standard input, standard output, pattern of standard error, exit status.
+TABLE = [
+    # What is selected and how it is shown.
+    ("-F two a", "", "two\n", "", 0),
+    ("-F two", "x two\nx\n", "x two\n", "", 0),
+    ("-F two -", "x two", "x two\n", "", 0),
+    ("-F zwei a", "", "", "", 1),
+    ("-Fi two a b", "", "a:two\nb:TWO two\r\n", "", 0),
+    ("-inF two a b", "", "a:2:two\nb:1:TWO two\r\n", "", 0),
+    ("-F -o -n -i two b - a", "two", "b:1:TWO\nb:1:two\n(standard input):1:two\na:2:two\n", "", 0),
+    ("-Fc two a b empty", "", "a:1\nb:1\nempty:0\n", "", 0),
+    ("-F -v -n o a", "", "3:Three\n", "", 0),
+    ("-F -o -v one a", "", "", "", 0),
+    ("-F -c -o t", "tt t\nt\n", "2\n", "", 0),
+    ("-F -l -c -o one a empty b", "", "a\nb\n", "", 0),
+    ("-F -vl o a b", "", "a\n", "", 0),
+    ("-F -e two -e th -e three -i -o a", "", "two\nThree\n", "", 0),
+    ("-F -etwo --regexp=one a --count", "", "2\n", "", 0),
+    ("-F -e ab -e bcd -e abc -o", "abcd bcd", "abc\nbcd\n", "", 0),
+    (["-F", "Thr\none", "a"], "", "one\nThree\n", "", 0),
+    (["-F", "", "a", "-c"], "", "3\n", "", 0),
+    (["-F", "", "empty", "-c"], "", "0\n", "", 1),
+    ("-F -c -v x", "\n" * 100000, "100000\n", "", 0),
+    (["-F", "-v", "", "a"], "", "", "", 1),
+    (["-F", "-o", "-e", "", "-e", "wo", "a"], "", "wo\n", "", 0),
+    ("-F -- -x", "a -x\n", "a -x\n", "", 0),
+    ("two -F --ignore-case -- a b", "", "a:two\nb:TWO two\r\n", "", 0),
+    # Binary files.
+    ("-F two bin a", "", "Binary file bin matches\na:two\n", "", 0),
+    ("-F three bin", "", "Binary file bin matches\n", "", 0),
+    ("-F -v one bin", "", "Binary file bin matches\n", "", 0),
+    ("-F nothing bin", "", "", "", 1),
+    ("-F -c e bin", "", "2\n", "", 0),
+    ("-F -l three bin", "", "bin\n", "", 0),
+    ("-F -o two", "two\0", "Binary file (standard input) matches\n", "", 0),
+    ("-F two late", "", "two\nBinary file late matches\n", "", 0),
+    # Colour; standard output is no terminal here.
+    ("-F --color two a", "", "two\n", "", 0),
+    ("-F --color=always -n two a b", "", "".join(
+        MAGENTA(name) + CYAN(":") + GREEN(line) + CYAN(":") + rest for name, line, rest in
+        (("a", "2", RED("two") + "\n"), ("b", "1", "TWO " + RED("two") + "\r\n"))), "", 0),
+    ("-F --color=always -v two b", "", "last one\n", "", 0),
+    ("-F --color=always --color=never two a", "", "two\n", "", 0),
+    # Files that can't be read.
+    ("-F two none a", "", "a:two\n", "vekgrep: none: No such file or directory\n", 2),
+    ("-F two folder a", "", "a:two\n", "vekgrep: folder: Is a directory\n", 2),
+    ("-F -c two folder a", "", "a:1\n", "vekgrep: folder: Is a directory\n", 2),
+    # The command line.
+    ("-h", "", HELP, "", 0),
+    ("--help", "", HELP + "Exit status:.*", "", 0),
+    ("two a", "", "", "vekgrep: only fixed text .* -F" + USAGE, 2),
+    ("-F", "", "", "vekgrep: no text to search for" + USAGE, 2),
+    ("-FQ two a", "", "", "vekgrep: unknown option '-Q'" + USAGE, 2),
+    ("-F --colour two", "", "", "vekgrep: unknown option '--colour'" + USAGE, 2),
+    ("-F --color=red two", "", "", "vekgrep: 'red' is not auto, always or never" + USAGE, 2),
+    ("-F --count=3 two", "", "", "vekgrep: option '--count' takes no value" + USAGE, 2),
+    ("-Fe", "", "", "vekgrep: option '-e' needs a value" + USAGE, 2),
+]
+
+
+class Table(InFolder):
+    def test_table(self):
+        for arguments, stdin, stdout, stderr, status in TABLE:
+            if isinstance(arguments, str):
+                arguments = arguments.split()
+            with self.subTest(arguments=arguments):
+                done = run(arguments, stdin.encode(), {"NO_COLOR": "1", "TERM": "xterm"})
+                if not stdout.startswith(HELP):
+                    stdout = re.escape(stdout)
+                self.assertRegex(done.stdout.decode(), re.compile(f"(?s)^{stdout}\\Z"))
+                self.assertRegex(done.stderr.decode(), re.compile(f"(?s)^{stderr}\\Z"))
+                self.assertEqual(done.returncode, status)
+
+    def test_messages_keep_their_place(self):
+        done = run(["-F", "two", "a", "none", "b"], oneOutput=True)
+        self.assertRegex(done.stdout, rb"^a:two\nvekgrep: none: .*\nb:TWO two\r\n$")
+
+    @unittest.skipIf(os.name != "posix" or not os.path.exists("/dev/full"), "needs /dev/full")
+    def test_output_that_fails(self):
+        if OPTIONS.emulator:
+            self.skipTest("emulated devices differ")
+        reader, writer = os.pipe()
+        os.close(reader)
+        for output, reason in (("/dev/full", b"No space left"), (writer, b"Broken pipe")):
+            with self.subTest(reason=reason), open(output, "wb") as file:
+                done = run(["-F", "two", "late"], stdout=file)
+                self.assertIn(b"vekgrep: standard output: " + reason, done.stderr)
+                self.assertEqual(done.returncode, 2)
+
+    def test_own_output(self):
+        with open("a", "ab") as file:
+            done = run(["-F", "o", "b", "a"], stdout=file)
+        self.assertEqual(done.stderr, b"vekgrep: a: the file is also the output\n")
+        self.assertEqual(done.returncode, 2)
+
+    def test_terminal(self):
+        if OPTIONS.emulator:
+            self.skipTest("needs a pseudo-terminal")
+        import pty
+        for environment, color in (({"TERM": "xterm", "NO_COLOR": ""}, True),
+                                   ({"TERM": "dumb", "NO_COLOR": ""}, False),
+                                   ({"TERM": "xterm", "NO_COLOR": "1"}, False)):
+            with self.subTest(environment=environment):
+                controller, terminal = pty.openpty()
+                run(["-F", "two", "a"], environment=environment, stdout=terminal)
+                shown = os.read(controller, 1000)
+                self.assertEqual(shown, ((RED("two") if color else "two") + "\r\n").encode())
+                os.close(terminal)
+                os.close(controller)
+
+
+class Random(InFolder):
+    def test_like_grep(self):
+        if not shutil.which("grep"):
+            self.skipTest("no grep")
+        environment = {"LC_ALL": "C", "GREP_COLORS": "ne"}
+        random.seed(20)
+        rounds = 40 if OPTIONS.emulator else 300
+        for _ in range(rounds):
+            alphabet = random.choice(("ab", "aAbB", "aA@`[{zZ", "aeiouxyz .,"))
+            def text(least, most, extra=""):
+                letters = random.choices(alphabet + extra, k=random.randint(least, most))
+                return "".join(letters).encode("latin-1")
+            files = ["f%d" % i for i in range(random.randint(0, 3))]
+            contents = [text(0, random.choice((5, 50, 500)), "\n\n\r\xe9") for _ in files]
+            for name, content in zip(files, contents):
+                self.write(name, content)
+            patterns = [text(0 if random.random() < 0.1 else 1, 4, random.choice(("", "", "\n")))
+                        for _ in range(random.choice((1, 1, 2, 3)))]
+            arguments = ["-F"] + [o for o in ("-i", "-n", "-c", "-o", "-v", "-l", "--color=always")
+                                  if random.random() < 0.3]
+            for pattern in patterns:
+                arguments += ["-e", pattern.decode()]
+            stdin = text(0, 100, "\n\n")
+            expected = subprocess.run(["grep"] + arguments + files, input=stdin,
+                                      stdout=subprocess.PIPE, env=dict(os.environ, **environment))
+            done = run(arguments + files, stdin, environment)
+            shown = (arguments, stdin, contents)
+            self.assertEqual(done.stdout, expected.stdout, shown)
+            self.assertEqual(done.returncode, expected.returncode, shown)
+
+
+class Buffers(InFolder):
+    def expect_like_model(self, content, needle, where):
+        """Selected lines, their numbers and the numbers of lines, from a naive search."""
+        self.write("f", content)
+        lines = content.split(b"\n")
+        if not lines[-1]:
+            lines.pop()
+        numbered = list(enumerate(lines, 1))
+        hits = [line for line in numbered if needle in line[1]]
+        if b"\0" in content:
+            shown = b"Binary file f matches\n" if hits else b""
+        else:
+            shown = b"".join(b"%d:%s\n" % line for line in hits)
+        text = needle.decode()
+        for options, expected in (("-Fn", shown), ("-Fc", b"%d\n" % len(hits)),
+                                  ("-Fcv", b"%d\n" % (len(lines) - len(hits)))):
+            done = run([options, text, "f"])
+            self.assertTrue(done.stdout == expected,
+                            (where, options, done.stdout[:80], expected[:80], done.stderr))
+
+    def test_places_around_the_end_of_the_buffer(self):
+        offsets = (-3, 0) if OPTIONS.emulator else range(-7, 3)
+        for line in (b"a line of text\n", b"x", b"\0y", b"ab\0" * 50000 + b"\n"):
+            for offset in offsets:
+                at = BUFFER + offset
+                body = (line * (2 * BUFFER // len(line) + 2))[:2 * BUFFER]
+                for needle in (b"q", b"needle"):
+                    for extra in (b"", b"\n"):
+                        content = body[:at] + needle + extra + body[at:]
+                        self.expect_like_model(content, needle, (line[:9], offset, needle, extra))
+
+    def test_long_patterns_in_pieces(self):
+        longest = 30000 if OPTIONS.emulator else 100000  # that a command line takes
+        needle = bytes(random.Random(3).choices(b"abc", k=longest))
+        for before in (10, BUFFER - 50000, 3 * BUFFER - 1):
+            self.expect_like_model(b"\0" + b"x" * before + needle + b"y" * 300000, needle, before)
+
+    def test_case_folding_in_every_place(self):
+        text = b"".join(b"%s\n" % bytes((c,)) * 3 for c in range(1, 256) if c != 10)
+        for letter in "k@[`{Z":
+            expected = 6 if letter.isalpha() else 3
+            self.assertEqual(run(["-Fic", letter], text).stdout, b"%d\n" % expected, letter)
+
+    def test_line_that_is_too_long(self):
+        for content, output, message, status in (
+                (b"x", b"first\n", rb"vekgrep: \(standard input\): a line is longer than 256 MiB; .*\n", 2),
+                (b"\0", b"Binary file (standard input) matches\n", b"", 0)):
+            with self.subTest(content=content), tempfile.TemporaryFile() as file:
+                file.write(b"first\n")
+                for _ in range(258):
+                    file.write(content * (1 << 20))
+                file.write(b"first\n")
+                file.seek(0)
+                done = run(["-F", "first"], file)
+                self.assertEqual(done.stdout, output)
+                self.assertRegex(done.stderr, b"^" + message + b"$")
+                self.assertEqual(done.returncode, status)
+                file.seek(0)
+                self.assertEqual(run(["-F", "-c", "first"], file).stdout, b"2\n")
+
+
+class Streams(InFolder):
+    def stream(self, shell, arguments, expected):
+        limit = None
+        if OPTIONS.bounded:
+            import resource
+            def limit():
+                resource.setrlimit(resource.RLIMIT_AS, (64 << 20, 64 << 20))
+        with subprocess.Popen(["sh", "-c", shell], stdout=subprocess.PIPE) as source:
+            done = run(arguments, source.stdout, preexec_fn=limit)
+            source.stdout.close()
+        self.assertEqual((done.stdout, done.stderr), (expected, b""))
+
+    def test_zero_bytes_without_end_of_line(self):
+        self.stream("head -c 2200M /dev/zero; echo needle; echo needle",
+                    ["-F", "needle"], b"Binary file (standard input) matches\n")
+
+    def test_lines_behind_2_31_bytes(self):
+        line = "all work and no play " * 50 + "\n"
+        self.write("block", line.encode() * 1000)
+        count = (2200 << 20) // len(line) // 1000
+        self.stream(f"yes block | head -n {count} | xargs cat; echo needle",
+                    ["-F", "-n", "needle"], b"%d:needle\n" % (count * 1000 + 1))
+
+
+if __name__ == "__main__":
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--program", required=True)
+    parser.add_argument("--emulator")
+    parser.add_argument("--bounded", action="store_true")
+    OPTIONS, rest = parser.parse_known_args()
+    unittest.main(argv=sys.argv[:1] + rest)
