@@ -14,7 +14,7 @@ namespace vekgrep {
 namespace {
 
 // Small enough to stay in the second-level cache between reading and searching.
-constexpr int32_t kUsualCapacity = 256 << 10;
+constexpr int32_t kUsualCapacity = 128 << 10;
 constexpr int32_t kLongestLine = 256 << 20;
 constexpr int32_t kPiecesPerOverlap = 4;  // keeps what is searched twice a small part
 

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "file_search.h"
 #include "platform.h"
@@ -64,10 +65,7 @@ int SearchFiles(const Options& options, Output& output) {
   return trouble ? kTrouble : found ? kFound : kNotFound;
 }
 
-}  // namespace
-
-int Run(const std::vector<std::string>& arguments) {
-  PrepareStreams();
+int RunOrThrow(const std::vector<std::string>& arguments) {
   const CommandLine commandLine = ParseCommandLine(arguments);
   Output output(WantsColor(commandLine.options.color));
   switch (commandLine.kind) {
@@ -81,6 +79,19 @@ int Run(const std::vector<std::string>& arguments) {
       break;
   }
   return Finish(output, SearchFiles(commandLine.options, output));
+}
+
+}  // namespace
+
+int Run(const std::vector<std::string>& arguments) {
+  PrepareStreams();
+  try {
+    return RunOrThrow(arguments);
+  } catch (const std::bad_alloc&) {
+    constexpr char kMessage[] = "vekgrep: not enough memory\n";
+    static_cast<void>(Write(kStandardError, kMessage, sizeof kMessage - 1));
+    return kTrouble;
+  }
 }
 
 }  // namespace vekgrep

@@ -36,25 +36,17 @@ class Searcher {
 
   struct Pattern {
     std::string bytes;
-    // For the search that ignores case: the place of the letter or other byte looked for, both of
-    // its cases, and the same for a second one.
-    bool anyCase = false;
-    int32_t place = 0;
-    uint8_t cases[2] = {};
-    int32_t secondPlace = 0;
-    uint8_t secondCases[2] = {};
-    // First occurrence at or behind where it was asked for last, or kNowhere.
-    int32_t next = -1;
+    int32_t next;  // its first occurrence behind where it was asked for last, or kNowhere
   };
 
-  void AddPattern(const std::string& bytes, bool ignoreCase);
-  int32_t Find(const Pattern& pattern, int32_t from) const;
-  int32_t FindAnyCase(const Pattern& pattern, int32_t from) const;
+  int32_t Find(const std::string& bytes, int32_t from) const;
 
   std::vector<Pattern> patterns;
   bool matchesEveryLine = false;
   int32_t longestPattern = 0;
-  const uint8_t* text = nullptr;
+  bool foldsCase = false;
+  std::vector<uint8_t> folded;    // the text in small letters, if foldsCase
+  const uint8_t* text = nullptr;  // what is searched
   int32_t length = 0;
 };
 
