@@ -16,6 +16,7 @@
 namespace vekch::kernels {
 
 constexpr int32_t kBlock = 16;
+constexpr int32_t kGroup = 4 * kBlock;  // what the kernels' main loops take in one step
 
 struct Block {
   __m128i lanes;

@@ -8,8 +8,6 @@
 namespace vekch::kernels {
 namespace {
 
-constexpr ptrdiff_t kGroup = 4 * kBlock;
-
 // From the end to the start. What the steps leave open at the ends is loaded before the first of
 // them and stored, overlapping, after the last.
 VEK_INLINE void MoveFromEnd(const uint8_t* source, uint8_t* destination, ptrdiff_t length) {
@@ -26,14 +24,13 @@ VEK_INLINE void MoveFromEnd(const uint8_t* source, uint8_t* destination, ptrdiff
 }  // namespace
 
 VEK_KERNEL void Move(const uint8_t* source, uint8_t* destination, int32_t length) {
-  if (length <= 0) {
+  if (length <= 0 || source == destination) {
     return;
   }
-  if (length <= kGroup) {
-    TransformShort(source, destination, length, Same{});
-  } else if (source > destination) {
+  // Up to two groups everything is loaded before anything is stored.
+  if (source > destination || length <= 2 * kGroup) {
     Transform(source, destination, length, Same{});
-  } else if (source < destination) {
+  } else {
     MoveFromEnd(source, destination, length);
   }
 }

@@ -3,7 +3,7 @@
 //   one member          a search for that byte
 //   up to 4             each block is compared with every member
 //   up to 16            the same, unless the source is long
-//   up to 64            and few source bytes: each of them is compared with the whole set
+//   more                in few source bytes: each of them is searched for in the set
 //   otherwise           a table of 256 entries is filled. In a long source, members that form no
 //                       more than four ranges of byte values are tested as ranges; else up to 16
 //                       members are compared with each block, and for more, bytes are looked up
@@ -17,8 +17,7 @@
 namespace vekch::kernels {
 namespace {
 
-constexpr int32_t kFewSourceBytes = 12;  // up to here a table costs more than comparing,
-constexpr int32_t kMostForFew = 64;      // with sets up to here
+constexpr int32_t kFewSourceBytes = 12;  // up to here a table costs more than comparing
 constexpr int32_t kLongSource = 256;     // from here on, finding the ranges pays
 
 // ---- The methods, for either direction.
@@ -171,10 +170,6 @@ VEK_INLINE bool NeedsNoTable(int32_t length, int32_t setLength) {
   return setLength <= 4 || (setLength <= kMostMembers && length < kLongSource);
 }
 
-VEK_INLINE bool IsForFew(int32_t length, int32_t setLength) {
-  return setLength <= kMostForFew && length <= kFewSourceBytes;
-}
-
 }  // namespace
 
 VEK_KERNEL int32_t FindAnyOf(const uint8_t* source, int32_t length, const uint8_t* set,
@@ -184,8 +179,8 @@ VEK_KERNEL int32_t FindAnyOf(const uint8_t* source, int32_t length, const uint8_
   }
   return NeedsNoTable(length, setLength)
              ? FindOfSmallSet(kForwardKernels, source, length, set, setLength)
-         : IsForFew(length, setLength) ? OfFewForward(source, length, set, setLength)
-                                       : FindFirstWithTable(source, length, set, setLength);
+         : length <= kFewSourceBytes ? OfFewForward(source, length, set, setLength)
+                                     : FindFirstWithTable(source, length, set, setLength);
 }
 
 VEK_KERNEL int32_t FindLastOf(const uint8_t* source, int32_t length, const uint8_t* set,
@@ -195,8 +190,8 @@ VEK_KERNEL int32_t FindLastOf(const uint8_t* source, int32_t length, const uint8
   }
   return NeedsNoTable(length, setLength)
              ? FindOfSmallSet(kBackwardKernels, source, length, set, setLength)
-         : IsForFew(length, setLength) ? OfFewBackward(source, length, set, setLength)
-                                       : FindLastWithTable(source, length, set, setLength);
+         : length <= kFewSourceBytes ? OfFewBackward(source, length, set, setLength)
+                                     : FindLastWithTable(source, length, set, setLength);
 }
 
 }  // namespace vekch::kernels

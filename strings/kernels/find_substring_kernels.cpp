@@ -1,12 +1,13 @@
-// Search for a substring, in up to three ways, each called when the one before it has been misled
-// too often:
+// Search for a substring. A position of the source is a candidate if chosen bytes of the needle
+// stand at their places behind it; candidates are found 64 positions a step, and each is compared
+// with the whole needle. Up to four ways are tried, each when the one before it has been misled too
+// often:
 //
-//   1. In a long source, the two bytes of the needle are chosen that texts hold least often. A
-//      position of the source is a candidate if both stand at their places behind it; candidates
-//      are found 64 positions a step, and each is compared with the whole needle.
-//   2. The same with four bytes of the needle: for a source in which the two occur too often, and
-//      for a short one, in which choosing takes longer than comparing four.
-//   3. The two-way method of Crochemore and Perrin: linear time, constant space.
+//   1. by one byte, in a long source: the one that texts hold least often, if it is rare at all
+//   2. by two bytes, in a long source: the two that texts hold least often
+//   3. by four bytes, spread over the needle; in a short source, where choosing would take longer
+//      than comparing, at once
+//   4. the two-way method of Crochemore and Perrin: linear time, constant space
 //
 // A text can be made so that false candidates abound. The bytes spent on them are counted, and what
 // may be spent is a fixed multiple of the positions passed: the whole is linear for every needle
@@ -24,6 +25,7 @@ namespace {
 
 constexpr int32_t kBytesToChooseFrom = 64;
 constexpr int32_t kLongSource = 1024;  // positions from which choosing bytes pays
+constexpr int32_t kRare = 32;          // a byte below this commonness is rare
 
 constexpr int32_t kGaveUp = -2;  // in place of a position: misled too often
 
@@ -52,8 +54,8 @@ struct Choice {
   int32_t offsets[kBytes];
 };
 
-// The two rarest bytes among the needle's first ones, at different places and, where the needle
-// has two, of different values.
+// The two rarest bytes among the needle's first ones, the rarest first, at different places and,
+// where the needle has two, of different values.
 VEK_INLINE Choice<2> RarestPair(const uint8_t* needle, int32_t needleLength) {
   const int32_t end = needleLength < kBytesToChooseFrom ? needleLength : kBytesToChooseFrom;
   int32_t rarest = 0;
@@ -73,18 +75,10 @@ VEK_INLINE Choice<2> RarestPair(const uint8_t* needle, int32_t needleLength) {
   return {{rarest, second}};
 }
 
-// The pair and the outermost other bytes that the needle has.
-VEK_INLINE Choice<4> AddTwo(const Choice<2>& pair, int32_t needleLength) {
-  const auto inPair = [&](int32_t i) { return i == pair.offsets[0] || i == pair.offsets[1]; };
-  int32_t low = 0;
-  int32_t high = needleLength - 1;
-  while (low < high && inPair(low)) {
-    ++low;
-  }
-  while (high > low && inPair(high)) {
-    --high;
-  }
-  return {{pair.offsets[0], pair.offsets[1], low, high}};
+// Four places from end to end, all different from a needle of four bytes on.
+VEK_INLINE Choice<4> SpreadFour(int32_t needleLength) {
+  const int32_t third = needleLength / 3;
+  return {{0, third, needleLength - 1 - third, needleLength - 1}};
 }
 
 // ---- Candidates
@@ -168,6 +162,7 @@ struct Allowance {
   int64_t perBlock;
 };
 
+constexpr Allowance kForOne = {512, 2};
 constexpr Allowance kForTwo = {1024, 2};
 constexpr Allowance kForFour = {4096, 64};
 
@@ -297,22 +292,22 @@ VEK_INLINE int32_t TwoWay(const uint8_t* source, int32_t length, const uint8_t* 
   return -1;
 }
 
-// ---- The ways in their order
+// ---- The ways in their order, each going on where the one before it gave up.
 
 template <Direction kDirection>
-VEK_INLINE int32_t FindWithFour(const Task& task, const Choice<2>& pair, int32_t passed) {
-  const Choice<4> choice = AddTwo(pair, task.needleLength);
-  const int32_t at = FindAmongMany<kDirection>(task, choice, kForFour, &passed);
+VEK_INLINE int32_t FindWithFour(const Task& task, int32_t passed) {
+  const int32_t at =
+      FindAmongMany<kDirection>(task, SpreadFour(task.needleLength), kForFour, &passed);
   return at != kGaveUp ? at
                        : TwoWay<kDirection>(task.source, task.positions + task.needleLength - 1,
                                             task.needle, task.needleLength, passed);
 }
 
-template <Direction kDirection, class WithFour>
-VEK_INLINE int32_t FindWithPair(const Task& task, const Choice<2>& pair, WithFour withFour) {
-  int32_t passed = 0;
-  const int32_t at = FindAmongMany<kDirection>(task, pair, kForTwo, &passed);
-  return at != kGaveUp ? at : withFour(task, pair, passed);
+template <Direction kDirection, int32_t kBytes, class Next>
+VEK_INLINE int32_t FindWithRare(const Task& task, const Choice<kBytes>& rare,
+                                const Allowance& allowance, int32_t passed, Next next) {
+  const int32_t at = FindAmongMany<kDirection>(task, rare, allowance, &passed);
+  return at != kGaveUp ? at : next(passed);
 }
 
 #define VEK_SUBSTRING_KERNELS(suffix, direction)                                                \
@@ -320,24 +315,32 @@ VEK_INLINE int32_t FindWithPair(const Task& task, const Choice<2>& pair, WithFou
     return FindAmongFew<direction>(task);                                                       \
   }                                                                                             \
   VEK_KERNEL __attribute__((noinline))                                                          \
-  int32_t WithFour##suffix(const Task& task, const Choice<2>& pair, int32_t passed) {           \
-    return FindWithFour<direction>(task, pair, passed);                                         \
+  int32_t WithFour##suffix(const Task& task, int32_t passed) {                                  \
+    return FindWithFour<direction>(task, passed);                                               \
   }                                                                                             \
   VEK_KERNEL __attribute__((noinline))                                                          \
-  int32_t WithPair##suffix(const Task& task, const Choice<2>& pair) {                           \
-    return FindWithPair<direction>(task, pair, WithFour##suffix);                               \
+  int32_t WithPair##suffix(const Task& task, const Choice<2>& pair, int32_t passed) {           \
+    return FindWithRare<direction>(task, pair, kForTwo, passed,                                 \
+                                   [&](int32_t p) { return WithFour##suffix(task, p); });       \
+  }                                                                                             \
+  VEK_KERNEL __attribute__((noinline))                                                          \
+  int32_t WithOne##suffix(const Task& task, const Choice<2>& pair) {                            \
+    return FindWithRare<direction>(task, Choice<1>{{pair.offsets[0]}}, kForOne, 0,              \
+                                   [&](int32_t p) { return WithPair##suffix(task, pair, p); }); \
   }                                                                                             \
   VEK_INLINE int32_t FindNeedle##suffix(const uint8_t* source, int32_t length,                  \
                                         const uint8_t* needle, int32_t needleLength) {          \
     const Task task = {source, needle, needleLength, length - needleLength + 1};                \
-    const Choice<2> ends = {{0, needleLength - 1}};                                             \
     if (task.positions < kBlock) {                                                              \
       return AmongFew##suffix(task);                                                            \
     }                                                                                           \
     if (task.positions < kLongSource) {                                                         \
-      return needleLength < 4 ? WithPair##suffix(task, ends) : WithFour##suffix(task, ends, 0); \
+      return needleLength < 4 ? WithPair##suffix(task, {{0, needleLength - 1}}, 0)              \
+                              : WithFour##suffix(task, 0);                                      \
     }                                                                                           \
-    return WithPair##suffix(task, RarestPair(needle, needleLength));                            \
+    const Choice<2> pair = RarestPair(needle, needleLength);                                    \
+    return kCommonness.of[needle[pair.offsets[0]]] < kRare ? WithOne##suffix(task, pair)        \
+                                                           : WithPair##suffix(task, pair, 0);   \
   }
 
 VEK_SUBSTRING_KERNELS(Forward, Direction::kForward)

@@ -22,8 +22,6 @@
 
 namespace vekch::kernels {
 
-constexpr int32_t kGroup = 4 * kBlock;
-
 // Strings longer than this pay for a further step with loads that cross no boundary of 64.
 constexpr int32_t kAlignFrom = 4 * kGroup;
 

@@ -11,8 +11,6 @@
 
 namespace vekch::kernels {
 
-constexpr ptrdiff_t kGroup = 4 * kBlock;
-
 template <class Word, class Supply>
 VEK_INLINE void StoreStep(const Supply& supply, uint8_t* destination, ptrdiff_t* at) {
   StoreWord(destination + *at, supply.template WordAt<Word>(*at));

@@ -1,7 +1,7 @@
 // The shape that the transforms of single bytes share: each byte of a source is mapped by itself
 // and stored at the same position of a destination.
 //
-//   up to 64 bytes   the two ends, overlapping where the length is not a power of two
+//   up to 128 bytes  the two ends, overlapping where the length is not a power of two
 //   beyond           64 bytes a step on the destination's block boundaries; what lies before the
 //                    first boundary and behind the last step is part of an overlapping first block
 //                    and of overlapping last 64 bytes
@@ -91,14 +91,19 @@ VEK_INLINE void TransformShort(const uint8_t* source, uint8_t* destination, int3
 template <class Map>
 VEK_INLINE void Transform(const uint8_t* source, uint8_t* destination, int32_t length,
                           const Map& map) {
-  if (length <= 4 * kBlock) {
+  if (length <= kGroup) {
     TransformShort(source, destination, length, map);
     return;
   }
-  const ptrdiff_t tail = length - 4 * kBlock;
-  const Block first = map(LoadAny(source));
+  const ptrdiff_t tail = length - kGroup;
   const FourBlocks last = MapFour(source + tail, 2 * kBlock, map);
-  for (ptrdiff_t i = kBlock - Misalignment(destination); i < tail; i += 4 * kBlock) {
+  if (length <= 2 * kGroup) {
+    StoreFour(destination, 2 * kBlock, MapFour(source, 2 * kBlock, map));
+    StoreFour(destination + tail, 2 * kBlock, last);
+    return;
+  }
+  const Block first = map(LoadAny(source));
+  for (ptrdiff_t i = kBlock - Misalignment(destination); i < tail; i += kGroup) {
     StoreFourAligned(destination + i, MapFour(source + i, 2 * kBlock, map));
   }
   StoreAny(destination, first);
