@@ -46,8 +46,9 @@ enum CategoryClass : uint8_t {
   kClassCount
 };
 
-// ---- The tables.
+// ---- The tables, which the generated source defines as constant expressions.
 
+// NOLINTBEGIN(bugprone-dynamic-static-initializers)
 extern const uint16_t kClassCategory[kClassCount];
 extern const uint8_t kAsciiClass[128];
 extern const uint8_t kCategoryPageOf[];
@@ -65,6 +66,7 @@ extern const char kScriptNames[];
 extern const char kBlockNames[];
 // A block's first code point and its size less one, both divided by 16: 20 bits and 12 bits.
 extern const uint32_t kBlockBounds[kBlockCount];
+// NOLINTEND(bugprone-dynamic-static-initializers)
 
 // ---- The look-ups.
 

@@ -215,11 +215,11 @@ function wrapped(items, separator = ',') {
 }
 
 const array = (declaration, items) =>
-  `const ${declaration}[] = {\n${wrapped(items.map(String))}\n};\n\n`;
+  `constexpr ${declaration}[] = {\n${wrapped(items.map(String))}\n};\n\n`;
 
 // Names each with a closing brace behind it.
 const nameList = (declaration, names) =>
-  `const char ${declaration}[] =\n${names.map((name) => `    "${name}}"`).join('\n')};\n\n`;
+  `constexpr char ${declaration}[] =\n${names.map((name) => `    "${name}}"`).join('\n')};\n\n`;
 
 function writeTables({ classes, deltas, scripts, scriptOf, blocks }) {
   const category = paged(covered(classes));
