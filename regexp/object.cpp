@@ -4,6 +4,8 @@
 #include "regexp/object.h"
 
 #include "frame/checks.h"
+#include "regexp/compiler.h"
+#include "strings/kernels/block_kernels.h"
 #include "vekch/regexp.h"
 
 vekStatus veksRegExpGetSize(const uint8_t* pattern, int32_t* size) noexcept {
@@ -13,6 +15,21 @@ vekStatus veksRegExpGetSize(const uint8_t* pattern, int32_t* size) noexcept {
   // The size wraps for a pattern that no 32-bit size can hold: it is not checked for.
   *size = static_cast<int32_t>(vekch::regexp::ObjectSize(vekch::regexp::LengthOf(pattern)));
   return StatusNoError;
+}
+
+vekStatus veksRegExpInit(const uint8_t* pattern, const uint8_t* options, RegExpState* state,
+                         int32_t* errorOffset) noexcept {
+  if (vekch::AnyNull(pattern, state, errorOffset)) {
+    return StatusNullPointer;
+  }
+  const uint32_t length = vekch::regexp::LengthOf(pattern);
+  vekch::kernels::Fill(0, reinterpret_cast<uint8_t*>(state),
+                       static_cast<int32_t>(vekch::regexp::ObjectSize(length)));
+  const vekch::regexp::Fault fault = vekch::regexp::Compile(pattern, length, options, state);
+  if (vekch::regexp::Failed(fault)) {
+    *errorOffset = static_cast<int32_t>(fault.place - pattern);
+  }
+  return fault.status;
 }
 
 vekStatus veksRegExpSetFormat(int32_t format, RegExpState* state) noexcept {

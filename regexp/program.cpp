@@ -35,4 +35,55 @@ static_assert(ObjectSize(1) - ObjectSize(0) == sizeof(ProgramNode));
 static_assert(OpChar == 0x10000000 && OpGrapheme == 0x1000001A);
 static_assert(RegExpOperationEnd == OpGrapheme + 1);
 
+int32_t FixedBodyLength(const ProgramNode& opening, int32_t count) {
+  const ProgramNode* body = &opening + 1;
+  int64_t length = 0;
+  int64_t lastWidth = 0;  // of what a quantifier would repeat
+  int64_t ofFirstAlternative = -1;
+  for (int32_t i = 0; i < count; ++i) {
+    const ProgramNode& node = body[i];
+    switch (WidthRule(node)) {
+      case RegExpWidthOne:
+        lastWidth = 1;
+        length += 1;
+        break;
+      case RegExpWidthRun:
+        length += node.b;
+        break;
+      case RegExpWidthClass:
+        lastWidth = 1;
+        length += 1;
+        i += node.b;
+        break;
+      case RegExpWidthRepeat:
+        // "a{0}" still counts as one "a".
+        length += node.a > 1 ? (int64_t{node.a} - 1) * lastWidth : 0;
+        break;
+      case RegExpWidthLookaround:
+        i += node.b;
+        break;
+      case RegExpWidthGroup:
+        if (NotedFixedLength(node) < 0) {
+          return -1;
+        }
+        lastWidth = NotedFixedLength(node);
+        length += lastWidth;
+        i += node.b;
+        break;
+      case RegExpWidthAlternative:
+        if (ofFirstAlternative >= 0 && length != ofFirstAlternative) {
+          return -1;
+        }
+        ofFirstAlternative = length;
+        length = 0;
+        break;
+      default:
+        break;
+    }
+    length = length < INT32_MAX ? length : INT32_MAX;
+  }
+  const bool isFixed = ofFirstAlternative < 0 || length == ofFirstAlternative;
+  return isFixed ? static_cast<int32_t>(length) : -1;
+}
+
 }  // namespace vekch::regexp

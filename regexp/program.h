@@ -33,6 +33,31 @@ constexpr bool IsLookaround(const ProgramNode& node) {
   return node.op >= OpLookbehind && node.op <= OpNegLookahead;
 }
 
+// How an operation counts in a fixed length: one of RegExpWidth...; an unknown one counts nothing.
+constexpr int32_t WidthRule(const ProgramNode& node) {
+#define VEKCH_REGEXP_WIDTH(name, width, zeroWidth, a, b, c, ptr) width,
+  constexpr int32_t kRules[] = {VEKCH_REGEXP_OPERATIONS(VEKCH_REGEXP_WIDTH)};
+#undef VEKCH_REGEXP_WIDTH
+  const uint32_t index = node.op - RegExpFirstOperation;
+  return index < RegExpOperationCount ? kRules[index] : RegExpWidthNone;
+}
+
+// The number of characters that the `count` records behind an opening record always consume, or
+// -1 if it is not fixed; what is longer than any subject counts as the longest.
+//
+// Groups inside the body (of the rule RegExpWidthGroup) are not walked again: NoteFixedLength has
+// put their lengths into `ptr` of their opening records, innermost first. So there is no
+// recursion, and each record is walked once for the group that it stands in.
+int32_t FixedBodyLength(const ProgramNode& opening, int32_t count);
+
+inline void NoteFixedLength(ProgramNode& opening) {
+  opening.ptr = static_cast<uint32_t>(FixedBodyLength(opening, opening.b));
+}
+
+inline int32_t NotedFixedLength(const ProgramNode& opening) {
+  return static_cast<int32_t>(opening.ptr);
+}
+
 inline ProgramNode* ProgramOf(RegExpState* state) {
   return reinterpret_cast<ProgramNode*>(state + 1);
 }

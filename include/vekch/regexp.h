@@ -3,7 +3,8 @@
  * Regular expressions: a pattern is compiled once into an object that the caller owns.
  *
  *   1. veksRegExpGetSize tells how large the object of a pattern is; the caller allocates it.
- *   2. veksRegExpSetMatchLimit and veksRegExpSetFormat adjust the compiled object.
+ *   2. veksRegExpInit compiles the pattern into it.
+ *   3. veksRegExpSetMatchLimit and veksRegExpSetFormat adjust it, if need be.
  *
  * The object is one block of memory, aligned to 8 bytes as malloc's blocks are, and nothing outside
  * it belongs to it. The library keeps no reference to it between calls; the caller frees it. It
@@ -12,6 +13,32 @@
  *
  * A search uses part of the object as its working memory: one object serves one search at a time,
  * and threads that search in parallel each compile their own.
+ *
+ * The pattern language:
+ *
+ *   .                        any character but a newline; with option s, any
+ *   ^ $                      start and end of the subject; with option m, of a line
+ *   \A \G \z \Z \b \B        start; start; end; end or before a last newline; word boundary; none
+ *   x* x+ x? x{n,m}          repetitions of the byte, class or group before: "{n}", "{n,}", "{,m}"
+ *                            and "{}" (none) too; as many as possible, with "?" behind as few
+ *   x|y                      alternatives, tried in order
+ *   (x) (?:x) (?>x)          capturing group; group; group that keeps its first way to match
+ *   (?=x) (?!x)              x follows; x does not follow
+ *   (?<=x) (?<!x)            x ends here; x does not end here; x is of one length
+ *   (?(1)x|y) (?(?=z)x|y)    x if group 1 took part, or if the look-around z holds; else y
+ *   (?imsx-imsx) (?i:x)      options for the rest of the group; for a group
+ *   (?#text) (?)             nothing
+ *   \1 to \9, \10 and on      what a group captured
+ *   \d \s \w \D \S \W        ASCII digits, white space but vertical tab, word bytes; all else
+ *   \p{Lu} \pL \P{Greek}     characters of a Unicode 5.1 category or script; all else
+ *   \X \C                    a character and the marks on it; a byte
+ *   \a \e \f \n \r \t \v     control characters; also \cX, \x41, \012
+ *   \x{3B1}                  a code point
+ *   \Q...\E                  literal text
+ *   [a-z\d[:alpha:]] [^x]    a character of a class; one outside of it
+ *
+ * Literal text is bytes: a quantifier repeats the last byte before it, so that a character of
+ * several bytes is to be repeated as "(?:x)+", "[x]+" or "\x{E9}+". In a class it is one member.
  */
 #ifndef VEKCH_REGEXP_H
 #define VEKCH_REGEXP_H
@@ -38,6 +65,44 @@ typedef struct RegExpState RegExpState;
  *     veksRegExpGetSize((const uint8_t*)"a+b", &size);  // 48128
  */
 VEKCH_API vekStatus veksRegExpGetSize(const uint8_t* pattern, int32_t* size) VEKCH_NOEXCEPT;
+
+/**
+ * Compiles a zero-terminated pattern into `state`, a block of at least the size that
+ * veksRegExpGetSize gives for it, aligned to 8 bytes. The block may hold an object already, which
+ * is lost. The pattern must not lie in the block, and is not needed afterwards.
+ *
+ * `options` is a zero-terminated string of letters, or null for none; a letter may be repeated:
+ *
+ *   s  "." matches a newline as well
+ *   m  "^" and "$" match at line breaks as well
+ *   i  letters match in both cases: ASCII letters, and code points given as such
+ *   x  white space and comments from "#" to the end of the line are no part of the pattern
+ *   g  every match, not the first alone
+ *
+ * On success the match limit is 10000 and the format 1 (UTF-8), and nothing is written through
+ * `errorOffset`. If the pattern or an option is at fault, `*errorOffset` is set to the offset of
+ * the place in the pattern (0 for an option), the length of the pattern where its end comes too
+ * early. The block is then of no use, though it may look like a compiled object: don't search with
+ * it.
+ *
+ * At most 999 groups, each of them nested at most 999 deep, and 65535 in a repetition.
+ *
+ * Status, in order: StatusNullPointer if `pattern`, `state` or `errorOffset` is null, and nothing
+ * is written; StatusRegExpOptionError for another letter. Then, for the whole pattern,
+ * StatusRegExpSyntaxError if groups are not balanced or too many and StatusRegExpClassError if a
+ * class is not closed. Then, at the first place at fault: StatusRegExpEscapeError for a malformed
+ * escape; StatusRegExpClassError for a malformed class; StatusRegExpFormatError for a reference to
+ * a group that does not exist; StatusRegExpQuantifierError for a quantifier with nothing to
+ * repeat, a second quantifier, or numbers too large or in the wrong order; StatusRegExpSyntaxError
+ * for any other malformed structure. Otherwise StatusNoError.
+ *
+ *     int32_t size, offset;
+ *     veksRegExpGetSize(pattern, &size);
+ *     RegExpState* state = (RegExpState*)malloc((size_t)size);
+ *     if (veksRegExpInit(pattern, (const uint8_t*)"i", state, &offset) != StatusNoError) ...
+ */
+VEKCH_API vekStatus veksRegExpInit(const uint8_t* pattern, const uint8_t* options,
+                                   RegExpState* state, int32_t* errorOffset) VEKCH_NOEXCEPT;
 
 /**
  * Sets how the subjects of later searches are read: 1, where an object starts, as UTF-8, where one

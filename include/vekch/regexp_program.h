@@ -38,6 +38,17 @@ enum {
  * The operations, in the order of their codes: name, width rule, whether it is zero-width, and
  * what the operands a, b, c and ptr hold ("" for one that is not used). One list feeds the codes,
  * the names that tools print and the fixed-length rule.
+ *
+ * Items of a class (OpChar, OpClassRange, OpCharType, OpCodePoint, OpCategory, OpRange, OpScript,
+ * OpGrapheme behind an OpClass) are never executed on their own. The `c` of an OpChar, an
+ * OpClassRange or an OpCharType among them is -1 where a negated name such as "[:^alpha:]" stands
+ * for them, and 0 otherwise. The complement is that of all items of the name together: `ptr` of
+ * the first of them is their number. (An OpCharType has its letter changed instead, to 'W'.)
+ *
+ * `serial` is the group's place in the order of all opening brackets that open groups, from 1; it
+ * is negative in the records of atomic groups and look-arounds. `extent` counts the records
+ * between a group's opening record and its OpGroupEnd. The `flag` of an OpGroupEnd is 1 if the body
+ * is one character and its quantifier, -1 if the group is quantified as well, else 0.
  */
 #define VEKCH_REGEXP_OPERATIONS(X)                                               \
   X(OpChar, RegExpWidthOne, 0, "byte", "", "options", "")                        \
@@ -47,7 +58,7 @@ enum {
   X(OpCharType, RegExpWidthOne, 0, "letter", "", "", "")                         \
   X(OpAssert, RegExpWidthNone, 1, "letter", "", "", "")                          \
   X(OpAlternative, RegExpWidthAlternative, 1, "serial", "options", "", "")       \
-  X(OpClassRange, RegExpWidthNone, 0, "lowest", "highest", "", "")               \
+  X(OpClassRange, RegExpWidthNone, 0, "lowest", "highest", "negated", "")        \
   X(OpLazy, RegExpWidthRepeat, 0, "minimum", "maximum", "", "")                  \
   X(OpGreedy, RegExpWidthRepeat, 0, "minimum", "maximum", "", "")                \
   X(OpLookbehind, RegExpWidthLookaround, 1, "serial", "extent", "length", "")    \
@@ -62,7 +73,7 @@ enum {
   X(OpGroupEnd, RegExpWidthNone, 1, "serial", "options", "flag", "")             \
   X(OpSetOptions, RegExpWidthNone, 1, "options", "", "", "")                     \
   X(OpAnyByte, RegExpWidthNone, 0, "", "", "", "")                               \
-  X(OpCodePoint, RegExpWidthOne, 0, "code point", "", "options", "")             \
+  X(OpCodePoint, RegExpWidthOne, 0, "code point", "", "", "")                    \
   X(OpCategory, RegExpWidthOne, 0, "mask", "negated", "", "")                    \
   X(OpRange, RegExpWidthOne, 0, "lowest", "highest", "negated", "")              \
   X(OpScript, RegExpWidthOne, 0, "", "negated", "ranges", "range list")          \
@@ -88,7 +99,7 @@ typedef struct ProgramNode {
   int32_t a;   /* directly behind `op`: both are read as one word where that tells an operation */
   int32_t b;
   int32_t c;
-  uint64_t ptr; /* address of a literal run or of a script's list of ranges */
+  uint64_t ptr; /* address of a literal run or of a script's list of ranges; 0 */
 } ProgramNode;
 
 /** First word of a compiled object: the characters "rgEx". */

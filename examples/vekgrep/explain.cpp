@@ -1,0 +1,126 @@
+#include "explain.h"
+
+#include <cstdio>
+#include <string_view>
+
+namespace vekgrep {
+namespace {
+
+struct Operation {
+  const char* name;
+  std::string_view a;
+  std::string_view b;
+  std::string_view c;
+  std::string_view ptr;
+};
+
+#define VEKGREP_OPERATION(name, width, zeroWidth, a, b, c, ptr) {#name, a, b, c, ptr},
+constexpr Operation kOperations[] = {VEKCH_REGEXP_OPERATIONS(VEKGREP_OPERATION)};
+#undef VEKGREP_OPERATION
+
+std::string Hex(uint32_t value) {
+  char text[16];
+  std::snprintf(text, sizeof text, "0x%02X", value);
+  return text;
+}
+
+std::string Character(int32_t value) {
+  return value > ' ' && value < 0x7F ? std::string{'\'', static_cast<char>(value), '\''}
+                                     : Hex(static_cast<uint32_t>(value));
+}
+
+std::string OptionLetters(int32_t options) {
+  std::string letters;
+  for (const char letter : {'s', 'm', 'i', 'x', 'g'}) {
+    if ((options & 1) != 0) {
+      letters += letter;
+    }
+    options >>= 1;
+  }
+  return letters;
+}
+
+std::string Quoted(const char* bytes, int32_t length) {
+  std::string text = "\"";
+  for (int32_t i = 0; i < length; ++i) {
+    const auto byte = static_cast<unsigned char>(bytes[i]);
+    text += byte < ' ' || byte == 0x7F ? "<" + Hex(byte) + ">" : std::string(1, bytes[i]);
+  }
+  return text + "\"";
+}
+
+bool IsCharacter(std::string_view label) {
+  return label == "byte" || label == "letter" || label == "lowest" || label == "highest" ||
+         label == "code point";
+}
+
+// "" where there is nothing to tell.
+std::string Operand(std::string_view label, int32_t value) {
+  const bool onlyIfSet = label == "options" || label == "negated" || label == "flag";
+  if (label.empty() || (onlyIfSet && value == 0)) {
+    return "";
+  }
+  const std::string text = IsCharacter(label)         ? Character(value)
+                           : label == "options"       ? OptionLetters(value)
+                           : label == "mask"          ? Hex(static_cast<uint32_t>(value))
+                           : value == RegExpUnbounded ? "unbounded"
+                                                      : std::to_string(value);
+  return " " + std::string(label) + "=" + text;
+}
+
+bool IsOpening(uint32_t op) { return op >= OpLookbehind && op <= OpAtomic; }
+
+std::string DescribeRecord(const ProgramNode& node, bool isItem) {
+  const uint32_t index = node.op - RegExpFirstOperation;
+  if (index >= RegExpOperationCount) {
+    return "unknown operation " + Hex(node.op);
+  }
+  const Operation& operation = kOperations[index];
+  std::string text = operation.name;
+  text += Operand(operation.a, node.a);
+  text += Operand(operation.b, node.b);
+  text += Operand(isItem && node.op <= OpCharType ? "negated" : operation.c, node.c);
+  if (node.op == OpString) {
+    text += " " + Quoted(reinterpret_cast<const char*>(static_cast<uintptr_t>(node.ptr)), node.b);
+  } else if (isItem && node.c != 0 && node.ptr != 0 && node.op != OpScript) {
+    text += " together=" + std::to_string(node.ptr);
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string ListProgram(const RegExpState& state) {
+  const auto* nodes = reinterpret_cast<const ProgramNode*>(&state + 1);
+  std::string listing;
+  size_t depth = 0;
+  int32_t itemsEnd = 0;
+  for (int32_t i = 0; i < state.nodeCount; ++i) {
+    const ProgramNode& node = nodes[i];
+    depth -= node.op == OpGroupEnd && depth > 0 ? 1 : 0;
+    const bool isItem = i < itemsEnd;
+    char number[16];
+    std::snprintf(number, sizeof number, "%4d  ", i);
+    listing += number + std::string(2 * (depth + (isItem ? 1 : 0)), ' ');
+    listing += DescribeRecord(node, isItem) + "\n";
+    depth += IsOpening(node.op) ? 1 : 0;
+    itemsEnd = node.op == OpClass ? i + node.b + 1 : itemsEnd;
+  }
+  return listing + "   search mode " + std::to_string(state.searchMode) + ", required literal " +
+         std::to_string(state.requiredLiteralIndex) + ", captures " +
+         std::to_string(state.captureCount) + "\n";
+}
+
+std::string DescribeFault(const std::string& pattern, vekStatus status, int32_t offset) {
+  std::string caret;
+  for (size_t i = 0; i < static_cast<size_t>(offset) && i < pattern.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(pattern[i]);
+    // A tab moves the caret as it moves the pattern; the bytes that go on a character take no room.
+    if (byte == '\t' || (byte & 0xC0) != 0x80) {
+      caret += byte == '\t' ? '\t' : ' ';
+    }
+  }
+  return pattern + "\n" + caret + "^\n" + vekStatusText(status) + "\n";
+}
+
+}  // namespace vekgrep
