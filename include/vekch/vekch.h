@@ -24,6 +24,7 @@
 #include "vekch/hash.h"
 #include "vekch/regexp.h"
 #include "vekch/status.h"
+#include "vekch/trim.h"
 #include "vekch/utf.h"
 #include "vekch/version.h"
 
