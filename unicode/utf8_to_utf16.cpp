@@ -10,8 +10,8 @@
 //   0xxxxxxx                                first      xxxxxxx        0
 //   110aaabb 10cccccc                       first      bbcccccc       00000aaa
 //   1110aaaa 10bbbbcc 10dddddd              second     ccdddddd       aaaabbbb
-//   11110aaa 10bbcccc 10ddeeee 10ffffff     second     (high surrogate, see PairHigh)
-//                                           third      eeffffff       110111dd
+//   11110aaa 10bbcccc 10ddeeff 10gggggg     second     (high surrogate, see HighSurrogates)
+//                                           third      ffgggggg       110111ee
 //
 // A step stores up to four units more than it makes. That is harmless where the text still to come
 // must fill them; elsewhere a step works beside the destination and only what it made is copied.
@@ -110,52 +110,59 @@ VEK_INLINE void ConvertAsciiRun(Cursor& at) {
 struct PackRow {
   uint64_t byOne;  // places to which the unit one place above moves
   uint64_t byTwo;
+  uint64_t bytes;  // that the kept units fill
+  uint64_t unused;
 };
 
 struct PackTable {
-  alignas(16) PackRow rows[16];
-  uint8_t bytes[16];  // that the kept units fill
+  alignas(32) PackRow rows[16];  // for each set of kept places
 };
+
+constexpr PackRow MakePackRow(int kept) {
+  PackRow row = {};
+  int dropped = 0;
+  for (int place = 0; place < 4; ++place) {
+    if ((kept >> place & 1) == 0) {
+      ++dropped;
+      continue;
+    }
+    row.bytes += kUnit;
+    if ((dropped & 1) != 0) {
+      row.byOne |= uint64_t{0xFFFF} << (16 * (place - 1));
+    }
+    if ((dropped & 2) != 0) {
+      row.byTwo |= uint64_t{0xFFFF} << (16 * (place - dropped));
+    }
+  }
+  return row;
+}
 
 constexpr PackTable MakePackTable() {
   PackTable table = {};
   for (int kept = 0; kept < 16; ++kept) {
-    int dropped = 0;
-    for (int place = 0; place < 4; ++place) {
-      if ((kept >> place & 1) == 0) {
-        ++dropped;
-        continue;
-      }
-      table.bytes[kept] = static_cast<uint8_t>(table.bytes[kept] + kUnit);
-      if ((dropped & 1) != 0) {
-        table.rows[kept].byOne |= uint64_t{0xFFFF} << (16 * (place - 1));
-      }
-      if ((dropped & 2) != 0) {
-        table.rows[kept].byTwo |= uint64_t{0xFFFF} << (16 * (place - dropped));
-      }
-    }
+    table.rows[kept] = MakePackRow(kept);
   }
   return table;
 }
 
 constexpr PackTable kPack = MakePackTable();
 
-VEK_INLINE Block LoadPackRow(uint32_t kept) {
-  return LoadAligned(reinterpret_cast<const uint8_t*>(&kPack.rows[kept]));
+VEK_INLINE Block LoadMoves(const PackRow& row) {
+  return LoadAligned(reinterpret_cast<const uint8_t*>(&row));
 }
 
 // Returns where the next unit goes. Stores up to 8 units.
 VEK_INLINE uint8_t* StoreKept(uint8_t* to, Block units, uint32_t kept) {
-  const uint32_t first = kept & 15;
-  const uint32_t second = kept >> 4 & 15;
-  const Block rowOfFirst = LoadPackRow(first);
-  const Block rowOfSecond = LoadPackRow(second);
-  units = Select(LowHalves(rowOfFirst, rowOfSecond), HalvesDown<16>(units), units);
-  units = Select(HighHalves(rowOfFirst, rowOfSecond), HalvesDown<32>(units), units);
+  const PackRow& first = kPack.rows[kept & 15];
+  const PackRow& second = kPack.rows[kept >> 4 & 15];
+  const Block moves = LoadMoves(first);
+  const Block movesOfSecond = LoadMoves(second);
+  units = Select(LowHalves(moves, movesOfSecond), HalvesDown<16>(units), units);
+  units = Select(HighHalves(moves, movesOfSecond), HalvesDown<32>(units), units);
   StoreLowHalf(to, units);
-  to += kPack.bytes[first];
+  to += first.bytes;
   StoreHighHalf(to, units);
-  return to + kPack.bytes[second];
+  return to + second.bytes;
 }
 
 // ---- A mix of well-formed characters of up to kLongest bytes.
@@ -174,105 +181,105 @@ VEK_INLINE Leads FindLeads(Block bytes) {
           kLongest >= 4 ? InRange(bytes, MakeRange(0xF0, 0xF7)) : ZeroBlock()};
 }
 
-// The second bytes that make a character of three or four bytes overlong.
+// The same as bits, with all other bytes of interest.
+struct ByteKinds {
+  uint32_t ascii;
+  uint32_t two;
+  uint32_t three;
+  uint32_t four;
+  uint32_t continuation;
+};
+
 template <int kLongest>
-VEK_INLINE Block FindOverlong(Block bytes) {
-  const Block before = LanesUp<1>(bytes);
-  Block found = ZeroBlock();
+VEK_INLINE ByteKinds KindsOfBytes(Block bytes, const Leads& leads) {
+  return {LaneBits(bytes) ^ 0xFFFF, LaneBits(leads.two), kLongest >= 3 ? LaneBits(leads.three) : 0,
+          kLongest >= 4 ? LaneBits(leads.four) : 0, LaneBits(SignedBelow(bytes, Splat(0xC0)))};
+}
+
+// Whether every byte has its place in a character; what stands behind the block is not looked at.
+VEK_INLINE bool WellPlaced(const ByteKinds& kinds) {
+  const uint32_t lead = kinds.two | kinds.three | kinds.four;
+  const uint32_t due = (lead << 1) | ((kinds.three | kinds.four) << 2) | (kinds.four << 3);
+  return (((due ^ kinds.continuation) & 0xFFFF) |
+          (kinds.ascii ^ lead ^ kinds.continuation ^ 0xFFFF)) == 0;
+}
+
+// The bytes that units stand at, of the characters that the block's end does not cut.
+VEK_INLINE uint32_t KeptBytes(const ByteKinds& kinds) {
+  const uint32_t four = kinds.four & 0x1FFF;
+  return kinds.ascii | (kinds.two & 0x7FFF) | ((kinds.three & 0x3FFF) << 1) | (four << 1) |
+         (four << 2);
+}
+
+// Bytes of a well-formed block up to the character, if any, that the block's end cuts. Looked up in
+// memory again, not in the bits, since the next step waits for it.
+template <int kLongest>
+VEK_INLINE int32_t WholeCharacters(const uint8_t* p) {
+  int32_t length = kBlock - static_cast<int32_t>(p[15] >= 0xC0);
   if constexpr (kLongest >= 3) {
-    found = (before == Splat(0xE0)) & InRange(bytes, MakeRange(0x80, 0x9F));
+    length -= 2 * static_cast<int32_t>(p[14] >= 0xE0);
   }
   if constexpr (kLongest >= 4) {
-    found = found | ((before == Splat(0xF0)) & InRange(bytes, MakeRange(0x80, 0x8F)));
+    length -= 3 * static_cast<int32_t>(p[13] >= 0xF0);
   }
-  return found;
+  return length;
 }
 
-// Whether the block is made of ASCII and of well-formed characters behind these leads. What stands
-// behind the block is not looked at.
-template <int kLongest>
-VEK_INLINE bool WellFormed(Block bytes, const Leads& leads) {
-  const uint32_t two = LaneBits(leads.two);
-  const uint32_t three = LaneBits(leads.three);
-  const uint32_t four = LaneBits(leads.four);
-  const uint32_t lead = two | three | four;
-  const uint32_t expected = ((lead << 1) | ((three | four) << 2) | (four << 3)) & 0xFFFF;
-  const uint32_t continuation = LaneBits(InRange(bytes, MakeRange(0x80, 0xBF)));
-  const uint32_t faults = (expected ^ continuation) | (LaneBits(bytes) ^ (lead | continuation)) |
-                          LaneBits(FindOverlong<kLongest>(bytes));
-  return faults == 0;
-}
-
-// Bytes of a well-formed block up to the character, if any, that the block's end cuts.
-VEK_INLINE int32_t WholeCharacters(const uint8_t* p) {
-  return kBlock - static_cast<int32_t>(p[15] >= 0xC0) - 2 * static_cast<int32_t>(p[14] >= 0xE0) -
-         3 * static_cast<int32_t>(p[13] >= 0xF0);
-}
+// The units at all bytes, of which those at the kept bytes count, and the bytes at which an
+// overlong form of three or four bytes shows.
+struct FoundUnits {
+  UnitBytes units;
+  Block overlong;
+};
 
 // The high surrogates, at the second bytes of four. The subtraction of 0x10000 from the value is
-// one of 1 from aaabb:
+// one of 1 from aaabb, which must not be 0:
 //
 //   11110aaa 10bbcccc 10dd....    high byte 110110aa, from aaabb - 1
 //                                 low byte  bbccccdd, less 0x40
-VEK_INLINE UnitBytes PairHigh(Block bytes) {
+VEK_INLINE FoundUnits HighSurrogates(Block bytes, Block seconds) {
   const Block borrow = (bytes & Splat(0x30)) == ZeroBlock();  // all ones, that is -1
-  return {(BitsUp<2>(bytes) + Splat(0xC0)) | (BitsDown<4>(LanesDown<1>(bytes)) & Splat(0x03)),
-          ((LanesUp<1>(bytes) + borrow) & Splat(0x03)) | Splat(0xD8)};
+  const Block upper = (LanesUp<1>(bytes) & Splat(0x07)) + borrow;
+  return {{(BitsUp<2>(bytes) + Splat(0xC0)) | (BitsDown<4>(LanesDown<1>(bytes)) & Splat(0x03)),
+           (upper & Splat(0x03)) | Splat(0xD8)},
+          SignedBelow(upper & seconds, ZeroBlock())};
 }
 
-// Puts the surrogates to where they are kept: the high ones, at hand at the second bytes of four,
-// and the low ones, at hand at the third. In swapped order the pair comes low first, and as its
-// bytes are not swapped, they are swapped here against the swapping that follows.
-template <bool kSwapped>
-VEK_INLINE UnitBytes PlacePairs(const UnitBytes& units, const UnitBytes& high, const UnitBytes& low,
-                                Block second, Block third) {
-  if constexpr (kSwapped) {
-    return {Select(third, LanesUp<1>(high.high), Select(second, LanesDown<1>(low.high), units.low)),
-            Select(third, LanesUp<1>(high.low), Select(second, LanesDown<1>(low.low), units.high))};
-  }
-  return {Select(third, low.low, Select(second, high.low, units.low)),
-          Select(third, low.high, Select(second, high.high, units.high))};
-}
-
-// The units at all bytes and which bytes are those that units stand at.
-struct Candidates {
-  UnitBytes units;
-  Block kept;
-};
-
-template <bool kSwapped, int kLongest>
-VEK_INLINE Candidates FindUnits(Block bytes, const Leads& leads) {
-  const Block middle = LanesUp<1>(leads.three);
-  const Block multi = leads.two | middle;
+template <int kLongest>
+VEK_INLINE FoundUnits FindUnits(Block bytes, const Leads& leads) {
   const Block low = BitsUp<6>(bytes) | (LanesDown<1>(bytes) & Splat(0x3F));
-  Block high = BitsDown<2>(bytes) & Splat(0x0F);
-  if constexpr (kLongest >= 3) {
-    high = high | (BitsUp<4>(LanesUp<1>(bytes)) & middle);
+  const Block high = BitsDown<2>(bytes) & Splat(0x0F);
+  if constexpr (kLongest == 2) {
+    return {{Select(leads.two, low, bytes), high & leads.two}, ZeroBlock()};
   }
-  const UnitBytes units = {Select(multi, low, bytes), high & multi};
-  if constexpr (kLongest < 4) {
-    return {units, multi};
+  const Block middles = LanesUp<1>(leads.three);
+  const Block highOfThree = high | BitsUp<4>(LanesUp<1>(bytes));
+  const Block overlong = middles & ((highOfThree & Splat(0xF8)) == ZeroBlock());
+  const Block highs = (high & leads.two) | (highOfThree & middles);
+  const Block multi = leads.two | middles;
+  if constexpr (kLongest == 3) {
+    return {{Select(multi, low, bytes), highs}, overlong};
   }
-  const Block second = LanesUp<1>(leads.four);
-  const Block third = LanesUp<2>(leads.four);
-  const UnitBytes pairLow = {low, (BitsDown<2>(bytes) & Splat(0x03)) | Splat(0xDC)};
-  return {PlacePairs<kSwapped>(units, PairHigh(bytes), pairLow, second, third),
-          multi | second | third};
+  const Block seconds = LanesUp<1>(leads.four);
+  const Block thirds = LanesUp<2>(leads.four);
+  const FoundUnits surrogates = HighSurrogates(bytes, seconds);
+  return {{Select(seconds, surrogates.units.low, Select(multi | thirds, low, bytes)),
+           highs | (thirds & (high | Splat(0xDC))) | (seconds & surrogates.units.high)},
+          overlong | surrogates.overlong};
 }
 
 template <bool kSwapped, int kLongest>
 VEK_INLINE bool ConvertMix(Cursor& at, Block bytes) {
   const Leads leads = FindLeads<kLongest>(bytes);
-  if (!WellFormed<kLongest>(bytes, leads)) {
+  const ByteKinds kinds = KindsOfBytes<kLongest>(bytes, leads);
+  const FoundUnits found = FindUnits<kLongest>(bytes, leads);
+  if (!WellPlaced(kinds) || (kLongest > 2 && LaneBits(found.overlong) != 0)) {
     return false;
   }
-  const Candidates found = FindUnits<kSwapped, kLongest>(bytes, leads);
-  const int32_t length = WholeCharacters(at.from);
-  const uint32_t ascii = LaneBits(bytes) ^ 0xFFFF;
-  const uint32_t kept = (LaneBits(found.kept) | ascii) & ((1U << length) - 1);
-  at.to = StoreKept(at.to, FirstUnits<kSwapped>(found.units), kept & 0xFF);
+  const uint32_t kept = KeptBytes(kinds);
+  at.to = StoreKept(at.to, FirstUnits<kSwapped>(found.units), kept);
   at.to = StoreKept(at.to, LastUnits<kSwapped>(found.units), kept >> 8);
-  at.from += length;
+  at.from += WholeCharacters<kLongest>(at.from);
   return true;
 }
 
@@ -339,7 +346,10 @@ VEK_INLINE bool ConvertBlock(Cursor& at, Block bytes) {
   if (LaneBits(InRange(bytes, MakeRange(0xF0, 0xFF))) == 0) {
     return ConvertMix<kSwapped, 3>(at, bytes);
   }
-  return ConvertMix<kSwapped, 4>(at, bytes);
+  // A step of its own for runs of four-byte characters gained nothing: emoji come one to three
+  // among words. Pairs in swapped order, with their own order of units and bytes, are left to the
+  // rule.
+  return !kSwapped && ConvertMix<false, 4>(at, bytes);
 }
 
 template <bool kSwapped, Stores kStores>

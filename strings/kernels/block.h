@@ -76,10 +76,11 @@ VEK_INLINE void StoreAligned(uint8_t* p, Block b) {
   _mm_store_si128(reinterpret_cast<__m128i*>(p), b.lanes);
 }
 
+// Bytes compared as signed ones, for which 0x80 is the lowest.
+VEK_INLINE Block SignedBelow(Block a, Block b) { return {_mm_cmplt_epi8(a.lanes, b.lanes)}; }
+
 // The lanes of a where the mask is set, those of b where it is clear.
-VEK_INLINE Block Select(Block mask, Block a, Block b) {
-  return {_mm_or_si128(_mm_and_si128(mask.lanes, a.lanes), _mm_andnot_si128(mask.lanes, b.lanes))};
-}
+VEK_INLINE Block Select(Block mask, Block a, Block b) { return ((a ^ b) & mask) ^ b; }
 
 // Every byte's bits moved, zeros moved in.
 template <int kCount>
