@@ -33,10 +33,7 @@ VEK_INLINE int32_t FindByteByByte(const uint8_t* source, int32_t length, const u
                                   int32_t setLength) {
   for (int32_t step = 0; step < length; ++step) {
     const int32_t i = kDirection == Direction::kForward ? step : length - 1 - step;
-    const EqualsByte probe = {set, Splat(source[i])};
-    const uint64_t bits =
-        setLength <= 2 * kBlock ? EndsBits<16>(probe, setLength) : EndsBits<32>(probe, setLength);
-    if (bits != 0) {
+    if (FirstHit(EqualsByte{set, Splat(source[i])}, setLength) >= 0) {
       return i;
     }
   }
