@@ -139,8 +139,6 @@ class Table(InFolder):
 
     @unittest.skipIf(os.name != "posix" or not os.path.exists("/dev/full"), "needs /dev/full")
     def test_output_that_fails(self):
-        if OPTIONS.emulator:
-            self.skipTest("emulated devices differ")
         reader, writer = os.pipe()
         os.close(reader)
         for output, reason in (("/dev/full", b"No space left"), (writer, b"Broken pipe")):
@@ -280,6 +278,11 @@ class Streams(InFolder):
     def test_zero_bytes_without_end_of_line(self):
         self.stream("head -c 2200M /dev/zero; echo needle; echo needle",
                     ["-F", "needle"], b"Binary file (standard input) matches\n")
+
+    def test_no_more_is_read_than_needed(self):
+        self.stream("yes needle", ["-F", "-l", "needle"], b"(standard input)\n")
+        self.stream("yes needle | tr '\\n' '\\0'", ["-F", "needle"],
+                    b"Binary file (standard input) matches\n")
 
     def test_lines_behind_2_31_bytes(self):
         line = "all work and no play " * 50 + "\n"

@@ -47,7 +47,11 @@ int64_t ReadOnce(int file, void* buffer, size_t size) {
 }
 
 int64_t WriteOnce(int file, const void* data, size_t size) {
-  return _write(file, data, static_cast<unsigned>(size));
+  const int count = _write(file, data, static_cast<unsigned>(size));
+  if (count < 0 && GetLastError() == ERROR_NO_DATA) {
+    errno = EPIPE;  // the run-time library says "invalid argument"
+  }
+  return count;
 }
 
 #else
