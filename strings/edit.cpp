@@ -10,7 +10,7 @@ namespace vekch {
 namespace {
 
 using kernels::CopyPiece;
-using kernels::Move;
+using kernels::MovePiece;
 
 // Whether a range of `number` bytes from `start` on lies inside a string. The sum can't wrap.
 VEK_INLINE bool LiesInside(int32_t start, int32_t number, int32_t length) {
@@ -62,9 +62,18 @@ VEK_INLINE vekStatus Insert(const uint8_t* source, int32_t sourceLength, const u
   }
   // The rest moves out of the way before the text is stored.
   uint8_t* const text = destination + startIndex;
-  Move(source + startIndex, text + insertedLength, sourceLength - startIndex);
+  MovePiece(source + startIndex, text + insertedLength, sourceLength - startIndex);
   CopyPiece(inserted, text, insertedLength);
   return StatusNoError;
+}
+
+constexpr int32_t kFewBytes = 4;
+
+VEK_INLINE void ReplaceFew(const uint8_t* source, uint8_t* destination, int32_t length,
+                           uint8_t oldValue, uint8_t newValue) {
+  for (int32_t i = 0; i < length; ++i) {
+    destination[i] = source[i] == oldValue ? newValue : source[i];
+  }
 }
 
 struct ReplaceByte {
@@ -75,6 +84,19 @@ struct ReplaceByte {
     return kernels::Select(b == oldValue, newValue, b);
   }
 };
+
+// Most pieces end within the next 16 bytes.
+VEK_INLINE int32_t FindDelimiter(const uint8_t* source, int32_t length, uint8_t delimiter) {
+  using namespace kernels;
+  if (length <= kBlock) {
+    return FindByte(source, length, delimiter);
+  }
+  if (const uint32_t bits = LaneBits(LoadAny(source) == Splat(delimiter)); bits != 0) {
+    return LowestBit(bits);
+  }
+  const int32_t found = FindByte(source + kBlock, length - kBlock, delimiter);
+  return found < 0 ? found : kBlock + found;
+}
 
 }  // namespace
 }  // namespace vekch
@@ -151,7 +173,7 @@ VEK_KERNEL vekStatus veksRemove_8u_I(uint8_t* buffer, int32_t* length, int32_t s
     return StatusLengthError;
   }
   const int32_t end = startIndex + number;
-  vekch::Move(buffer + end, buffer + startIndex, *length - end);
+  vekch::MovePiece(buffer + end, buffer + startIndex, *length - end);
   *length -= number;
   return StatusNoError;
 }
@@ -165,10 +187,12 @@ VEK_KERNEL vekStatus veksReplaceC_8u(const uint8_t* source, uint8_t* destination
   if (length < 0) {
     return StatusLengthError;
   }
-  if (length > 0) {
-    const vekch::ReplaceByte map = {Splat(oldValue), Splat(newValue)};
-    vekch::kernels::Transform(source, destination, length, map);
+  if (length <= vekch::kFewBytes) {
+    vekch::ReplaceFew(source, destination, length, oldValue, newValue);
+    return StatusNoError;
   }
+  const vekch::ReplaceByte map = {Splat(oldValue), Splat(newValue)};
+  vekch::kernels::Transform(source, destination, length, map);
   return StatusNoError;
 }
 
@@ -196,7 +220,7 @@ VEK_KERNEL vekStatus veksSplitC_8u_D2L(const uint8_t* source, int32_t sourceLeng
     if (capacity < 0) {
       return StatusLengthError;
     }
-    const int32_t found = vekch::kernels::FindByte(source, rest, delimiter);
+    const int32_t found = vekch::FindDelimiter(source, rest, delimiter);
     int32_t piece = found < 0 ? rest : found;
     const int32_t step = found < 0 ? rest : found + 1;
     if (piece > capacity) {

@@ -20,7 +20,7 @@ VEK_INLINE void Store(Kept kept, const uint8_t* source, uint8_t* destination,
   if (destination != source) {
     kernels::CopyPiece(source + kept.start, destination, length);
   } else if (kept.start > 0) {
-    kernels::Move(source + kept.start, destination, length);
+    kernels::MovePiece(source + kept.start, destination, length);
   }
 }
 

@@ -152,7 +152,8 @@ TEST_F(TrimTest, EveryNumberDroppedFromShortStrings) {
 
 TEST_F(TrimTest, EveryLengthAndSetSize) {
   for (size_t length = 0; length <= kLongest; length += 1 + length / 70) {
-    for (const size_t setSize : {0, 1, 2, 3, 4, 5, 8, 11, 15, 16, 17, 18, 33, 255, 256}) {
+    for (const size_t setSize :
+         {0U, 1U, 2U, 3U, 4U, 5U, 8U, 11U, 15U, 16U, 17U, 18U, 33U, 255U, 256U}) {
       const std::string set = SetOf(setSize);
       for (const size_t atStart : {size_t{0}, size_t{2}, length % 90, length / 2, length}) {
         for (const size_t atEnd : {size_t{0}, size_t{1}, length % 77, length / 2}) {

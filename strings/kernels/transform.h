@@ -87,6 +87,16 @@ VEK_INLINE void TransformShort(const uint8_t* source, uint8_t* destination, int3
   StoreFour(destination, gap, MapFour(source, gap, map));
 }
 
+// From 65 to 128 bytes.
+template <class Map>
+VEK_INLINE void TransformMedium(const uint8_t* source, uint8_t* destination, int32_t length,
+                                const Map& map) {
+  const ptrdiff_t tail = length - kGroup;
+  const FourBlocks last = MapFour(source + tail, 2 * kBlock, map);
+  StoreFour(destination, 2 * kBlock, MapFour(source, 2 * kBlock, map));
+  StoreFour(destination + tail, 2 * kBlock, last);
+}
+
 // Maps `length` bytes, at least one.
 template <class Map>
 VEK_INLINE void Transform(const uint8_t* source, uint8_t* destination, int32_t length,
@@ -95,14 +105,13 @@ VEK_INLINE void Transform(const uint8_t* source, uint8_t* destination, int32_t l
     TransformShort(source, destination, length, map);
     return;
   }
-  const ptrdiff_t tail = length - kGroup;
-  const FourBlocks last = MapFour(source + tail, 2 * kBlock, map);
   if (length <= 2 * kGroup) {
-    StoreFour(destination, 2 * kBlock, MapFour(source, 2 * kBlock, map));
-    StoreFour(destination + tail, 2 * kBlock, last);
+    TransformMedium(source, destination, length, map);
     return;
   }
+  const ptrdiff_t tail = length - kGroup;
   const Block first = map(LoadAny(source));
+  const FourBlocks last = MapFour(source + tail, 2 * kBlock, map);
   for (ptrdiff_t i = kBlock - Misalignment(destination); i < tail; i += kGroup) {
     StoreFourAligned(destination + i, MapFour(source + i, 2 * kBlock, map));
   }

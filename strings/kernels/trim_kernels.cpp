@@ -1,14 +1,4 @@
-// Trimming: from each end, the search for the first byte that stays. Most trims drop a byte or two,
-// so an end goes through two stages:
-//
-//   1. up to two bytes one by one, with next to nothing prepared
-//   2. if it is still open then:
-//        one byte value        the scan for a byte that differs
-//        up to 16 members      blocks that are compared with every member, then the last bytes one
-//                              by one
-//        more members          bytes looked up in a table of 256 entries that serves both ends
-//
-// So the cost follows the number of bytes dropped, not the length of the string.
+// The second stages of trimming, and the kernels for sets.
 
 #include "strings/kernels/trim_kernels.h"
 
@@ -19,8 +9,6 @@
 namespace vekch::kernels {
 namespace {
 
-constexpr int32_t kFew = 2;
-
 // A probe for what the given probe does not hit.
 template <class Probe>
 struct Misses : Probe {
@@ -28,132 +16,160 @@ struct Misses : Probe {
   static constexpr Hits kHits = Hits::kClearLanes;
 };
 
-// What is left of a string, and whether bytes may still be dropped from its ends.
-struct Trim {
+// Second stages: each takes the range that is left, at least one byte, and returns where the kept
+// bytes start, or end, in it.
+struct ByScan {
   const uint8_t* source;
-  Kept kept;
-  bool startOpen;
-  bool endOpen;
+  Block value;
 
-  VEK_INLINE Trim(const uint8_t* bytes, int32_t length, Ends ends)
-      : source(bytes),
-        kept{0, length},
-        startOpen(ends != Ends::kEnd),
-        endOpen(ends != Ends::kStart) {}
-
-  VEK_INLINE bool IsEmpty() const { return kept.start == kept.end; }
-  VEK_INLINE bool IsDone() const { return !(startOpen || endOpen) || IsEmpty(); }
-  VEK_INLINE bool HasBlock() const { return kept.end - kept.start >= kBlock; }
-
-  // Up to `most` bytes from each end.
-  template <class Drops>
-  VEK_INLINE void DropSingly(Drops drops, int32_t most) {
-    for (int32_t i = 0; i < most && startOpen && !IsEmpty(); ++i) {
-      startOpen = drops(source[kept.start]);
-      kept.start += static_cast<int32_t>(startOpen);
-    }
-    for (int32_t i = 0; i < most && endOpen && !IsEmpty(); ++i) {
-      endOpen = drops(source[kept.end - 1]);
-      kept.end -= static_cast<int32_t>(endOpen);
-    }
+  VEK_INLINE int32_t Start(int32_t from, int32_t to) const {
+    const int32_t stays = FirstHit(Misses<EqualsByte>{{source + from, value}}, to - from);
+    return stays < 0 ? to : from + stays;
   }
 
-  // Whatever is to be dropped, as long as one byte is left at entry.
-  template <class Probe>
-  VEK_INLINE void DropByScan(Probe probe) {
-    if (startOpen) {
-      probe.source = source + kept.start;
-      const int32_t stays = FirstHit(probe, kept.end - kept.start);
-      kept.start = stays < 0 ? kept.end : kept.start + stays;
-    }
-    if (endOpen && !IsEmpty()) {
-      probe.source = source + kept.start;
-      kept.end = kept.start + LastHit(probe, kept.end - kept.start) + 1;
-    }
-  }
-
-  // As long as 16 bytes are left.
-  template <class Probe>
-  VEK_INLINE void DropByBlocks(const Probe& probe) {
-    while (startOpen && HasBlock()) {
-      const uint32_t stays = HitBits<Probe>(probe(AnyLoad{}, kept.start));
-      startOpen = stays == 0;
-      kept.start += startOpen ? kBlock : LowestBit(stays);
-    }
-    while (endOpen && HasBlock()) {
-      const uint32_t stays = HitBits<Probe>(probe(AnyLoad{}, kept.end - kBlock));
-      endOpen = stays == 0;
-      kept.end -= endOpen ? kBlock : kBlock - 1 - HighestBit(stays);
-    }
+  VEK_INLINE int32_t End(int32_t from, int32_t to) const {
+    return from + LastHit(Misses<EqualsByte>{{source + from, value}}, to - from) + 1;
   }
 };
 
-VEK_INLINE Kept TrimOneByte(const uint8_t* source, int32_t length, uint8_t value, Ends ends) {
-  Trim trim(source, length, ends);
-  trim.DropSingly([=](uint8_t byte) { return byte == value; }, kFew);
-  if (!trim.IsDone()) {
-    trim.DropByScan(Misses<EqualsByte>{{source, Splat(value)}});
+// The members of a set, for bytes that are tested one by one.
+template <int32_t kCount>
+struct MemberLanes {
+  Block members;
+
+  VEK_INLINE bool operator()(uint8_t byte) const {
+    constexpr uint32_t kLanes = (1U << kCount) - 1;
+    return (LaneBits(Splat(byte) == members) & kLanes) != 0;
   }
-  return trim.kept;
+};
+
+template <int32_t kCount>
+struct ByBlocks {
+  using Probe = Misses<EqualsMember<kCount>>;
+
+  Probe probe;
+  MemberLanes<kCount> belongs;
+
+  VEK_INLINE int32_t Start(int32_t from, int32_t to) const {
+    for (; from + kBlock <= to; from += kBlock) {
+      if (const uint32_t stays = HitBits<Probe>(probe(AnyLoad{}, from)); stays != 0) {
+        return from + LowestBit(stays);
+      }
+    }
+    while (from < to && belongs(probe.source[from])) {
+      ++from;
+    }
+    return from;
+  }
+
+  VEK_INLINE int32_t End(int32_t from, int32_t to) const {
+    for (; from + kBlock <= to; to -= kBlock) {
+      if (const uint32_t stays = HitBits<Probe>(probe(AnyLoad{}, to - kBlock)); stays != 0) {
+        return to - kBlock + HighestBit(stays) + 1;
+      }
+    }
+    while (from < to && belongs(probe.source[to - 1])) {
+      --to;
+    }
+    return to;
+  }
+};
+
+struct ByTable {
+  const uint8_t* source;
+  Table table;
+
+  VEK_INLINE int32_t Start(int32_t from, int32_t to) const {
+    const uint8_t* entries = table.entries;
+    for (; from + 4 <= to; from += 4) {
+      const uint8_t* p = source + from;
+      if ((entries[p[0]] & entries[p[1]] & entries[p[2]] & entries[p[3]]) == 0) {
+        break;
+      }
+    }
+    while (from < to && entries[source[from]] != 0) {
+      ++from;
+    }
+    return from;
+  }
+
+  VEK_INLINE int32_t End(int32_t from, int32_t to) const {
+    const uint8_t* entries = table.entries;
+    for (; from + 4 <= to; to -= 4) {
+      const uint8_t* p = source + to;
+      if ((entries[p[-1]] & entries[p[-2]] & entries[p[-3]] & entries[p[-4]]) == 0) {
+        break;
+      }
+    }
+    while (from < to && entries[source[to - 1]] != 0) {
+      --to;
+    }
+    return to;
+  }
+};
+
+template <class Stage>
+VEK_INLINE Kept DropRest(const Trimmed& trimmed, const Stage& stage) {
+  int32_t start = trimmed.kept.start;
+  int32_t end = trimmed.kept.end;
+  start = trimmed.startOpen ? stage.Start(start, end) : start;
+  end = trimmed.endOpen && start < end ? stage.End(start, end) : end;
+  return {start, end};
 }
 
 // For a list of more than kCount / 2 and up to kCount members.
 template <int32_t kCount>
 VEK_INLINE Kept TrimMembers(const uint8_t* source, int32_t length, const uint8_t* set,
                             int32_t setLength, Ends ends) {
-  constexpr uint32_t kLanes = (1U << kCount) - 1;
-  const Block members = LoadEnds<kCount / 2>(set, setLength);
-  const auto belongs = [=](uint8_t byte) {
-    return (LaneBits(Splat(byte) == members) & kLanes) != 0;
-  };
-  Trim trim(source, length, ends);
-  trim.DropSingly(belongs, kFew);
-  if (trim.IsDone()) {
-    return trim.kept;
-  }
-  if (trim.HasBlock()) {
-    trim.DropByBlocks(Misses<EqualsMember<kCount>>{{source, set, setLength}});
-  }
-  trim.DropSingly(belongs, kBlock);
-  return trim.kept;
+  const MemberLanes<kCount> belongs = {LoadEnds<kCount / 2>(set, setLength)};
+  const Trimmed trimmed = DropFew<kFewForMembers>(source, length, ends, belongs);
+  return trimmed.IsDone()
+             ? trimmed.kept
+             : DropRest(trimmed, ByBlocks<kCount>{{{source, set, setLength}}, belongs});
+}
+
+VEK_INLINE Kept TrimEqual(const uint8_t* source, int32_t length, const uint8_t* set,
+                          int32_t /*setLength*/, Ends ends) {
+  const uint8_t value = set[0];
+  const Trimmed trimmed =
+      DropFew<kFewForByte>(source, length, ends, [=](uint8_t byte) { return byte == value; });
+  return trimmed.IsDone() ? trimmed.kept : DropByScan(source, trimmed, value);
+}
+
+VEK_INLINE Kept TrimLarge(const uint8_t* source, int32_t length, const uint8_t* set,
+                          int32_t setLength, Ends ends) {
+  const Trimmed trimmed = DropFew<kFewForLargeSet>(
+      source, length, ends, [=](uint8_t byte) { return FindByte(set, setLength, byte) >= 0; });
+  return trimmed.IsDone() ? trimmed.kept
+                          : DropRest(trimmed, ByTable{source, Table(set, setLength)});
 }
 
 // One function for each size of a set, so that none pays for the registers and the stack of
 // another.
-#define VEK_TRIM_KERNEL(name, count)                                                             \
+#define VEK_TRIM_KERNEL(name, method)                                                            \
   VEK_KERNEL __attribute__((noinline)) Kept name(                                                \
       const uint8_t* source, int32_t length, const uint8_t* set, int32_t setLength, Ends ends) { \
-    return TrimMembers<count>(source, length, set, setLength, ends);                             \
+    return method(source, length, set, setLength, ends);                                         \
   }
 
-VEK_TRIM_KERNEL(TrimSetOf2, 2)
-VEK_TRIM_KERNEL(TrimSetOf4, 4)
-VEK_TRIM_KERNEL(TrimSetOf8, 8)
-VEK_TRIM_KERNEL(TrimSetOf16, 16)
-
-VEK_KERNEL __attribute__((noinline)) Kept TrimLargeSet(const uint8_t* source, int32_t length,
-                                                       const uint8_t* set, int32_t setLength,
-                                                       Ends ends) {
-  Trim trim(source, length, ends);
-  trim.DropSingly([=](uint8_t byte) { return FindByte(set, setLength, byte) >= 0; }, kFew);
-  if (!trim.IsDone()) {
-    const Table table(set, setLength);
-    trim.DropSingly([&](uint8_t byte) { return table.entries[byte] != 0; }, length);
-  }
-  return trim.kept;
-}
+VEK_TRIM_KERNEL(TrimSetOf1, TrimEqual)
+VEK_TRIM_KERNEL(TrimSetOf2, TrimMembers<2>)
+VEK_TRIM_KERNEL(TrimSetOf4, TrimMembers<4>)
+VEK_TRIM_KERNEL(TrimSetOf8, TrimMembers<8>)
+VEK_TRIM_KERNEL(TrimSetOf16, TrimMembers<16>)
+VEK_TRIM_KERNEL(TrimLargeSet, TrimLarge)
 
 }  // namespace
 
-VEK_KERNEL Kept TrimByte(const uint8_t* source, int32_t length, uint8_t value) {
-  return TrimOneByte(source, length, value, Ends::kBoth);
+VEK_KERNEL Kept DropByScan(const uint8_t* source, Trimmed trimmed, uint8_t value) {
+  return DropRest(trimmed, ByScan{source, Splat(value)});
 }
 
 VEK_KERNEL Kept TrimSet(const uint8_t* source, int32_t length, const uint8_t* set,
                         int32_t setLength, Ends ends) {
   if (setLength <= 2) {
     return setLength == 2   ? TrimSetOf2(source, length, set, setLength, ends)
-           : setLength == 1 ? TrimOneByte(source, length, set[0], ends)
+           : setLength == 1 ? TrimSetOf1(source, length, set, setLength, ends)
                             : Kept{0, length};
   }
   if (setLength <= kMostMembers) {

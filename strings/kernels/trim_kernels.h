@@ -1,9 +1,20 @@
-// Kernels that find what a trim keeps.
+// Trimming: from each end, the search for the first byte that stays. Most trims drop a byte or two,
+// so an end goes through two stages:
+//
+//   1. a few bytes one by one, with next to nothing prepared; branches that are predicted also let
+//      the copy start before the search has ended
+//   2. if it is still open then:
+//        one byte value        the scan for a byte that differs
+//        up to 16 members      blocks that are compared with every member, then the last bytes one
+//                              by one
+//        more members          bytes looked up in a table of 256 entries that serves both ends
+//
+// So the cost follows the number of bytes dropped, not the length of the string.
 
 #ifndef VEKCH_STRINGS_KERNELS_TRIM_KERNELS_H
 #define VEKCH_STRINGS_KERNELS_TRIM_KERNELS_H
 
-#include <stdint.h>
+#include "strings/kernels/block.h"
 
 namespace vekch::kernels {
 
@@ -16,8 +27,47 @@ struct Kept {
   int32_t end;
 };
 
+// What the first stage leaves, and the ends that are still open.
+struct Trimmed {
+  Kept kept;
+  bool startOpen;
+  bool endOpen;
+
+  VEK_INLINE bool IsDone() const { return !(startOpen || endOpen) || kept.start == kept.end; }
+};
+
+// How many bytes the first stage takes from each end: what the second needs to start is worth.
+constexpr int32_t kFewForByte = 16;
+constexpr int32_t kFewForMembers = 4;
+constexpr int32_t kFewForLargeSet = 2;
+
+// The first stage: drops up to kMost bytes from each end for which `drops` holds.
+template <int32_t kMost, class Drops>
+VEK_INLINE Trimmed DropFew(const uint8_t* source, int32_t length, Ends ends, Drops drops) {
+  const bool fromStart = ends != Ends::kEnd;
+  const bool fromEnd = ends != Ends::kStart;
+  int32_t start = 0;
+  const int32_t startLimit = !fromStart ? 0 : length < kMost ? length : kMost;
+  while (start < startLimit && drops(source[start])) {
+    ++start;
+  }
+  int32_t end = length;
+  const int32_t endLimit = !fromEnd ? length : length - start < kMost ? start : length - kMost;
+  while (end > endLimit && drops(source[end - 1])) {
+    --end;
+  }
+  return {{start, end}, fromStart && start == startLimit, fromEnd && end == endLimit};
+}
+
+// The second stage for one byte value.
+Kept DropByScan(const uint8_t* source, Trimmed trimmed, uint8_t value);
+
 // Drops bytes equal to `value` from both ends of a string of 0 or more bytes.
-Kept TrimByte(const uint8_t* source, int32_t length, uint8_t value);
+VEK_INLINE Kept TrimByte(const uint8_t* source, int32_t length, uint8_t value) {
+  const Trimmed trimmed = DropFew<kFewForByte>(source, length, Ends::kBoth,
+                                               [=](uint8_t byte) { return byte == value; });
+  return __builtin_expect(trimmed.IsDone(), 1) ? trimmed.kept : DropByScan(source, trimmed, value);
+}
 
 // Drops bytes that belong to the set of the listed byte values; an empty set drops nothing.
 Kept TrimSet(const uint8_t* source, int32_t length, const uint8_t* set, int32_t setLength,
