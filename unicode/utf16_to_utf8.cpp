@@ -1,4 +1,4 @@
-// UTF-16 to UTF-8. Far from both ends 16 units of ASCII or 8 units of anything well-formed are
+// UTF-16 to UTF-8. Far from both ends 32 units of ASCII or 8 units of anything well-formed are
 // taken a step; near the ends, and where surrogates stand alone, one character at a time.
 //
 // A step computes the bytes of every unit, then stores unit after unit, each where the bytes of the
@@ -107,21 +107,24 @@ VEK_INLINE Units IsShort(Units units) { return BelowMask(units, 0xF800); }
 
 VEK_INLINE bool All(Units mask) { return UnitBits(mask) == 0xFFFF; }
 
-// 32 units a step, as long as they are ASCII.
+// 32 units a step, as long as they are ASCII; false if there were not that many.
 template <bool kSwapped>
-VEK_INLINE void ConvertAsciiRun(Cursor& at) {
+VEK_INLINE bool ConvertAsciiRun(Cursor& at) {
+  bool any = false;
   while (at.Left() >= 4 * kBlock && at.Room() >= 2 * kBlock) {
     const Units u0 = LoadUnits<kSwapped>(at.from);
     const Units u1 = LoadUnits<kSwapped>(at.from + kBlock);
     const Units u2 = LoadUnits<kSwapped>(at.from + 2 * kBlock);
     const Units u3 = LoadUnits<kSwapped>(at.from + 3 * kBlock);
     if (!All(IsAscii((u0 | u1) | (u2 | u3)))) {
-      return;
+      break;
     }
     StoreAny(at.to, Narrow(u0, u1));
     StoreAny(at.to + kBlock, Narrow(u2, u3));
     at.Advance(4 * kBlock, 2 * kBlock);
+    any = true;
   }
+  return any;
 }
 
 // Where the bytes of each unit end, counted from the first: byte i of the result is the sum of the
@@ -234,21 +237,29 @@ VEK_INLINE bool ConvertBlock(Cursor& at, Units units) {
   return true;
 }
 
-template <bool kSwapped, Stores kStores>
-VEK_INLINE void ConvertSteps(Cursor& at) {
-  constexpr bool kDirect = kStores == Stores::kDirect;
-  constexpr ptrdiff_t kSource = kDirect ? kDirectSource : kBlock;
-  constexpr ptrdiff_t kRoom = kDirect ? kDirectRoom : kStepRoom;
-  while (at.Left() >= kSource && at.Room() >= kRoom) {
+// Steps that may store more than they make. ASCII is looked for once in four: no one foresees which
+// eight units of a text that is mostly ASCII are nothing else, and a wrong guess costs more than
+// taking them as units below 0x800.
+template <bool kSwapped>
+VEK_INLINE void ConvertDirectly(Cursor& at) {
+  for (uint32_t steps = 0; at.Left() >= kDirectSource && at.Room() >= kDirectRoom; ++steps) {
+    if (steps % 4 == 0 && ConvertAsciiRun<kSwapped>(at)) {
+      continue;
+    }
+    if (!ConvertBlock(at, LoadUnits<kSwapped>(at.from))) {
+      ConvertCharacters<kSwapped>(at, at.from + kBlock);
+    }
+  }
+}
+
+template <bool kSwapped>
+VEK_INLINE void ConvertAside(Cursor& at) {
+  while (at.Left() >= kBlock && at.Room() >= kStepRoom) {
     const Units units = LoadUnits<kSwapped>(at.from);
     if (All(IsAscii(units))) {
       StoreLowHalf(at.to, Narrow(units, units));
       at.Advance(kBlock, kStepUnits);
-      ConvertAsciiRun<kSwapped>(at);
-      continue;
-    }
-    const auto step = [=](Cursor& cursor) { return ConvertBlock(cursor, units); };
-    if (!(kDirect ? step(at) : RunAside(at, step))) {
+    } else if (!RunAside(at, [=](Cursor& aside) { return ConvertBlock(aside, units); })) {
       ConvertCharacters<kSwapped>(at, at.from + kBlock);
     }
   }
@@ -273,8 +284,8 @@ template <bool kSwapped>
 VEK_INLINE Converted Convert(const uint8_t* source, int32_t length, uint8_t* destination,
                              int32_t capacity) {
   Cursor at = {source, source + kUnit * length, destination, destination + capacity};
-  ConvertSteps<kSwapped, Stores::kDirect>(at);
-  ConvertSteps<kSwapped, Stores::kAside>(at);
+  ConvertDirectly<kSwapped>(at);
+  ConvertAside<kSwapped>(at);
   ConvertRest<kSwapped>(at);
   return {static_cast<int32_t>((at.from - source) / kUnit),
           static_cast<int32_t>(at.to - destination)};
