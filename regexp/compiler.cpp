@@ -120,7 +120,7 @@ Fault Compile(const uint8_t* pattern, uint32_t length, const uint8_t* options, R
 // ---- Stages 4 to 6: what is not a matter of one construct.
 
 Fault ProgramBuilder::Run() {
-  while (*at_ != 0) {
+  while (*at != 0) {
     const Fault fault = Construct();
     if (Failed(fault)) {
       return fault;
@@ -128,18 +128,18 @@ Fault ProgramBuilder::Run() {
   }
   FlushRun();
   if (!AtTopLevel()) {
-    return Fail(StatusRegExpSyntaxError, at_);
+    return Fail(StatusRegExpSyntaxError, at);
   }
   SettleRequiredLiteral();
   return kNoFault;
 }
 
 Fault ProgramBuilder::Construct() {
-  const bool extended = (options_ & RegExpOptionX) != 0;
-  const uint8_t byte = *at_;
+  const bool extended = (options & RegExpOptionX) != 0;
+  const uint8_t byte = *at;
   if (extended && (IsPatternSpace(byte) || byte == '#')) {
     FlushRun();
-    at_ = byte == '#' ? SkipLine(at_) : at_ + 1;
+    at = byte == '#' ? SkipLine(at) : at + 1;
     return kNoFault;
   }
   switch (byte) {
@@ -147,10 +147,10 @@ Fault ProgramBuilder::Construct() {
     case '$':
       FlushRun();
       Append(OpAssert, byte);
-      ++at_;
+      ++at;
       return kNoFault;
     case '.':
-      return CharType(byte, at_ + 1);
+      return CharType(byte, at + 1);
     case '[':
       return BracketClass();
     case '(':
@@ -162,17 +162,16 @@ Fault ProgramBuilder::Construct() {
     case '\\':
       return Escape();
     default:
-      return IsQuantifierAt(at_) ? Quantifier() : LiteralByte();
+      return IsQuantifierAt(at) ? Quantifier() : LiteralByte();
   }
 }
 
 uint8_t* ProgramBuilder::Finish() {
-  auto* free = reinterpret_cast<uint8_t*>(nodes_ + nodeCount_);
-  for (int32_t i = 0; i < nodeCount_; ++i) {
-    ProgramNode& node = nodes_[i];
+  auto* free = reinterpret_cast<uint8_t*>(nodes + nodeCount);
+  for (int32_t i = 0; i < nodeCount; ++i) {
+    ProgramNode& node = nodes[i];
     if (node.op == OpString) {
-      const auto* run = reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(node.ptr));
-      kernels::Copy(run, free, node.b);
+      kernels::Copy(RunOf(node), free, node.b);
       node.ptr = reinterpret_cast<uintptr_t>(free);
       free += node.b;
     } else if (node.op != OpScript) {

@@ -22,12 +22,12 @@ namespace vekch::regexp {
 
 class ClassBuilder {
  public:
-  explicit ClassBuilder(ProgramBuilder& builder) : builder_(builder), at_(builder.at_) {}
+  explicit ClassBuilder(ProgramBuilder& whole) : builder(whole), at(whole.at) {}
 
   Fault Run() {
     OpenClass();
-    while (*at_ != ']' || quoted_) {
-      const Fault fault = *at_ == 0 ? Malformed(at_) : Step();
+    while (*at != ']' || quoted) {
+      const Fault fault = *at == 0 ? Malformed(at) : Step();
       if (Failed(fault)) {
         return fault;
       }
@@ -47,33 +47,33 @@ class ClassBuilder {
   static Fault Malformed(const uint8_t* place) { return {StatusRegExpClassError, place}; }
 
   void OpenClass() {
-    ++at_;
-    const bool negated = *at_ == '^';
-    at_ += negated ? 1 : 0;
-    head_ = builder_.nodeCount_;
-    builder_.Append(OpClass, negated ? -1 : 0);
-    if (*at_ == ']' || *at_ == '-') {
-      AppendItem(OpChar, *at_++);
+    ++at;
+    const bool negated = *at == '^';
+    at += negated ? 1 : 0;
+    head = builder.nodeCount;
+    builder.Append(OpClass, negated ? -1 : 0);
+    if (*at == ']' || *at == '-') {
+      AppendItem(OpChar, *at++);
     }
   }
 
   Fault Step() {
-    if (StartsWith(at_, quoted_ ? "\\E" : "\\Q")) {
-      quoted_ = !quoted_;
-      at_ += 2;
+    if (StartsWith(at, quoted ? "\\E" : "\\Q")) {
+      quoted = !quoted;
+      at += 2;
       return kNoFault;
     }
-    if (!quoted_) {
-      switch (*at_) {
+    if (!quoted) {
+      switch (*at) {
         case '\\':
           return Escape();
         case '[':
-          if (OpensPosixName(at_[1])) {
+          if (OpensPosixName(at[1])) {
             return PosixName();
           }
           break;
         case '-':
-          if (waiting_ != Waiting::kDash) {
+          if (waiting != Waiting::kDash) {
             Dash();
             return kNoFault;
           }
@@ -87,9 +87,9 @@ class ClassBuilder {
 
   // A whole UTF-8 character, or the byte where none begins.
   Fault LiteralMember() {
-    const uint8_t* place = at_;
-    const Utf8Character character = ReadUtf8(at_, builder_.end_);
-    at_ += character.length;
+    const uint8_t* place = at;
+    const Utf8Character character = ReadUtf8(at, builder.patternEnd);
+    at += character.length;
     const auto value = static_cast<int32_t>(character.value);
     const bool isByte = character.value < 256;
     return TakeMember({isByte ? EscapeKind::kByte : EscapeKind::kCodePoint, value,
@@ -98,12 +98,12 @@ class ClassBuilder {
   }
 
   Fault Escape() {
-    const uint8_t* place = at_;
-    const uint8_t* text = at_ + 1;
+    const uint8_t* place = at;
+    const uint8_t* text = at + 1;
     const uint8_t letter = *text;
     switch (letter) {
       case 'b':
-        at_ = text + 1;
+        at = text + 1;
         return TakeMember({EscapeKind::kByte, 0x08, false}, place);
       case 'd':
       case 'D':
@@ -111,10 +111,10 @@ class ClassBuilder {
       case 'S':
       case 'w':
       case 'W':
-        at_ = text + 1;
+        at = text + 1;
         return TakeItem(OpCharType, letter, place);
       case 'X':
-        at_ = text + 1;
+        at = text + 1;
         return TakeItem(OpGrapheme, 0, place);
       case 'p':
       case 'P':
@@ -127,27 +127,27 @@ class ClassBuilder {
     if (Failed(fault)) {
       return fault;
     }
-    at_ = escape.next;
+    at = escape.next;
     return TakeMember({escape.kind, escape.value, false}, place);
   }
 
   Fault Property(const uint8_t* text, int32_t negated) {
-    if (waiting_ == Waiting::kDash) {
-      return Malformed(at_);
+    if (waiting == Waiting::kDash) {
+      return Malformed(at);
     }
     Settle();
-    if (ParsePropertyEscape(&text, builder_.nodes_, &builder_.nodeCount_, negated) < 0) {
+    if (ParsePropertyEscape(&text, builder.nodes, &builder.nodeCount, negated) < 0) {
       return {StatusRegExpEscapeError, text};
     }
-    if (builder_.Last().op != OpScript) {
-      builder_.Last().ptr = kItemNote;
+    if (builder.Last().op != OpScript) {
+      builder.Last().ptr = kItemNote;
     }
-    at_ = text;
+    at = text;
     return kNoFault;
   }
 
   Fault TakeItem(uint32_t op, int32_t a, const uint8_t* place) {
-    if (waiting_ == Waiting::kDash) {
+    if (waiting == Waiting::kDash) {
       return Malformed(place);
     }
     Settle();
@@ -156,24 +156,25 @@ class ClassBuilder {
   }
 
   Fault TakeMember(Member member, const uint8_t* place) {
-    if (waiting_ == Waiting::kDash) {
-      if (member_.value < 0 || member.value < member_.value) {  // below 0: from 0x80000000 up
+    if (waiting == Waiting::kDash) {
+      if (waitingMember.value < 0 ||
+          member.value < waitingMember.value) {  // below 0: from 0x80000000 up
         return Malformed(place);
       }
-      AppendItem(OpClassRange, member_.value, member.value);
-      waiting_ = Waiting::kNothing;
+      AppendItem(OpClassRange, waitingMember.value, member.value);
+      waiting = Waiting::kNothing;
       return kNoFault;
     }
     Settle();
-    member_ = member;
-    waiting_ = Waiting::kMember;
+    waitingMember = member;
+    waiting = Waiting::kMember;
     return kNoFault;
   }
 
   void Dash() {
-    ++at_;
-    if (waiting_ == Waiting::kMember) {
-      waiting_ = Waiting::kDash;
+    ++at;
+    if (waiting == Waiting::kMember) {
+      waiting = Waiting::kDash;
     } else {
       AppendItem(OpChar, '-');
     }
@@ -181,36 +182,37 @@ class ClassBuilder {
 
   // Gives what waits its records: no range came of it.
   void Settle() {
-    if (waiting_ == Waiting::kNothing) {
+    if (waiting == Waiting::kNothing) {
       return;
     }
-    AppendItem(member_.kind == EscapeKind::kCodePoint ? OpCodePoint : OpChar, member_.value);
-    if (member_.isSequence) {
-      builder_.Last().ptr |= kSequenceNote;
+    AppendItem(waitingMember.kind == EscapeKind::kCodePoint ? OpCodePoint : OpChar,
+               waitingMember.value);
+    if (waitingMember.isSequence) {
+      builder.Last().ptr |= kSequenceNote;
     }
-    if (waiting_ == Waiting::kDash) {
+    if (waiting == Waiting::kDash) {
       AppendItem(OpChar, '-');
     }
-    waiting_ = Waiting::kNothing;
+    waiting = Waiting::kNothing;
   }
 
   // "[:", "[." or "[=": a name, malformed, or two members.
   Fault PosixName() {
     Settle();
-    const uint8_t opener = at_[1];
-    const PosixBracket bracket = ReadPosixBracket(at_ + 2, opener);
+    const uint8_t opener = at[1];
+    const PosixBracket bracket = ReadPosixBracket(at + 2, opener);
     switch (bracket.kind) {
       case PosixBracket::kName:
         AppendName(bracket);
         break;
       case PosixBracket::kMalformed:
-        return Malformed(at_);
+        return Malformed(at);
       case PosixBracket::kLiteral:
         AppendItem(OpChar, '[');
         AppendItem(OpChar, opener);
         break;
     }
-    at_ = bracket.next;
+    at = bracket.next;
     return kNoFault;
   }
 
@@ -225,46 +227,46 @@ class ClassBuilder {
     }
     if (bracket.negated) {
       // Where the name's items end can't be told otherwise: the next name may be negated as well.
-      builder_.nodes_[builder_.nodeCount_ - set.count].ptr |= static_cast<uint64_t>(set.count);
+      builder.nodes[builder.nodeCount - set.count].ptr |= static_cast<uint64_t>(set.count);
     }
   }
 
   void AppendItem(uint32_t op, int32_t a, int32_t b = 0, int32_t c = 0) {
-    builder_.Append(op, a, b, c, kItemNote);
+    builder.Append(op, a, b, c, kItemNote);
   }
 
   Fault CloseClass() {
     Settle();
-    ProgramNode& head = builder_.nodes_[head_];
-    head.b = builder_.nodeCount_ - head_ - 1;
-    const ProgramNode& last = builder_.Last();
+    ProgramNode& classHead = builder.nodes[head];
+    classHead.b = builder.nodeCount - head - 1;
+    const ProgramNode& last = builder.Last();
     // A character of several bytes would be lost as a record of one byte.
-    const bool isOne = head.b == 1 && head.a == 0 && (last.ptr & kSequenceNote) == 0;
-    if (head.b == 0 || (isOne && last.op == OpChar && last.a == '^')) {
-      return {StatusRegExpSyntaxError, at_};
+    const bool isOne = classHead.b == 1 && classHead.a == 0 && (last.ptr & kSequenceNote) == 0;
+    if (classHead.b == 0 || (isOne && last.op == OpChar && last.a == '^')) {
+      return {StatusRegExpSyntaxError, at};
     }
     if (isOne && (last.op == OpChar || last.op == OpCharType || last.op == OpGrapheme)) {
       ReduceToItem();
     }
-    builder_.at_ = at_ + 1;
+    builder.at = at + 1;
     return kNoFault;
   }
 
   // A class of one item is that item, no longer an item of a class.
   void ReduceToItem() {
-    ProgramNode item = builder_.Last();
-    item.c = item.op == OpChar ? builder_.options_ : item.c;
+    ProgramNode item = builder.Last();
+    item.c = item.op == OpChar ? builder.options : item.c;
     item.ptr = 0;
-    builder_.nodes_[head_] = item;
-    builder_.nodeCount_ = head_ + 1;
+    builder.nodes[head] = item;
+    builder.nodeCount = head + 1;
   }
 
-  ProgramBuilder& builder_;
-  const uint8_t* at_;
-  int32_t head_ = 0;
-  Waiting waiting_ = Waiting::kNothing;
-  Member member_ = {};
-  bool quoted_ = false;
+  ProgramBuilder& builder;
+  const uint8_t* at;
+  int32_t head = 0;
+  Waiting waiting = Waiting::kNothing;
+  Member waitingMember = {};
+  bool quoted = false;
 };
 
 Fault ProgramBuilder::BracketClass() {

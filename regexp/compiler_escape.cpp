@@ -9,7 +9,7 @@ namespace vekch::regexp {
 
 Fault ProgramBuilder::Escape() {
   FlushRun();
-  const uint8_t* text = at_ + 1;
+  const uint8_t* text = at + 1;
   const uint8_t letter = *text;
   switch (letter) {
     case 'A':
@@ -19,12 +19,12 @@ Fault ProgramBuilder::Escape() {
     case 'b':
     case 'z':
       Append(OpAssert, letter);
-      at_ = text + 1;
+      at = text + 1;
       return kNoFault;
     case 'C':
     case 'X':
       Append(letter == 'C' ? OpAnyByte : OpGrapheme);
-      at_ = text + 1;
+      at = text + 1;
       return kNoFault;
     case 'd':
     case 'D':
@@ -41,7 +41,7 @@ Fault ProgramBuilder::Escape() {
       Quote(text + 1);
       return kNoFault;
     case 'E':  // ends a quotation that was never begun
-      at_ = text + 1;
+      at = text + 1;
       return kNoFault;
     default:
       return letter >= '1' && letter <= '9' ? NumberEscape(text) : ByteEscape(text);
@@ -54,7 +54,7 @@ Fault ProgramBuilder::ByteEscape(const uint8_t* text) {
   if (Failed(fault)) {
     return fault;
   }
-  at_ = escape.next;
+  at = escape.next;
   switch (escape.kind) {
     case EscapeKind::kByte:
       AppendByte(static_cast<uint8_t>(escape.value));
@@ -63,7 +63,7 @@ Fault ProgramBuilder::ByteEscape(const uint8_t* text) {
       Append(OpCodePoint, escape.value);
       break;
     case EscapeKind::kLiteral:  // a run begins with it, and may go on
-      at_ = text;
+      at = text;
       return LiteralByte();
   }
   return kNoFault;
@@ -77,9 +77,9 @@ Fault ProgramBuilder::NumberEscape(const uint8_t* digits) {
   for (; next < digits + 3 && IsDigit(*next); ++next) {
     number = number * 10 + (*next - '0');
   }
-  if (number < captureCount_) {
+  if (number < captureCount) {
     Append(OpBackref, number);
-    at_ = next;
+    at = next;
     return kNoFault;
   }
   if (next == digits + 1) {
@@ -89,37 +89,37 @@ Fault ProgramBuilder::NumberEscape(const uint8_t* digits) {
 }
 
 Fault ProgramBuilder::PropertyEscape(int32_t negated) {
-  const uint8_t* position = at_ + 1;
-  if (ParsePropertyEscape(&position, nodes_, &nodeCount_, negated) < 0) {
+  const uint8_t* position = at + 1;
+  if (ParsePropertyEscape(&position, nodes, &nodeCount, negated) < 0) {
     return Fail(StatusRegExpEscapeError, position);
   }
-  at_ = position;
+  at = position;
   return kNoFault;
 }
 
 // "\Q" to "\E" or to the pattern's end: a run of its own.
 void ProgramBuilder::Quote(const uint8_t* text) {
   const uint8_t* end = FindPair(text, '\\', 'E');
-  run_ = text;
-  runLength_ = static_cast<int32_t>(end - text);
+  run = text;
+  runLength = static_cast<int32_t>(end - text);
   FlushRun();
-  at_ = *end == 0 ? end : end + 2;
+  at = *end == 0 ? end : end + 2;
 }
 
 // A shorthand that repeats the one before it becomes that one's quantifier, or adds 1 to it. If a
 // quantifier follows, it will be added to what stands here for the shorthand alone.
 Fault ProgramBuilder::CharType(uint8_t letter, const uint8_t* next) {
   FlushRun();
-  at_ = next;
-  const bool quantified = QuantifierFollows(at_, options_);
+  at = next;
+  const bool quantified = QuantifierFollows(at, options);
   const auto repeats = [this, letter](int32_t index) {
-    return index >= 0 && nodes_[index].op == OpCharType && nodes_[index].a == letter &&
-           nodes_[index].ptr == 0;  // no item of a class
+    return index >= 0 && nodes[index].op == OpCharType && nodes[index].a == letter &&
+           nodes[index].ptr == 0;  // no item of a class
   };
-  if (repeats(nodeCount_ - 1)) {
+  if (repeats(nodeCount - 1)) {
     const int32_t count = quantified ? 1 : 2;
     Append(OpGreedy, count, count);
-  } else if (nodeCount_ > 0 && IsQuantifier(Last()) && repeats(nodeCount_ - 2)) {
+  } else if (nodeCount > 0 && IsQuantifier(Last()) && repeats(nodeCount - 2)) {
     if (!quantified) {
       Last().a += Last().a < RegExpUnbounded ? 1 : 0;
       Last().b += Last().b < RegExpUnbounded ? 1 : 0;

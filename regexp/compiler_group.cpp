@@ -9,13 +9,13 @@ namespace vekch::regexp {
 Fault ProgramBuilder::OpenBracket() {
   FlushRun();
   // Counted here for every "(", though a comment or an option setting gives its serial back.
-  if (serial_ >= kSerialEnd) {
-    return Fail(StatusRegExpSyntaxError, at_);
+  if (serial >= kSerialEnd) {
+    return Fail(StatusRegExpSyntaxError, at);
   }
-  if (at_[1] != '?') {
-    return OpenGroup(OpCapture, 1, captureNumber_++);
+  if (at[1] != '?') {
+    return OpenGroup(OpCapture, 1, captureNumber++);
   }
-  switch (at_[2]) {
+  switch (at[2]) {
     case ':':
       return OpenGroup(OpGroup, 3);
     case '>':
@@ -25,71 +25,71 @@ Fault ProgramBuilder::OpenBracket() {
     case '!':
       return OpenGroup(OpNegLookahead, 3);
     case '<':
-      if (at_[3] != '=' && at_[3] != '!') {
-        return Fail(StatusRegExpSyntaxError, at_ + 3);
+      if (at[3] != '=' && at[3] != '!') {
+        return Fail(StatusRegExpSyntaxError, at + 3);
       }
-      return OpenGroup(at_[3] == '=' ? OpLookbehind : OpNegLookbehind, 4);
+      return OpenGroup(at[3] == '=' ? OpLookbehind : OpNegLookbehind, 4);
     case '(':
       return Conditional();
     case '#':
       return Comment();
     case ')':
-      at_ += 3;
+      at += 3;
       return kNoFault;
     default:
-      return StartsInlineOptions(at_[2]) ? InlineOptions() : Fail(StatusRegExpSyntaxError, at_ + 2);
+      return StartsInlineOptions(at[2]) ? InlineOptions() : Fail(StatusRegExpSyntaxError, at + 2);
   }
 }
 
 Fault ProgramBuilder::OpenGroup(uint32_t op, int32_t length, int32_t c) {
-  ++depth_;
-  Append(op, depth_, serial_, c, OpenNote{innermost_, options_}.Packed());
-  ++serial_;
-  innermost_ = nodeCount_ - 1;
-  at_ += length;
+  ++depth;
+  Append(op, depth, serial, c, OpenNote{innermost, options}.Packed());
+  ++serial;
+  innermost = nodeCount - 1;
+  at += length;
   return kNoFault;
 }
 
 Fault ProgramBuilder::Comment() {
-  const uint8_t* end = FindInPattern(at_, ')');
+  const uint8_t* end = FindInPattern(at, ')');
   if (*end == 0) {
     return Fail(StatusRegExpSyntaxError, end);
   }
-  at_ = end + 1;
+  at = end + 1;
   return kNoFault;
 }
 
 // "(?imsx-imsx)", which holds on in the group around, or "(?imsx-imsx:", which opens a group.
 Fault ProgramBuilder::InlineOptions() {
-  int32_t options = options_;
+  int32_t changed = options;
   bool sets = true;
-  const uint8_t* p = at_ + 2;
+  const uint8_t* p = at + 2;
   for (; *p != ':' && *p != ')'; ++p) {
     if (!StartsInlineOptions(*p)) {
       return Fail(StatusRegExpSyntaxError, p);
     }
     const int32_t bit = InlineOption(*p);  // none for "-"
-    options = sets ? options | bit : options & ~bit;
+    changed = sets ? changed | bit : changed & ~bit;
     sets = sets && *p != '-';
   }
-  const auto length = static_cast<int32_t>(p + 1 - at_);
+  const auto length = static_cast<int32_t>(p + 1 - at);
   if (*p == ':') {
-    OpenGroup(OpOptionGroup, length, options);
+    OpenGroup(OpOptionGroup, length, changed);
   } else {
     // The searches have no use for x: set or cleared alone, it needs no record.
-    if (!StartsWith(at_, "(?x)") && !StartsWith(at_, "(?-x)")) {
-      Append(OpSetOptions, options);
+    if (!StartsWith(at, "(?x)") && !StartsWith(at, "(?-x)")) {
+      Append(OpSetOptions, changed);
     }
-    at_ += length;
+    at += length;
   }
-  options_ = options;
+  options = changed;
   return kNoFault;
 }
 
 // "(?(1)" has its condition read here; "(?(?=" and the like are left standing at the condition,
 // which is a group of its own.
 Fault ProgramBuilder::Conditional() {
-  const uint8_t* condition = at_ + 3;
+  const uint8_t* condition = at + 3;
   if (*condition == '?') {
     return OpenGroup(OpConditional, 2);
   }
@@ -104,7 +104,7 @@ Fault ProgramBuilder::Conditional() {
   if (group == 0) {  // no number at all as well
     return Fail(StatusRegExpFormatError, condition);
   }
-  OpenGroup(OpConditional, static_cast<int32_t>(p + 1 - at_));
+  OpenGroup(OpConditional, static_cast<int32_t>(p + 1 - at));
   Append(OpBackref, group);
   return kNoFault;
 }
@@ -112,10 +112,10 @@ Fault ProgramBuilder::Conditional() {
 // The serial of its group is written when the group closes.
 Fault ProgramBuilder::Alternative() {
   FlushRun();
-  Append(OpAlternative, depth_, options_);
-  ++at_;
+  Append(OpAlternative, depth, options);
+  ++at;
   if (AtTopLevel()) {
-    requiredLiteral_ = kAlternatives;
+    requiredLiteral = kAlternatives;
   }
   return kNoFault;
 }

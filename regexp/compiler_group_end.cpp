@@ -43,69 +43,69 @@ constexpr bool IsNegativeSerial(const ProgramNode& opening) {
 }  // namespace
 
 Fault ProgramBuilder::CloseGroup() {
-  const uint8_t* closing = at_;
+  const uint8_t* closing = at;
   FlushRun();
   if (AtTopLevel()) {  // a class's extent deceived the pre-scan
     return Fail(StatusRegExpSyntaxError, closing);
   }
-  ++at_;
-  --depth_;
-  const int32_t opening = innermost_;
-  const OpenNote note = OpenNote::Of(nodes_[opening].ptr);
-  innermost_ = note.around;
-  options_ = note.options;  // dissolved or not
+  ++at;
+  --depth;
+  const int32_t opening = innermost;
+  const OpenNote note = OpenNote::Of(nodes[opening].ptr);
+  innermost = note.around;
+  options = note.options;  // dissolved or not
 
-  const int32_t bodyCount = nodeCount_ - opening - 1;
-  const int32_t width = FlatWidth(nodes_, opening + 1, nodeCount_);
-  if (nodes_[opening].op == OpGroup &&
-      ((width == 1 && bodyCount == 1) || (width >= 2 && !QuantifierFollows(at_, options_)))) {
+  const int32_t bodyCount = nodeCount - opening - 1;
+  const int32_t width = FlatWidth(nodes, opening + 1, nodeCount);
+  if (nodes[opening].op == OpGroup &&
+      ((width == 1 && bodyCount == 1) || (width >= 2 && !QuantifierFollows(at, options)))) {
     DissolveGroup(opening);
     return kNoFault;
   }
   AppendGroupEnd(opening, width == 1);
-  if (nodes_[opening].op == OpConditional) {
+  if (nodes[opening].op == OpConditional) {
     return CheckConditional(opening, closing);
   }
-  return IsLookbehind(nodes_[opening]) ? SettleLookbehind(opening, closing) : kNoFault;
+  return IsLookbehind(nodes[opening]) ? SettleLookbehind(opening, closing) : kNoFault;
 }
 
 void ProgramBuilder::DissolveGroup(int32_t opening) {
-  for (int32_t i = opening + 1; i < nodeCount_; ++i) {
-    nodes_[i - 1] = nodes_[i];
+  for (int32_t i = opening + 1; i < nodeCount; ++i) {
+    nodes[i - 1] = nodes[i];
   }
-  --nodeCount_;
-  --serial_;
+  --nodeCount;
+  --serial;
 }
 
 void ProgramBuilder::AppendGroupEnd(int32_t opening, bool isOneWide) {
-  ProgramNode& open = nodes_[opening];
-  const int32_t serial = IsNegativeSerial(open) ? -open.b : open.b;
+  ProgramNode& open = nodes[opening];
+  const int32_t signedSerial = IsNegativeSerial(open) ? -open.b : open.b;
   const bool repeatsOne =
       (open.op == OpCapture || open.op == OpGroup) && IsQuantifier(Last()) && isOneWide;
-  open.a = serial;
-  open.b = nodeCount_ - opening - 1;
+  open.a = signedSerial;
+  open.b = nodeCount - opening - 1;
   open.ptr = 0;
-  for (int32_t i = opening + 1; i < nodeCount_; i = AfterConstruct(nodes_, i)) {
-    if (nodes_[i].op == OpAlternative) {
-      nodes_[i].a = serial;
+  for (int32_t i = opening + 1; i < nodeCount; i = AfterConstruct(nodes, i)) {
+    if (nodes[i].op == OpAlternative) {
+      nodes[i].a = signedSerial;
     }
   }
   if (WidthRule(open) == RegExpWidthGroup) {
     NoteFixedLength(open);
   }
-  Append(OpGroupEnd, serial, options_, repeatsOne ? 1 : 0, static_cast<uint64_t>(opening));
+  Append(OpGroupEnd, signedSerial, options, repeatsOne ? 1 : 0, static_cast<uint64_t>(opening));
 }
 
 // A condition that is a group's number or a look-around, not repeated, and at most two branches.
 Fault ProgramBuilder::CheckConditional(int32_t opening, const uint8_t* closing) const {
-  const ProgramNode& condition = nodes_[opening + 1];
-  const int32_t end = nodeCount_ - 1;
-  const int32_t body = AfterConstruct(nodes_, opening + 1);
+  const ProgramNode& condition = nodes[opening + 1];
+  const int32_t end = nodeCount - 1;
+  const int32_t body = AfterConstruct(nodes, opening + 1);
   bool isValid =
-      (condition.op == OpBackref || IsLookaround(condition)) && !IsQuantifier(nodes_[body]);
+      (condition.op == OpBackref || IsLookaround(condition)) && !IsQuantifier(nodes[body]);
   int32_t branches = 1;
-  for (int32_t i = body; isValid && i < end; i = AfterConstruct(nodes_, i)) {
-    branches += nodes_[i].op == OpAlternative ? 1 : 0;
+  for (int32_t i = body; isValid && i < end; i = AfterConstruct(nodes, i)) {
+    branches += nodes[i].op == OpAlternative ? 1 : 0;
     isValid = branches <= 2;
   }
   return isValid ? kNoFault : Fail(StatusRegExpSyntaxError, closing);
@@ -113,9 +113,9 @@ Fault ProgramBuilder::CheckConditional(int32_t opening, const uint8_t* closing) 
 
 // The body must be of one length, told record by record wherever it lies in the body.
 Fault ProgramBuilder::SettleLookbehind(int32_t opening, const uint8_t* closing) {
-  ProgramNode& open = nodes_[opening];
-  for (int32_t i = opening + 1; i < nodeCount_; ++i) {
-    const ProgramNode& node = nodes_[i];
+  ProgramNode& open = nodes[opening];
+  for (int32_t i = opening + 1; i < nodeCount; ++i) {
+    const ProgramNode& node = nodes[i];
     if (node.op == OpBackref || (IsQuantifier(node) && node.a != node.b)) {
       return Fail(StatusRegExpSyntaxError, closing);
     }

@@ -9,25 +9,25 @@
 namespace vekch::regexp {
 
 Fault ProgramBuilder::LiteralByte() {
-  if (runLength_ == 0) {
-    run_ = at_;
+  if (runLength == 0) {
+    run = at;
   }
-  ++runLength_;
-  ++at_;
+  ++runLength;
+  ++at;
   return kNoFault;
 }
 
 void ProgramBuilder::FlushRun() {
-  if (runLength_ == 0) {
+  if (runLength == 0) {
     return;
   }
-  if (runLength_ == 1) {
-    Append(OpChar, *run_, 0, options_);
+  if (runLength == 1) {
+    Append(OpChar, *run, 0, options);
   } else {
-    Append(OpString, 0, runLength_, options_, reinterpret_cast<uintptr_t>(run_));
+    Append(OpString, 0, runLength, options, reinterpret_cast<uintptr_t>(run));
   }
-  runLength_ = 0;
-  lastOfRun_ = nodeCount_ - 1;
+  runLength = 0;
+  lastOfRun = nodeCount - 1;
   NoteLiteral();
 }
 
@@ -35,41 +35,40 @@ void ProgramBuilder::FlushRun() {
 // also where something that compiles to nothing has flushed the run already.
 void ProgramBuilder::SplitRun() {
   FlushRun();
-  if (nodeCount_ == 0 || Last().op != OpString) {
+  if (nodeCount == 0 || Last().op != OpString) {
     return;
   }
   ProgramNode& head = Last();
-  const auto* run = reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(head.ptr));
-  const int32_t options = head.c;
-  const uint8_t lastByte = run[--head.b];
+  const uint8_t* text = RunOf(head);
+  const uint8_t lastByte = text[--head.b];
   if (head.b == 1) {
-    head = {OpChar, *run, 0, options, 0};
+    head = {OpChar, *text, 0, head.c, 0};
   }
-  Append(OpChar, lastByte, 0, options);
-  lastOfRun_ = nodeCount_ - 1;
+  Append(OpChar, lastByte, 0, head.c);
+  lastOfRun = nodeCount - 1;
   NoteLiteral();
 }
 
 // The byte that an escape stands for.
 void ProgramBuilder::AppendByte(uint8_t byte) {
-  Append(OpChar, byte, 0, options_);
+  Append(OpChar, byte, 0, options);
   NoteLiteral();
 }
 
 void ProgramBuilder::NoteLiteral() {
-  if (AtTopLevel() && requiredLiteral_ != kAlternatives) {
-    requiredLiteral_ = nodeCount_ - 1;
+  if (AtTopLevel() && requiredLiteral != kAlternatives) {
+    requiredLiteral = nodeCount - 1;
   }
 }
 
 // Only a literal that nothing but its own quantifier follows is where every match ends.
 void ProgramBuilder::SettleRequiredLiteral() {
-  if (requiredLiteral_ < 0) {
+  if (requiredLiteral < 0) {
     return;
   }
-  for (int32_t i = requiredLiteral_ + 1; i < nodeCount_; ++i) {
-    if (!IsQuantifier(nodes_[i])) {
-      requiredLiteral_ = kNoLiteral;
+  for (int32_t i = requiredLiteral + 1; i < nodeCount; ++i) {
+    if (!IsQuantifier(nodes[i])) {
+      requiredLiteral = kNoLiteral;
       return;
     }
   }

@@ -55,18 +55,18 @@ bool CanRepeat(const ProgramNode& node) {
 }  // namespace
 
 Fault ProgramBuilder::Quantifier() {
-  const uint8_t* start = at_;
+  const uint8_t* start = at;
   SplitRun();
   Bounds bounds;
-  if (!ReadBounds(&at_, &bounds)) {
+  if (!ReadBounds(&at, &bounds)) {
     return Fail(StatusRegExpQuantifierError, start + 1);
   }
-  const bool lazy = *at_ == '?';
-  at_ += lazy ? 1 : 0;
-  if (nodeCount_ == 0 || !CanRepeat(Last()) || start == quantifierEnd_) {
+  const bool lazy = *at == '?';
+  at += lazy ? 1 : 0;
+  if (nodeCount == 0 || !CanRepeat(Last()) || start == quantifierEnd) {
     return Fail(StatusRegExpQuantifierError, start);
   }
-  quantifierEnd_ = at_;
+  quantifierEnd = at;
 
   ProgramNode& last = Last();
   if (IsQuantifier(last)) {
@@ -77,9 +77,9 @@ Fault ProgramBuilder::Quantifier() {
   if (last.op == OpGroupEnd) {
     last.c = last.c == 1 ? -1 : last.c;
     const auto opening = static_cast<int32_t>(last.ptr);
-    if (IsLookaround(nodes_[opening])) {
+    if (IsLookaround(nodes[opening])) {
       // It holds or does not, however often it is asked; and need not hold if asked no times.
-      nodeCount_ = bounds.minimum == 0 ? opening : nodeCount_;
+      nodeCount = bounds.minimum == 0 ? opening : nodeCount;
       return kNoFault;
     }
   } else if ((last.op == OpChar || last.op == OpCodePoint) && (last.ptr & kItemNote) == 0) {
@@ -91,11 +91,11 @@ Fault ProgramBuilder::Quantifier() {
 
 // Only a run's byte that must occur stays the literal that the pattern ends with.
 void ProgramBuilder::QuantifyLiteral(int32_t minimum) {
-  if (requiredLiteral_ == kAlternatives) {
+  if (requiredLiteral == kAlternatives) {
     return;
   }
-  const bool required = lastOfRun_ == nodeCount_ - 1 && AtTopLevel() && minimum >= 1;
-  requiredLiteral_ = required ? nodeCount_ - 1 : kNoLiteral;
+  const bool required = lastOfRun == nodeCount - 1 && AtTopLevel() && minimum >= 1;
+  requiredLiteral = required ? nodeCount - 1 : kNoLiteral;
 }
 
 }  // namespace vekch::regexp

@@ -20,23 +20,23 @@ constexpr int32_t kMostCaptures = RegExpTableSize;
 class PrescanPass {
  public:
   PrescanPass(const uint8_t* pattern, int32_t options)
-      : at_(pattern), extended_((options & RegExpOptionX) != 0) {}
+      : at(pattern), extended((options & RegExpOptionX) != 0) {}
 
   Fault Run() {
-    while (*at_ != 0) {
+    while (*at != 0) {
       const Fault fault = Step();
       if (Failed(fault)) {
         return fault;
       }
     }
-    return depth_ == 0 ? kNoFault : Fault{StatusRegExpSyntaxError, at_};
+    return depth == 0 ? kNoFault : Fault{StatusRegExpSyntaxError, at};
   }
 
-  int32_t CaptureCount() const { return captureCount_; }
+  int32_t CaptureCount() const { return captureCount; }
 
  private:
   Fault Step() {
-    switch (*at_) {
+    switch (*at) {
       case '(':
         return Open();
       case ')':
@@ -47,34 +47,34 @@ class PrescanPass {
         SkipEscape();
         return kNoFault;
       case '#':
-        at_ = extended_ ? SkipLine(at_) : at_ + 1;
+        at = extended ? SkipLine(at) : at + 1;
         return kNoFault;
       default:
-        ++at_;
+        ++at;
         return kNoFault;
     }
   }
 
   Fault Open() {
-    const uint8_t* bracket = at_;
-    if (depth_ >= kDeepest) {
+    const uint8_t* bracket = at;
+    if (depth >= kDeepest) {
       return {StatusRegExpSyntaxError, bracket};
     }
     Enter();
     if (bracket[1] != '?') {
-      ++at_;
-      return ++captureCount_ > kMostCaptures + 1 ? Fault{StatusRegExpSyntaxError, bracket}
-                                                 : kNoFault;
+      ++at;
+      return ++captureCount > kMostCaptures + 1 ? Fault{StatusRegExpSyntaxError, bracket}
+                                                : kNoFault;
     }
-    at_ += 2;
-    if (*at_ == '#') {
-      at_ = FindInPattern(at_, ')');
-      return *at_ == 0 ? Fault{StatusRegExpSyntaxError, at_} : Close();
+    at += 2;
+    if (*at == '#') {
+      at = FindInPattern(at, ')');
+      return *at == 0 ? Fault{StatusRegExpSyntaxError, at} : Close();
     }
-    if (*at_ == '(') {  // a conditional and its condition: two levels
+    if (*at == '(') {  // a conditional and its condition: two levels
       Enter();
-      ++at_;
-    } else if (StartsInlineOptions(*at_)) {
+      ++at;
+    } else if (StartsInlineOptions(*at)) {
       return ReadInlineOptions();
     }
     return kNoFault;
@@ -83,92 +83,92 @@ class PrescanPass {
   // Any byte is taken for a letter here, and any but x for one of no concern.
   Fault ReadInlineOptions() {
     bool sets = true;
-    for (; *at_ != ':' && *at_ != ')'; ++at_) {
-      if (*at_ == 0) {
-        return {StatusRegExpSyntaxError, at_};
+    for (; *at != ':' && *at != ')'; ++at) {
+      if (*at == 0) {
+        return {StatusRegExpSyntaxError, at};
       }
-      if (*at_ == '-') {
+      if (*at == '-') {
         sets = false;
-      } else if (*at_ == 'x') {
-        extended_ = sets;
+      } else if (*at == 'x') {
+        extended = sets;
       }
     }
-    if (*at_ == ')') {
-      --depth_;  // what was set holds on in the group around
+    if (*at == ')') {
+      --depth;  // what was set holds on in the group around
     }
-    ++at_;
+    ++at;
     return kNoFault;
   }
 
-  void Enter() { outside_[++depth_] = extended_; }
+  void Enter() { outside[++depth] = extended; }
 
   Fault Close() {
-    if (depth_ == 0) {
-      return {StatusRegExpSyntaxError, at_};
+    if (depth == 0) {
+      return {StatusRegExpSyntaxError, at};
     }
-    extended_ = outside_[depth_--];
-    ++at_;
+    extended = outside[depth--];
+    ++at;
     return kNoFault;
   }
 
   void SkipEscape() {
-    ++at_;
-    if (*at_ == 'Q') {
+    ++at;
+    if (*at == 'Q') {
       SkipQuote();
       return;
     }
-    if (*at_ == 'c') {
-      ++at_;
+    if (*at == 'c') {
+      ++at;
     }
-    if (*at_ != 0) {
-      ++at_;
+    if (*at != 0) {
+      ++at;
     }
   }
 
   // From the "Q" to behind "\E", or to the end.
   void SkipQuote() {
-    at_ = FindPair(at_, '\\', 'E');
-    if (*at_ != 0) {
-      at_ += 2;
+    at = FindPair(at, '\\', 'E');
+    if (*at != 0) {
+      at += 2;
     }
   }
 
   Fault SkipClass() {
-    ++at_;
-    if (*at_ == '^') {
-      ++at_;
+    ++at;
+    if (*at == '^') {
+      ++at;
     }
-    if (*at_ == ']') {
-      ++at_;
+    if (*at == ']') {
+      ++at;
     }
-    while (*at_ != ']') {
-      if (*at_ == '[' && OpensPosixName(at_[1]) && at_[2] != ']') {
-        at_ = FindPair(at_ + 2, at_[1], ']');
-        at_ += *at_ == 0 ? 0 : 2;
-      } else if (*at_ == '\\') {
-        ++at_;
-        if (*at_ == 'Q') {
+    while (*at != ']') {
+      if (*at == '[' && OpensPosixName(at[1]) && at[2] != ']') {
+        at = FindPair(at + 2, at[1], ']');
+        at += *at == 0 ? 0 : 2;
+      } else if (*at == '\\') {
+        ++at;
+        if (*at == 'Q') {
           SkipQuote();
-        } else if (*at_ != 0) {
-          ++at_;
+        } else if (*at != 0) {
+          ++at;
         }
-      } else if (*at_ != 0) {
-        ++at_;
+      } else if (*at != 0) {
+        ++at;
       }
-      if (*at_ == 0) {
-        return {StatusRegExpClassError, at_};
+      if (*at == 0) {
+        return {StatusRegExpClassError, at};
       }
     }
-    ++at_;
+    ++at;
     return kNoFault;
   }
 
-  const uint8_t* at_;
-  int32_t depth_ = 0;
-  int32_t captureCount_ = 1;
-  bool extended_;
+  const uint8_t* at;
+  int32_t depth = 0;
+  int32_t captureCount = 1;
+  bool extended;
   // A condition may stand one level below the deepest group.
-  bool outside_[kDeepest + 2];
+  bool outside[kDeepest + 2];
 };
 
 }  // namespace

@@ -58,6 +58,14 @@ inline int32_t NotedFixedLength(const ProgramNode& opening) {
   return static_cast<int32_t>(opening.ptr);
 }
 
+// The bytes of an OpString.
+inline const uint8_t* RunOf(const ProgramNode& node) {
+  const uint8_t* run = nullptr;
+  static_assert(sizeof run == sizeof node.ptr);
+  __builtin_memcpy(&run, &node.ptr, sizeof run);
+  return run;
+}
+
 inline ProgramNode* ProgramOf(RegExpState* state) {
   return reinterpret_cast<ProgramNode*>(state + 1);
 }

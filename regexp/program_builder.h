@@ -67,23 +67,23 @@ struct OpenNote {
 
 class ProgramBuilder {
  public:
-  // `nodeCount` records stand already at `nodes`.
-  ProgramBuilder(const uint8_t* pattern, const uint8_t* end, int32_t options, int32_t captureCount,
-                 ProgramNode* nodes, int32_t nodeCount)
-      : at_(pattern),
-        end_(end),
-        nodes_(nodes),
-        nodeCount_(nodeCount),
-        options_(options),
-        captureCount_(captureCount) {}
+  // `recordsThere` records stand already in `program`.
+  ProgramBuilder(const uint8_t* pattern, const uint8_t* textEnd, int32_t compileFlags,
+                 int32_t captures, ProgramNode* program, int32_t recordsThere)
+      : at(pattern),
+        patternEnd(textEnd),
+        nodes(program),
+        nodeCount(recordsThere),
+        options(compileFlags),
+        captureCount(captures) {}
 
   Fault Run();
 
   // Copies the literals behind the program, wipes the notes, and returns the first free byte.
   uint8_t* Finish();
 
-  int32_t NodeCount() const { return nodeCount_; }
-  int32_t RequiredLiteral() const { return requiredLiteral_; }
+  int32_t NodeCount() const { return nodeCount; }
+  int32_t RequiredLiteral() const { return requiredLiteral; }
 
  private:
   friend class ClassBuilder;
@@ -131,30 +131,30 @@ class ProgramBuilder {
   void QuantifyLiteral(int32_t minimum);
 
   void Append(uint32_t op, int32_t a = 0, int32_t b = 0, int32_t c = 0, uint64_t ptr = 0) {
-    nodes_[nodeCount_++] = {op, a, b, c, ptr};
+    nodes[nodeCount++] = {op, a, b, c, ptr};
   }
-  ProgramNode& Last() { return nodes_[nodeCount_ - 1]; }
+  ProgramNode& Last() { return nodes[nodeCount - 1]; }
 
-  bool AtTopLevel() const { return depth_ == 0; }
+  bool AtTopLevel() const { return depth == 0; }
 
-  const uint8_t* at_;
-  const uint8_t* end_;
-  ProgramNode* nodes_;
-  int32_t nodeCount_;
-  int32_t options_;
-  int32_t captureCount_;
+  const uint8_t* at;
+  const uint8_t* patternEnd;
+  ProgramNode* nodes;
+  int32_t nodeCount;
+  int32_t options;
+  int32_t captureCount;
 
-  const uint8_t* run_ = nullptr;  // literal bytes that have no record yet
-  int32_t runLength_ = 0;
-  int32_t lastOfRun_ = -1;  // the last record made of a run
+  const uint8_t* run = nullptr;  // literal bytes that have no record yet
+  int32_t runLength = 0;
+  int32_t lastOfRun = -1;  // the last record made of a run
 
-  int32_t depth_ = 0;
-  int32_t innermost_ = -1;  // record of the innermost open group
-  int32_t serial_ = 1;
-  int32_t captureNumber_ = 1;
+  int32_t depth = 0;
+  int32_t innermost = -1;  // record of the innermost open group
+  int32_t serial = 1;
+  int32_t captureNumber = 1;
 
-  const uint8_t* quantifierEnd_ = nullptr;  // behind the last quantifier's text
-  int32_t requiredLiteral_ = kNoLiteral;
+  const uint8_t* quantifierEnd = nullptr;  // behind the last quantifier's text
+  int32_t requiredLiteral = kNoLiteral;
 };
 
 }  // namespace vekch::regexp

@@ -78,29 +78,29 @@ TEST(ObjectTest, SettersWriteOneFieldOrNothing) {
 class Workbench {
  public:
   explicit Workbench(size_t longest)
-      : patternBuffer_(longest + 1), objectBuffer_(RegExpFixedSize + RegExpSizePerByte * longest) {}
+      : patternBuffer(longest + 1), objectBuffer(RegExpFixedSize + RegExpSizePerByte * longest) {}
 
   vekStatus Compile(const std::string& pattern, const char* options = nullptr) {
-    uint8_t* text = patternBuffer_.AtEnd(pattern.size() + 1);
+    uint8_t* text = patternBuffer.AtEnd(pattern.size() + 1);
     std::memcpy(text, pattern.c_str(), pattern.size() + 1);
     int32_t size = 0;
     veksRegExpGetSize(text, &size);
-    object_ = objectBuffer_.AtEnd(static_cast<size_t>(size));
-    offset_ = kUnwritten;
+    object = objectBuffer.AtEnd(static_cast<size_t>(size));
+    offset = kUnwritten;
     const vekStatus status =
-        veksRegExpInit(text, reinterpret_cast<const uint8_t*>(options), State(), &offset_);
+        veksRegExpInit(text, reinterpret_cast<const uint8_t*>(options), State(), &offset);
     std::memset(text, '?', pattern.size());  // the object does not need it any more
     return status;
   }
 
-  RegExpState* State() const { return reinterpret_cast<RegExpState*>(object_); }
-  int32_t Offset() const { return offset_; }
+  RegExpState* State() const { return reinterpret_cast<RegExpState*>(object); }
+  int32_t Offset() const { return offset; }
 
  private:
-  GuardedBuffer patternBuffer_;
-  GuardedBuffer objectBuffer_;
-  uint8_t* object_ = nullptr;
-  int32_t offset_ = kUnwritten;
+  GuardedBuffer patternBuffer;
+  GuardedBuffer objectBuffer;
+  uint8_t* object = nullptr;
+  int32_t offset = kUnwritten;
 };
 
 std::string StatusName(vekStatus status) {

@@ -10,14 +10,14 @@ constexpr size_t kNowhere = std::string::npos;
 // A fault is thrown as its Verdict.
 class PatternReader {
  public:
-  explicit PatternReader(const std::string& pattern) : text_(pattern), size_(pattern.size()) {}
+  explicit PatternReader(const std::string& pattern) : text(pattern), size(pattern.size()) {}
 
   void Read() {
     CheckBrackets();
-    at_ = 0;
+    at = 0;
     ReadSequence();
-    if (at_ < size_) {
-      Fault(StatusRegExpSyntaxError, at_);  // a ")" too many
+    if (at < size) {
+      Fault(StatusRegExpSyntaxError, at);  // a ")" too many
     }
   }
 
@@ -26,66 +26,66 @@ class PatternReader {
 
   [[noreturn]] static void Fault(vekStatus status, size_t offset) { throw Verdict{status, offset}; }
 
-  char Peek(size_t ahead = 0) const { return at_ + ahead < size_ ? text_[at_ + ahead] : '\0'; }
+  char Peek(size_t ahead = 0) const { return at + ahead < size ? text[at + ahead] : '\0'; }
   bool Sees(const char* what) const {
-    return text_.compare(at_, std::string(what).size(), what) == 0;
+    return text.compare(at, std::string(what).size(), what) == 0;
   }
   bool StartsName() const { return Peek() == '[' && (Peek(1) == ':' || Peek(1) == '.'); }
 
   size_t SkipDigits(size_t from, size_t most = kNowhere) const {
-    return std::min({text_.find_first_not_of('1', from), size_, most});
+    return std::min({text.find_first_not_of('1', from), size, most});
   }
 
   // ---- The look at the whole pattern.
 
   void CheckBrackets() {
     size_t depth = 0;
-    while (at_ < size_) {
+    while (at < size) {
       if (Peek() == '[') {
         CheckClass();
       } else if (Sees("(?-")) {
-        at_ = text_.find_first_of(":)", at_);
-        if (at_ == kNowhere) {
-          Fault(StatusRegExpSyntaxError, size_);
+        at = text.find_first_of(":)", at);
+        if (at == kNowhere) {
+          Fault(StatusRegExpSyntaxError, size);
         }
-        depth += text_[at_++] == ':' ? 1 : 0;
+        depth += text[at++] == ':' ? 1 : 0;
       } else if (Peek() == ')') {
         if (depth-- == 0) {
-          Fault(StatusRegExpSyntaxError, at_);
+          Fault(StatusRegExpSyntaxError, at);
         }
-        ++at_;
+        ++at;
       } else {
-        captures_ += Peek() == '(' && Peek(1) != '?' ? 1 : 0;
+        captures += Peek() == '(' && Peek(1) != '?' ? 1 : 0;
         depth += Sees("(?(") ? 2 : Peek() == '(' ? 1 : 0;
-        at_ += Sees("(?(") ? 3 : Peek() == '\\' ? 2 : 1;
+        at += Sees("(?(") ? 3 : Peek() == '\\' ? 2 : 1;
       }
     }
     if (depth != 0) {
-      Fault(StatusRegExpSyntaxError, size_);
+      Fault(StatusRegExpSyntaxError, size);
     }
   }
 
   void CheckClass() {
-    at_ += Peek(1) == '^' ? 2 : 1;
-    at_ += Peek() == ']' ? 1 : 0;
-    while (at_ < size_ && Peek() != ']') {
+    at += Peek(1) == '^' ? 2 : 1;
+    at += Peek() == ']' ? 1 : 0;
+    while (at < size && Peek() != ']') {
       if (StartsName() && Peek(2) != ']') {
-        const size_t close = text_.find(Peek(1) == ':' ? ":]" : ".]", at_ + 2);
-        at_ = close == kNowhere ? size_ : close + 2;
+        const size_t close = text.find(Peek(1) == ':' ? ":]" : ".]", at + 2);
+        at = close == kNowhere ? size : close + 2;
       } else {
-        at_ += Peek() == '\\' ? 2 : 1;
+        at += Peek() == '\\' ? 2 : 1;
       }
     }
-    if (at_ >= size_) {
-      Fault(StatusRegExpClassError, size_);
+    if (at >= size) {
+      Fault(StatusRegExpClassError, size);
     }
-    ++at_;
+    ++at;
   }
 
   // ---- The constructs. A sequence ends at the pattern's end or at a ")".
 
   void ReadSequence() {
-    while (at_ < size_ && Peek() != ')') {
+    while (at < size && Peek() != ')') {
       if (QuantifierEnd() != kNowhere) {
         ReadQuantifier();
         continue;
@@ -100,27 +100,27 @@ class PatternReader {
       } else if (first == '\\') {
         ReadEscape();
       } else {
-        ++at_;
+        ++at;
       }
-      alternatives_ += first == '|' ? 1 : 0;
-      before_ = first == '|' ? Before::kNothing : Before::kAtom;
+      alternatives += first == '|' ? 1 : 0;
+      before = first == '|' ? Before::kNothing : Before::kAtom;
     }
   }
 
   size_t QuantifierEnd() const {
     if (Peek() == '*' || Peek() == '+' || Peek() == '?') {
-      return at_ + 1;
+      return at + 1;
     }
-    size_t i = SkipDigits(at_ + 1);
-    i = i < size_ && text_[i] == ',' ? SkipDigits(i + 1) : i;
-    return Peek() == '{' && i < size_ && text_[i] == '}' ? i + 1 : kNowhere;
+    size_t i = SkipDigits(at + 1);
+    i = i < size && text[i] == ',' ? SkipDigits(i + 1) : i;
+    return Peek() == '{' && i < size && text[i] == '}' ? i + 1 : kNowhere;
   }
 
   void ReadQuantifier() {
-    const size_t start = at_;
-    at_ = QuantifierEnd();
-    if (text_[start] == '{') {
-      const std::string inside = text_.substr(start + 1, at_ - start - 2);
+    const size_t start = at;
+    at = QuantifierEnd();
+    if (text[start] == '{') {
+      const std::string inside = text.substr(start + 1, at - start - 2);
       const size_t comma = std::min(inside.find(','), inside.size());
       const bool hasMost = comma + 1 < inside.size();
       const long least = comma == 0 ? 0 : std::stol(inside);
@@ -129,33 +129,33 @@ class PatternReader {
         Fault(StatusRegExpQuantifierError, start + 1);
       }
     }
-    at_ += Peek() == '?' ? 1 : 0;
-    if (before_ == Before::kNothing || start == quantifierEnd_) {
+    at += Peek() == '?' ? 1 : 0;
+    if (before == Before::kNothing || start == quantifierEnd) {
       Fault(StatusRegExpQuantifierError, start);
     }
-    before_ = Before::kQuantifier;
-    quantifierEnd_ = at_;
+    before = Before::kQuantifier;
+    quantifierEnd = at;
   }
 
   void ReadEscape() {
-    ++at_;
-    if (at_ == size_) {
-      Fault(StatusRegExpEscapeError, at_);
+    ++at;
+    if (at == size) {
+      Fault(StatusRegExpEscapeError, at);
     }
     if (Peek() != '1') {
-      ++at_;
+      ++at;
       return;
     }
-    const size_t digits = SkipDigits(at_, at_ + 3) - at_;
-    if (digits == 1 && captures_ < 2) {
-      Fault(StatusRegExpFormatError, at_);
+    const size_t digits = SkipDigits(at, at + 3) - at;
+    if (digits == 1 && captures < 2) {
+      Fault(StatusRegExpFormatError, at);
     }
-    at_ += digits;  // too few groups here for "\11": a code
+    at += digits;  // too few groups here for "\11": a code
   }
 
   void ReadGroup() {
     if (Sees("(?)")) {
-      at_ += 3;
+      at += 3;
       return;
     }
     const bool isConditional = Sees("(?(");
@@ -163,44 +163,44 @@ class PatternReader {
     if (isConditional) {
       isValid = ReadCondition();
     } else if (Sees("(?-")) {
-      at_ = std::min(text_.find_first_not_of('-', at_ + 2), size_);
+      at = std::min(text.find_first_not_of('-', at + 2), size);
       if (Peek() != ':' && Peek() != ')') {
-        Fault(StatusRegExpSyntaxError, at_);
+        Fault(StatusRegExpSyntaxError, at);
       }
-      if (text_[at_++] == ')') {
-        before_ = Before::kNothing;
+      if (text[at++] == ')') {
+        before = Before::kNothing;
         return;
       }
     } else if (Sees("(?")) {
       if (Peek(2) != ':') {
-        Fault(StatusRegExpSyntaxError, at_ + 2);
+        Fault(StatusRegExpSyntaxError, at + 2);
       }
-      at_ += 3;
+      at += 3;
     } else {
-      ++at_;
+      ++at;
     }
-    const int around = alternatives_;
-    alternatives_ = 0;
-    before_ = isConditional && isValid ? Before::kAtom : Before::kNothing;
+    const int around = alternatives;
+    alternatives = 0;
+    before = isConditional && isValid ? Before::kAtom : Before::kNothing;
     isValid = isValid && !(isConditional && QuantifierEnd() != kNowhere);
     ReadSequence();
-    if (at_ == size_ || (isConditional && (!isValid || alternatives_ > 1))) {
-      Fault(StatusRegExpSyntaxError, at_);
+    if (at == size || (isConditional && (!isValid || alternatives > 1))) {
+      Fault(StatusRegExpSyntaxError, at);
     }
-    ++at_;
-    alternatives_ = around;
-    before_ = Before::kAtom;
+    ++at;
+    alternatives = around;
+    before = Before::kAtom;
   }
 
   // Whether it is one: a group in its place is none, as no look-around is spelled here.
   bool ReadCondition() {
-    const size_t start = at_ + 3;
+    const size_t start = at + 3;
     const size_t end = SkipDigits(start, start + 3);
-    at_ = Peek(3) == '?' ? at_ + 2 : end + 1;
-    if (Peek() == '(' && text_[start] == '?') {
+    at = Peek(3) == '?' ? at + 2 : end + 1;
+    if (Peek() == '(' && text[start] == '?') {
       return false;
     }
-    if (end == size_ || text_[end] != ')') {
+    if (end == size || text[end] != ')') {
       Fault(StatusRegExpSyntaxError, end);
     }
     if (end == start) {
@@ -212,26 +212,26 @@ class PatternReader {
   // ---- Bracket classes; no name of a set can be spelled here.
 
   void ReadClass() {
-    at_ += Peek(1) == '^' ? 2 : 1;
-    const bool negated = text_[at_ - 1] == '^';
+    at += Peek(1) == '^' ? 2 : 1;
+    const bool negated = text[at - 1] == '^';
     int members = 0;
     int last = -1;  // the member that a "-" makes a range of, if it is not complete
     if (Peek() == ']' || Peek() == '-') {
       ++members;
-      ++at_;
+      ++at;
     }
     while (Peek() != ']') {
       ++members;
-      if (at_ >= size_) {
-        Fault(StatusRegExpClassError, size_);
+      if (at >= size) {
+        Fault(StatusRegExpClassError, size);
       } else if (StartsName()) {
         ReadNoName();
         ++members;
         last = -1;
       } else if (Peek() == '-') {
-        ++at_;
-        const bool isRange = last >= 0 && Peek() != ']' && !StartsName() && at_ < size_;
-        const size_t end = at_;
+        ++at;
+        const bool isRange = last >= 0 && Peek() != ']' && !StartsName() && at < size;
+        const size_t end = at;
         if (isRange && ReadMember() < last) {
           Fault(StatusRegExpClassError, end);
         }
@@ -241,42 +241,42 @@ class PatternReader {
       }
     }
     if (members == 1 && last == '^' && !negated) {
-      Fault(StatusRegExpSyntaxError, at_);
+      Fault(StatusRegExpSyntaxError, at);
     }
-    ++at_;
+    ++at;
   }
 
   int ReadMember() {
-    const size_t start = at_++;
-    if (text_[start] != '\\') {
-      return text_[start];
+    const size_t start = at++;
+    if (text[start] != '\\') {
+      return text[start];
     }
-    if (at_ == size_) {
-      Fault(StatusRegExpEscapeError, at_);
+    if (at == size) {
+      Fault(StatusRegExpEscapeError, at);
     }
-    const char letter = text_[at_];
-    const size_t end = SkipDigits(at_, at_ + 3);
-    const int octal = letter == '1' ? std::stoi(text_.substr(at_, end - at_), nullptr, 8) : 0;
-    at_ = letter == '1' ? end : at_ + 1;
+    const char letter = text[at];
+    const size_t end = SkipDigits(at, at + 3);
+    const int octal = letter == '1' ? std::stoi(text.substr(at, end - at), nullptr, 8) : 0;
+    at = letter == '1' ? end : at + 1;
     return letter == 'a' ? 7 : letter == 'b' ? 8 : letter == '1' ? octal : letter;
   }
 
   void ReadNoName() {
-    const size_t closing = text_.find(Peek(1), at_ + 2);
+    const size_t closing = text.find(Peek(1), at + 2);
     if (Peek(2) != ']' && closing != kNowhere &&
-        (closing + 1 == size_ || text_[closing + 1] == ']')) {
-      Fault(StatusRegExpClassError, at_);
+        (closing + 1 == size || text[closing + 1] == ']')) {
+      Fault(StatusRegExpClassError, at);
     }
-    at_ += 2;
+    at += 2;
   }
 
-  const std::string& text_;
-  const size_t size_;
-  size_t at_ = 0;
-  int captures_ = 1;
-  int alternatives_ = 0;
-  Before before_ = Before::kNothing;
-  size_t quantifierEnd_ = kNowhere;
+  const std::string& text;
+  const size_t size;
+  size_t at = 0;
+  int captures = 1;
+  int alternatives = 0;
+  Before before = Before::kNothing;
+  size_t quantifierEnd = kNowhere;
 };
 
 }  // namespace

@@ -21,84 +21,84 @@ bool IsItem(const ProgramNode& node) {
 
 class ProgramChecker {
  public:
-  ProgramChecker(const RegExpState& state, size_t length)
-      : state_(state),
-        nodes_(reinterpret_cast<const ProgramNode*>(&state + 1)),
-        count_(state.nodeCount),
-        room_(static_cast<int32_t>(length) + 1) {}
+  ProgramChecker(const RegExpState& object, size_t length)
+      : state(object),
+        nodes(reinterpret_cast<const ProgramNode*>(&object + 1)),
+        count(object.nodeCount),
+        room(static_cast<int32_t>(length) + 1) {}
 
   std::string Run() {
-    if (count_ < 0 || count_ > room_ || state_.regExpTag != RegExpTag || !HeaderHolds()) {
+    if (count < 0 || count > room || state.regExpTag != RegExpTag || !HeaderHolds()) {
       return "header";
     }
-    while (at_ < count_) {
-      const int32_t start = at_;
-      const char* flaw = Step(nodes_[at_]);
+    while (at < count) {
+      const int32_t start = at;
+      const char* flaw = Step(nodes[at]);
       if (flaw != nullptr) {
         return std::string(flaw) + " at " + std::to_string(start);
       }
     }
-    return open_.empty() ? "" : "a group without an end";
+    return open.empty() ? "" : "a group without an end";
   }
 
  private:
   bool HeaderHolds() const {
-    const int32_t required = state_.requiredLiteralIndex;
-    return state_.captureCount >= 1 && state_.matchLimit == 10000 && state_.characterFormat == 1 &&
-           required >= -2 && required < count_ &&
-           (required < 0 || nodes_[required].op == OpChar || nodes_[required].op == OpString);
+    const int32_t required = state.requiredLiteralIndex;
+    return state.captureCount >= 1 && state.matchLimit == 10000 && state.characterFormat == 1 &&
+           required >= -2 && required < count &&
+           (required < 0 || nodes[required].op == OpChar || nodes[required].op == OpString);
   }
 
   // Moves on behind one construct, and says what is wrong with it.
   const char* Step(const ProgramNode& node) {
-    const bool repeatable = repeatable_;
-    repeatable_ = true;
-    ++at_;
+    const bool followsAtom = repeatable;
+    repeatable = true;
+    ++at;
     if (node.op < OpChar || node.op > OpGrapheme || node.op == OpClassRange) {
       return "an operation";
     }
     if (node.op == OpString) {
-      repeatable_ = false;
+      repeatable = false;
       return StringHolds(node) ? nullptr : "a string";
     }
     if (node.op != OpScript && node.ptr != 0) {
       return "a note";
     }
     if (IsQuantifier(node)) {
-      repeatable_ = false;
+      repeatable = false;
       const bool inOrder = node.a >= 0 && node.a <= node.b && node.b <= RegExpUnbounded;
-      return repeatable && inOrder ? nullptr : "a quantifier";
+      return followsAtom && inOrder ? nullptr : "a quantifier";
     }
     if (node.op == OpClass) {
       return ItemsHold(node.b) ? nullptr : "a class";
     }
     if (IsOpening(node)) {
-      repeatable_ = false;
+      repeatable = false;
       return Enter(node) ? nullptr : "an opening";
     }
     if (node.op == OpGroupEnd) {
       return Leave(node) ? nullptr : "a group's end";
     }
-    repeatable_ = node.op != OpAlternative && node.op != OpSetOptions;
+    repeatable = node.op != OpAlternative && node.op != OpSetOptions;
     return node.op != OpAlternative || node.a == Serial() ? nullptr : "an alternative";
   }
 
-  int32_t Serial() const { return open_.empty() ? 0 : nodes_[open_.back()].a; }
+  int32_t Serial() const { return open.empty() ? 0 : nodes[open.back()].a; }
 
   // The runs lie one behind the other, from the last record on.
   bool StringHolds(const ProgramNode& node) {
-    const auto tail = reinterpret_cast<uintptr_t>(nodes_ + count_) + copied_;
-    const auto end = reinterpret_cast<uintptr_t>(nodes_ + room_);
-    copied_ += static_cast<uintptr_t>(node.b);
+    const auto tail = reinterpret_cast<uintptr_t>(nodes + count) + copied;
+    const auto end = reinterpret_cast<uintptr_t>(nodes + room);
+    copied += static_cast<uintptr_t>(node.b);
     return node.b >= 2 && node.ptr == tail && node.ptr + static_cast<uintptr_t>(node.b) <= end;
   }
 
   bool ItemsHold(int32_t items) {
-    if (items < 1 || at_ + items > count_) {
+    if (items < 1 || at + items > count) {
       return false;
     }
-    for (const int32_t end = at_ + items; at_ < end; ++at_) {
-      const ProgramNode& item = nodes_[at_];
+    for (const int32_t end = at + items; at < end; ++at) {
+      const ProgramNode& item = nodes[at];
       if (!IsItem(item) || (item.op == OpClassRange && item.a > item.b)) {
         return false;
       }
@@ -107,31 +107,31 @@ class ProgramChecker {
   }
 
   bool Enter(const ProgramNode& node) {
-    const bool inOrder = std::abs(node.a) > lastSerial_ && std::abs(node.a) < RegExpTableSize;
-    lastSerial_ = std::abs(node.a);
-    open_.push_back(at_ - 1);
-    return inOrder && (node.a < 0) == IsNegativeSerial(node) && at_ + node.b < count_;
+    const bool inOrder = std::abs(node.a) > lastSerial && std::abs(node.a) < RegExpTableSize;
+    lastSerial = std::abs(node.a);
+    open.push_back(at - 1);
+    return inOrder && (node.a < 0) == IsNegativeSerial(node) && at + node.b < count;
   }
 
   bool Leave(const ProgramNode& node) {
-    if (open_.empty()) {
+    if (open.empty()) {
       return false;
     }
-    const ProgramNode& opening = nodes_[open_.back()];
-    const bool holds = node.a == opening.a && open_.back() + opening.b + 1 == at_ - 1;
-    open_.pop_back();
+    const ProgramNode& opening = nodes[open.back()];
+    const bool holds = node.a == opening.a && open.back() + opening.b + 1 == at - 1;
+    open.pop_back();
     return holds;
   }
 
-  const RegExpState& state_;
-  const ProgramNode* nodes_;
-  int32_t count_;
-  int32_t room_;
-  int32_t at_ = 0;
-  bool repeatable_ = false;  // whether a quantifier may stand here
-  int32_t lastSerial_ = 0;
-  uintptr_t copied_ = 0;
-  std::vector<int32_t> open_;
+  const RegExpState& state;
+  const ProgramNode* nodes;
+  int32_t count;
+  int32_t room;
+  int32_t at = 0;
+  bool repeatable = false;  // whether a quantifier may stand here
+  int32_t lastSerial = 0;
+  uintptr_t copied = 0;
+  std::vector<int32_t> open;
 };
 
 }  // namespace

@@ -107,6 +107,17 @@ TABLE = [
     ("-F two none a", "", "a:two\n", "vekgrep: none: No such file or directory\n", 2),
     ("-F two folder a", "", "a:two\n", "vekgrep: folder: Is a directory\n", 2),
     ("-F -c two folder a", "", "a:1\n", "vekgrep: folder: Is a directory\n", 2),
+    # What a pattern compiles to.
+    (["--explain", "ab+"], "", "   0  OpChar byte='a'\n   1  OpChar byte='b'\n"
+     "   2  OpGreedy minimum=1 maximum=unbounded\n"
+     "   search mode 1, required literal 1, captures 1\n", "", 0),
+    (["-i", "--explain=(ab)"], "", "   0  OpCapture serial=1 extent=1 slot=1\n"
+     "   1    OpString length=2 options=i \"ab\"\n   2  OpGroupEnd serial=1 options=i\n"
+     "   search mode 0, required literal -1, captures 2\n", "", 0),
+    (["--explain", "a**"], "", "",
+     r"vekgrep: malformed quantifier in the pattern\n  a\*\*\n    \^\n", 2),
+    (["--explain", "\u00E9\tb)\nc"], "", "",
+     "vekgrep: malformed pattern structure\n  \u00E9\tb\\)\n   \t \\^\n", 2),
     # The command line.
     ("-h", "", HELP, "", 0),
     ("--help", "", HELP + "Exit status:.*", "", 0),

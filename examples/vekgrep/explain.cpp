@@ -2,6 +2,9 @@
 
 #include <cstdio>
 #include <string_view>
+#include <vector>
+
+#include "vekch/vekch.h"
 
 namespace vekgrep {
 namespace {
@@ -112,15 +115,32 @@ std::string ListProgram(const RegExpState& state) {
 }
 
 std::string DescribeFault(const std::string& pattern, vekStatus status, int32_t offset) {
+  const auto place = static_cast<size_t>(offset);
+  const size_t lineStart = place == 0 ? 0 : pattern.rfind('\n', place - 1) + 1;  // npos: 0
+  const std::string line = pattern.substr(lineStart, pattern.find('\n', place) - lineStart);
   std::string caret;
-  for (size_t i = 0; i < static_cast<size_t>(offset) && i < pattern.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(pattern[i]);
-    // A tab moves the caret as it moves the pattern; the bytes that go on a character take no room.
-    if (byte == '\t' || (byte & 0xC0) != 0x80) {
+  for (const char c : line.substr(0, place - lineStart)) {
+    // A tab moves the caret as it moves the pattern; what continues a character takes no room.
+    const auto byte = static_cast<unsigned char>(c);
+    if ((byte & 0xC0) != 0x80) {
       caret += byte == '\t' ? '\t' : ' ';
     }
   }
-  return pattern + "\n" + caret + "^\n" + vekStatusText(status) + "\n";
+  return std::string(vekStatusText(status)) + "\n  " + line + "\n  " + caret + "^";
+}
+
+Explanation Explain(const std::string& pattern, bool ignoreCase) {
+  const auto* text = reinterpret_cast<const uint8_t*>(pattern.c_str());
+  const uint8_t options[] = {'i', 0};
+  int32_t size = 0;
+  veksRegExpGetSize(text, &size);
+  std::vector<ProgramNode> block((static_cast<size_t>(size) + sizeof(ProgramNode) - 1) /
+                                 sizeof(ProgramNode));
+  auto* state = reinterpret_cast<RegExpState*>(block.data());
+  int32_t offset = 0;
+  const vekStatus status = veksRegExpInit(text, ignoreCase ? options : nullptr, state, &offset);
+  return status == StatusNoError ? Explanation{true, ListProgram(*state)}
+                                 : Explanation{false, DescribeFault(pattern, status, offset)};
 }
 
 }  // namespace vekgrep

@@ -20,8 +20,16 @@ namespace vekgrep {
 //      search mode 1, required literal 0, captures 1
 std::string ListProgram(const RegExpState& state);
 
-// The pattern, a caret under the place at fault, and what the fault is.
+// What the fault is, and the line of the pattern that it is in, with a caret under its place.
 std::string DescribeFault(const std::string& pattern, vekStatus status, int32_t offset);
+
+// The listing of a pattern's program, or the description of its fault.
+struct Explanation {
+  bool compiles;
+  std::string text;
+};
+
+Explanation Explain(const std::string& pattern, bool ignoreCase);
 
 }  // namespace vekgrep
 

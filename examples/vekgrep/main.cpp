@@ -6,6 +6,7 @@
 //   input        chunks of whole lines, in bounded memory
 //   searcher     where a chunk matches
 //   file_search  which lines of a file are selected, and what is told of them
+//   explain      what a pattern compiles to
 //   output       buffer, colours, messages
 //   platform     files, terminals and the entry point of each system
 
@@ -14,6 +15,7 @@
 #include <cstring>
 #include <new>
 
+#include "explain.h"
 #include "file_search.h"
 #include "platform.h"
 
@@ -65,6 +67,16 @@ int SearchFiles(const Options& options, Output& output) {
   return trouble ? kTrouble : found ? kFound : kNotFound;
 }
 
+int ExplainPattern(const CommandLine& commandLine, Output& output) {
+  const Explanation explanation = Explain(commandLine.text, commandLine.options.ignoreCase);
+  if (!explanation.compiles) {
+    output.Complain(explanation.text);
+    return kTrouble;
+  }
+  output.Append(explanation.text);
+  return Finish(output, kFound);
+}
+
 int RunOrThrow(const std::vector<std::string>& arguments) {
   const CommandLine commandLine = ParseCommandLine(arguments);
   Output output(WantsColor(commandLine.options.color));
@@ -75,6 +87,8 @@ int RunOrThrow(const std::vector<std::string>& arguments) {
     case CommandLine::Kind::kFault:
       output.Complain(commandLine.text);
       return kTrouble;
+    case CommandLine::Kind::kExplain:
+      return ExplainPattern(commandLine, output);
     case CommandLine::Kind::kSearch:
       break;
   }

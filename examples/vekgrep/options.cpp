@@ -23,6 +23,7 @@ enum class OptionId {
   kLineNumbers,
   kMatches,
   kColor,
+  kExplain,
   kShortHelp,
   kLongHelp
 };
@@ -62,6 +63,10 @@ constexpr OptionInfo kOptions[] = {
     {OptionId::kColor, 0, "color", Value::kOptional, "WHEN", "colour: auto, always or never",
      "auto, which is also the default, colours what goes to a terminal, unless\n"
      "NO_COLOR is set and not empty or TERM is \"dumb\"."},
+    {OptionId::kExplain, 0, "explain", Value::kRequired, "PATTERN",
+     "print what PATTERN compiles to, and search nothing",
+     "One record of the program a line; for a PATTERN that does not compile,\n"
+     "where it is at fault. With -i its option i is set."},
     {OptionId::kShortHelp, 'h', "", Value::kNone, "", "print this list", ""},
     {OptionId::kLongHelp, 0, "help", Value::kNone, "", "print a longer explanation", ""},
 };
@@ -171,7 +176,9 @@ class Parser {
     if (!help.empty()) {
       return {CommandLine::Kind::kHelp, {}, help};
     }
-    return {CommandLine::Kind::kSearch, std::move(options), ""};
+    const CommandLine::Kind kind =
+        explains ? CommandLine::Kind::kExplain : CommandLine::Kind::kSearch;
+    return {kind, std::move(options), explained};
   }
 
  private:
@@ -254,6 +261,10 @@ class Parser {
       case OptionId::kColor:
         ApplyColor(value);
         break;
+      case OptionId::kExplain:
+        explains = true;
+        explained = value;
+        break;
       case OptionId::kShortHelp:
         help = HelpText(false);
         break;
@@ -274,6 +285,9 @@ class Parser {
   }
 
   void Finish() {
+    if (explains) {
+      return;
+    }
     if (!options.fixedText) {
       fault = "only fixed text can be searched for: give -F";
       return;
@@ -304,9 +318,11 @@ class Parser {
   bool counts = false;
   bool namesFiles = false;
   bool onlyMatches = false;
+  bool explains = false;
   std::vector<std::string> operands;
   std::string fault;
   std::string help;
+  std::string explained;
   Options options;
 };
 

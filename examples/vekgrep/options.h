@@ -29,10 +29,10 @@ struct Options {
   std::vector<std::string> files;  // at least one; "-" is standard input
 };
 
-// What the command line comes to. `text` is help for standard output or, for a fault, a message
-// for standard error.
+// What the command line comes to. `text` is help for standard output; for a fault, a message for
+// standard error; or the pattern to explain.
 struct CommandLine {
-  enum class Kind { kSearch, kHelp, kFault };
+  enum class Kind { kSearch, kExplain, kHelp, kFault };
   Kind kind;
   Options options;
   std::string text;
