@@ -136,9 +136,10 @@ TEST(CompilerTest, GoldenListings) {
       pattern.replace(i, 2, "\n");
     }
     const vekStatus status = bench.Compile(pattern, title.substr(end + 1).c_str());
-    const std::string actual = status == StatusNoError ? vekgrep::ListProgram(*bench.State())
-                                                       : "   " + StatusName(status) + " at " +
-                                                             std::to_string(bench.Offset()) + "\n";
+    const std::string actual =
+        status == StatusNoError
+            ? examples::vekgrep::ListProgram(*bench.State())
+            : "   " + StatusName(status) + " at " + std::to_string(bench.Offset()) + "\n";
     EXPECT_EQ(actual, expected) << title;
     ++cases;
   };

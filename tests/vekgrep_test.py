@@ -8,34 +8,17 @@
 Usage: vekgrep_test.py --program PATH [--emulator PATH] [--bounded] [unittest arguments]
 """
 
-import argparse
 import os
 import random
 import re
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
-OPTIONS = None
+from example_program import OPTIONS, limited, main, run
+
 BUFFER = 128 << 10  # as in input.cpp; a pattern is at most a quarter of it
-
-
-def run(arguments, stdin=b"", environment=None, stdout=None, **popen):
-    """Runs the program; `stdin` is bytes or a file. Standard output, unless another file is given,
-    and standard error go to files: processes that an emulator leaves behind would keep pipes open.
-    """
-    command = ([OPTIONS.emulator] if OPTIONS.emulator else []) + [OPTIONS.program]
-    popen["input" if isinstance(stdin, bytes) else "stdin"] = stdin
-    with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
-        done = subprocess.run(command + list(arguments), timeout=250, stdout=stdout or out,
-                              stderr=out if popen.pop("oneOutput", False) else err,
-                              env=dict(os.environ, **(environment or {})), **popen)
-        out.seek(0)
-        err.seek(0)
-        done.stdout, done.stderr = out.read(), err.read()
-    return done
 
 
 class InFolder(unittest.TestCase):
@@ -276,13 +259,8 @@ class Buffers(InFolder):
 
 class Streams(InFolder):
     def stream(self, shell, arguments, expected):
-        limit = None
-        if OPTIONS.bounded:
-            import resource
-            def limit():
-                resource.setrlimit(resource.RLIMIT_AS, (64 << 20, 64 << 20))
         with subprocess.Popen(["sh", "-c", shell], stdout=subprocess.PIPE) as source:
-            done = run(arguments, source.stdout, preexec_fn=limit)
+            done = run(arguments, source.stdout, **limited())
             source.stdout.close()
         self.assertEqual((done.stdout, done.stderr), (expected, b""))
 
@@ -304,9 +282,4 @@ class Streams(InFolder):
 
 
 if __name__ == "__main__":
-    parser = argparse.ArgumentParser()
-    parser.add_argument("--program", required=True)
-    parser.add_argument("--emulator")
-    parser.add_argument("--bounded", action="store_true")
-    OPTIONS, rest = parser.parse_known_args()
-    unittest.main(argv=sys.argv[:1] + rest)
+    main()

@@ -6,7 +6,7 @@
 
 #include "vekch/vekch.h"
 
-namespace vekgrep {
+namespace examples::vekgrep {
 namespace {
 
 struct Operation {
@@ -143,4 +143,4 @@ Explanation Explain(const std::string& pattern, bool ignoreCase) {
                                  : Explanation{false, DescribeFault(pattern, status, offset)};
 }
 
-}  // namespace vekgrep
+}  // namespace examples::vekgrep

@@ -10,7 +10,7 @@
 #include "vekch/regexp_program.h"
 #include "vekch/status.h"
 
-namespace vekgrep {
+namespace examples::vekgrep {
 
 // One record a line: its index, its operation and its operands by name, indented by groups and
 // classes; options, negations and flags only where they are set. The last line tells what a search
@@ -31,6 +31,6 @@ struct Explanation {
 
 Explanation Explain(const std::string& pattern, bool ignoreCase);
 
-}  // namespace vekgrep
+}  // namespace examples::vekgrep
 
 #endif

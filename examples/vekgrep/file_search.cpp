@@ -8,7 +8,7 @@
 #include <numeric>
 #include <utility>
 
-namespace vekgrep {
+namespace examples::vekgrep {
 namespace {
 
 // The library finds bytes but doesn't count them, and a call for every line would take longer than
@@ -34,8 +34,8 @@ int64_t CountNewlines(const uint8_t* text, Range range) {
 
 }  // namespace
 
-FileSearch::FileSearch(const Options& searchOptions, Searcher& lineSearcher, Output& lineOutput,
-                       std::string fileLabel)
+FileSearch::FileSearch(const Options& searchOptions, Searcher& lineSearcher,
+                       StyledOutput& lineOutput, std::string fileLabel)
     : options(searchOptions),
       searcher(lineSearcher),
       output(lineOutput),
@@ -188,4 +188,4 @@ void FileSearch::PrintSummary(bool readToItsEnd) {
   }
 }
 
-}  // namespace vekgrep
+}  // namespace examples::vekgrep

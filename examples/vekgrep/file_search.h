@@ -6,17 +6,17 @@
 #include <cstdint>
 #include <string>
 
-#include "input.h"
+#include "common/input.h"
 #include "options.h"
-#include "output.h"
 #include "searcher.h"
+#include "styled_output.h"
 
-namespace vekgrep {
+namespace examples::vekgrep {
 
 class FileSearch {
  public:
   // `label` is what the file is called in the output.
-  FileSearch(const Options& options, Searcher& searcher, Output& output, std::string label);
+  FileSearch(const Options& options, Searcher& searcher, StyledOutput& output, std::string label);
 
   // Reads the input to its end, or to where the result is certain. Returns whether a line was
   // selected.
@@ -34,7 +34,7 @@ class FileSearch {
 
   const Options& options;
   Searcher& searcher;
-  Output& output;
+  StyledOutput& output;
   const std::string label;
   const bool marksMatches;  // occurrences within a selected line matter, not the line alone
 
@@ -46,6 +46,6 @@ class FileSearch {
   int32_t counted = 0;
 };
 
-}  // namespace vekgrep
+}  // namespace examples::vekgrep
 
 #endif

@@ -2,29 +2,34 @@
 // for every day: all searching and comparing of bytes is done by the library's exported functions,
 // though files may be larger than their 32-bit lengths.
 //
-//   options      the command line
-//   input        chunks of whole lines, in bounded memory
-//   searcher     where a chunk matches
-//   file_search  which lines of a file are selected, and what is told of them
-//   explain      what a pattern compiles to
-//   output       buffer, colours, messages
-//   platform     files, terminals and the entry point of each system
+//   options        the command line
+//   searcher       where a chunk matches
+//   file_search    which lines of a file are selected, and what is told of them
+//   explain        what a pattern compiles to
+//   styled_output  colours
+//
+// What any such program needs stands in the folder common: reading chunks of whole lines in bounded
+// memory, output, command lines, and what differs between the systems.
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
-#include <new>
 
+#include "common/platform.h"
+#include "common/program.h"
 #include "explain.h"
 #include "file_search.h"
-#include "platform.h"
 
-namespace vekgrep {
+#ifdef _WIN32
+// Asks the run-time library to expand wildcards, which the command interpreters leave to programs.
+extern "C" int _dowildcard;  // NOLINT: the run-time library's name
+int _dowildcard = -1;        // NOLINT
+#endif
+
+namespace examples::vekgrep {
 namespace {
 
 constexpr int kFound = 0;
 constexpr int kNotFound = 1;
-constexpr int kTrouble = 2;
 
 bool WantsColor(ColorMode mode) {
   if (mode != ColorMode::kAuto) {
@@ -34,78 +39,68 @@ bool WantsColor(ColorMode mode) {
   return (noColor == nullptr || *noColor == 0) && TerminalHasColor(kStandardOutput);
 }
 
-// Writes what is left and turns a write that failed into the status of a failure.
-int Finish(Output& output, int status) {
-  output.Flush();
-  if (output.Error() != 0) {
-    output.Complain("standard output", std::strerror(output.Error()));
-    return kTrouble;
-  }
-  return status;
-}
-
-int SearchFiles(const Options& options, Output& output) {
+int SearchFiles(const Options& options, StyledOutput& output) {
   Searcher searcher(options.patterns, options.ignoreCase);
   const bool printsLines = PrintsLines(options.report);
-  Input input(printsLines ? Input::Lines::kWhole : Input::Lines::kPieces,
+  Input input(printsLines ? Input::Lines::kWholeUnlessBinary : Input::Lines::kPieces,
               std::max(searcher.LongestPattern(), 1));
+  File file;
   bool found = false;
   bool trouble = false;
   for (const std::string& name : options.files) {
     const std::string label = name == "-" ? "(standard input)" : name;
-    if (input.Open(name, printsLines ? kStandardOutput : -1)) {
+    std::string fault;
+    if (file.Open(name, printsLines ? kStandardOutput : -1, &fault)) {
+      input.Begin(file);
       found |= FileSearch(options, searcher, output, label).Run(input);
+      fault = input.Fault();
     }
     if (output.Error() != 0) {
       break;
     }
-    if (!input.Fault().empty()) {
-      output.Complain(label, input.Fault());
+    if (!fault.empty()) {
+      output.Complain(label, fault);
       trouble = true;
     }
   }
   return trouble ? kTrouble : found ? kFound : kNotFound;
 }
 
-int ExplainPattern(const CommandLine& commandLine, Output& output) {
-  const Explanation explanation = Explain(commandLine.text, commandLine.options.ignoreCase);
+int ExplainPattern(const Options& options, Output& output) {
+  const Explanation explanation = Explain(options.pattern, options.ignoreCase);
   if (!explanation.compiles) {
     output.Complain(explanation.text);
     return kTrouble;
   }
   output.Append(explanation.text);
-  return Finish(output, kFound);
+  return kFound;
 }
 
-int RunOrThrow(const std::vector<std::string>& arguments) {
-  const CommandLine commandLine = ParseCommandLine(arguments);
-  Output output(WantsColor(commandLine.options.color));
+int Work(const std::vector<std::string>& arguments) {
+  const CommandLine<Options> commandLine = ParseCommandLine(arguments);
+  StyledOutput output("vekgrep", WantsColor(commandLine.options.color));
   switch (commandLine.kind) {
-    case CommandLine::Kind::kHelp:
+    case CommandLine<Options>::Kind::kHelp:
       output.Append(commandLine.text);
       return Finish(output, kFound);
-    case CommandLine::Kind::kFault:
+    case CommandLine<Options>::Kind::kFault:
       output.Complain(commandLine.text);
       return kTrouble;
-    case CommandLine::Kind::kExplain:
-      return ExplainPattern(commandLine, output);
-    case CommandLine::Kind::kSearch:
+    case CommandLine<Options>::Kind::kWork:
       break;
   }
-  return Finish(output, SearchFiles(commandLine.options, output));
+  const Options& options = commandLine.options;
+  return Finish(output,
+                options.explains ? ExplainPattern(options, output) : SearchFiles(options, output));
 }
 
 }  // namespace
+}  // namespace examples::vekgrep
+
+namespace examples {
 
 int Run(const std::vector<std::string>& arguments) {
-  PrepareStreams();
-  try {
-    return RunOrThrow(arguments);
-  } catch (const std::bad_alloc&) {
-    constexpr char kMessage[] = "vekgrep: not enough memory\n";
-    static_cast<void>(Write(kStandardError, kMessage, sizeof kMessage - 1));
-    return kTrouble;
-  }
+  return RunWork("vekgrep", arguments, vekgrep::Work);
 }
 
-}  // namespace vekgrep
+}  // namespace examples

@@ -1,19 +1,17 @@
-// Parses the command line by a table of options, from which the help texts are made as well.
-//
-// Options and other arguments may be mixed; "--" ends the options. The first other argument is the
-// text unless -e gave one; the rest are files.
+// The table of options and what they mean. The first argument that is no option is the text unless
+// -e gave one; the rest are files.
 
 #include "options.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace vekgrep {
+namespace examples::vekgrep {
 namespace {
 
 constexpr char kUsage[] = "Usage: vekgrep -F [OPTION]... TEXT [FILE]...\n";
 
-enum class OptionId {
+enum OptionId {
   kFixedText,
   kIgnoreCase,
   kInvert,
@@ -23,52 +21,34 @@ enum class OptionId {
   kLineNumbers,
   kMatches,
   kColor,
-  kExplain,
-  kShortHelp,
-  kLongHelp
+  kExplain
 };
 
-enum class Value { kNone, kRequired, kOptional };
-
-struct OptionInfo {
-  OptionId id;
-  char letter;  // 0: none
-  const char* name;
-  Value value;
-  const char* valueName;
-  const char* summary;
-  const char* detail;  // further lines of the long help
-};
-
-constexpr OptionInfo kOptions[] = {
-    {OptionId::kFixedText, 'F', "fixed-strings", Value::kNone, "",
+const std::vector<OptionInfo> kOptions = {
+    {kFixedText, 'F', "fixed-strings", Value::kNone, "",
      "TEXT is fixed text, of one or more lines; each is searched for", ""},
-    {OptionId::kPattern, 'e', "regexp", Value::kRequired, "TEXT",
+    {kPattern, 'e', "regexp", Value::kRequired, "TEXT",
      "search for TEXT; may be given several times",
      "Of occurrences that overlap, the one that starts first counts, and of\n"
      "those that start together the longest."},
-    {OptionId::kIgnoreCase, 'i', "ignore-case", Value::kNone, "",
+    {kIgnoreCase, 'i', "ignore-case", Value::kNone, "",
      "capital and small letters are the same (ASCII only)", ""},
-    {OptionId::kInvert, 'v', "invert-match", Value::kNone, "", "select the lines that do not match",
-     ""},
-    {OptionId::kCount, 'c', "count", Value::kNone, "", "print only the number of selected lines",
+    {kInvert, 'v', "invert-match", Value::kNone, "", "select the lines that do not match", ""},
+    {kCount, 'c', "count", Value::kNone, "", "print only the number of selected lines",
      "With -o lines are counted too, not occurrences."},
-    {OptionId::kFileName, 'l', "files-with-matches", Value::kNone, "",
+    {kFileName, 'l', "files-with-matches", Value::kNone, "",
      "print only the names of files with selected lines",
      "A file is read up to its first selected line. Wins over -c and -o."},
-    {OptionId::kLineNumbers, 'n', "line-number", Value::kNone, "", "put line numbers before lines",
-     ""},
-    {OptionId::kMatches, 'o', "only-matching", Value::kNone, "",
-     "print each occurrence on a line of its own", "Together with -v nothing is printed."},
-    {OptionId::kColor, 0, "color", Value::kOptional, "WHEN", "colour: auto, always or never",
+    {kLineNumbers, 'n', "line-number", Value::kNone, "", "put line numbers before lines", ""},
+    {kMatches, 'o', "only-matching", Value::kNone, "", "print each occurrence on a line of its own",
+     "Together with -v nothing is printed."},
+    {kColor, 0, "color", Value::kOptional, "WHEN", "colour: auto, always or never",
      "auto, which is also the default, colours what goes to a terminal, unless\n"
      "NO_COLOR is set and not empty or TERM is \"dumb\"."},
-    {OptionId::kExplain, 0, "explain", Value::kRequired, "PATTERN",
+    {kExplain, 0, "explain", Value::kRequired, "PATTERN",
      "print what PATTERN compiles to, and search nothing",
      "One record of the program a line; for a PATTERN that does not compile,\n"
      "where it is at fault. With -i its option i is set."},
-    {OptionId::kShortHelp, 'h', "", Value::kNone, "", "print this list", ""},
-    {OptionId::kLongHelp, 0, "help", Value::kNone, "", "print a longer explanation", ""},
 };
 
 constexpr char kIntroduction[] =
@@ -97,44 +77,7 @@ constexpr char kExplanation[] =
     "  vekgrep -Fic -e warning -e error log  how many lines name one of them\n"
     "  make 2>&1 | vekgrep -F -v -e -Wno-    what is left without such lines\n";
 
-std::string OptionHead(const OptionInfo& info) {
-  std::string head = "  ";
-  if (info.letter != 0) {
-    head += std::string("-") + info.letter + (*info.name != 0 ? ", " : "");
-  } else {
-    head += "    ";
-  }
-  if (*info.name != 0) {
-    head += std::string("--") + info.name;
-  }
-  if (info.value != Value::kNone) {
-    head += std::string(info.value == Value::kOptional ? "[=" : "=") + info.valueName +
-            (info.value == Value::kOptional ? "]" : "");
-  }
-  return head;
-}
-
-std::string Indented(const char* lines, size_t width) {
-  std::string text = std::string(width, ' ') + lines;
-  for (size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1)) {
-    text.insert(at + 1, width, ' ');
-  }
-  return text + "\n";
-}
-
-std::string HelpText(bool detailed) {
-  constexpr size_t kSummaryColumn = 28;
-  std::string text = std::string(kUsage) + kIntroduction + "\n";
-  for (const OptionInfo& info : kOptions) {
-    std::string head = OptionHead(info);
-    head.resize(kSummaryColumn, ' ');
-    text += head + info.summary + "\n";
-    if (detailed && *info.detail != 0) {
-      text += Indented(info.detail, kSummaryColumn);
-    }
-  }
-  return detailed ? text + "\n" + kExplanation : text;
-}
+const Manual kManual = {"vekgrep", kUsage, kIntroduction, kOptions, kExplanation};
 
 // A newline separates texts, as in a list read from a file.
 void AddPatterns(const std::string& lines, std::vector<std::string>& patterns) {
@@ -149,127 +92,66 @@ void AddPatterns(const std::string& lines, std::vector<std::string>& patterns) {
   }
 }
 
-class Parser {
+class Reader {
  public:
-  explicit Parser(const std::vector<std::string>& all) : arguments(all) {}
-
-  CommandLine Parse() {
-    while (next < arguments.size() && fault.empty() && help.empty()) {
-      const std::string& argument = arguments[next++];
-      if (onlyOperands || argument.size() < 2 || argument[0] != '-') {
-        operands.push_back(argument);
-      } else if (argument == "--") {
-        onlyOperands = true;
-      } else if (argument[1] == '-') {
-        ParseLong(argument);
-      } else {
-        ParseCluster(argument);
+  CommandLine<Options> Read(const std::vector<std::string>& arguments) {
+    Arguments given = ParseArguments(kManual, arguments);
+    if (!given.help.empty()) {
+      return {Kind::kHelp, {}, given.help};
+    }
+    fault = given.fault;
+    for (const GivenOption& option : given.options) {
+      if (fault.empty()) {
+        Apply(option.id, option.value);
       }
     }
-    if (fault.empty() && help.empty()) {
-      Finish();
+    if (fault.empty()) {
+      Finish(given.operands);
     }
     if (!fault.empty()) {
-      return {
-          CommandLine::Kind::kFault, {}, fault + "\n" + kUsage + "Try 'vekgrep --help' for more."};
+      return {Kind::kFault, {}, UsageFault(kManual, fault)};
     }
-    if (!help.empty()) {
-      return {CommandLine::Kind::kHelp, {}, help};
-    }
-    const CommandLine::Kind kind =
-        explains ? CommandLine::Kind::kExplain : CommandLine::Kind::kSearch;
-    return {kind, std::move(options), explained};
+    return {Kind::kWork, std::move(options), ""};
   }
 
  private:
-  // "--name", "--name=value" or, where a value is required, "--name value".
-  void ParseLong(const std::string& argument) {
-    const size_t equals = std::min(argument.find('='), argument.size());
-    const std::string name = argument.substr(2, equals - 2);
-    for (const OptionInfo& info : kOptions) {
-      if (!name.empty() && name == info.name) {
-        const bool hasValue = equals < argument.size();
-        if (hasValue && info.value == Value::kNone) {
-          fault = "option '--" + name + "' takes no value";
-        } else if (hasValue) {
-          Apply(info, argument.substr(equals + 1));
-        } else if (info.value == Value::kRequired) {
-          ApplyNext(info, "--" + name);
-        } else {
-          Apply(info, "");
-        }
-        return;
-      }
-    }
-    fault = "unknown option '--" + name + "'";
-  }
+  using Kind = CommandLine<Options>::Kind;
 
-  // Letters in one argument; a letter that requires a value takes the rest or the next argument.
-  void ParseCluster(const std::string& argument) {
-    for (size_t i = 1; i < argument.size() && fault.empty(); ++i) {
-      const char letter = argument[i];
-      const auto* info = std::find_if(std::begin(kOptions), std::end(kOptions),
-                                      [=](const OptionInfo& o) { return o.letter == letter; });
-      if (info == std::end(kOptions)) {
-        fault = std::string("unknown option '-") + letter + "'";
-      } else if (info->value == Value::kNone) {
-        Apply(*info, "");
-      } else if (i + 1 < argument.size()) {
-        Apply(*info, argument.substr(i + 1));
-        return;
-      } else {
-        ApplyNext(*info, std::string("-") + letter);
-      }
-    }
-  }
-
-  void ApplyNext(const OptionInfo& info, const std::string& shown) {
-    if (next == arguments.size()) {
-      fault = "option '" + shown + "' needs a value";
-    } else {
-      Apply(info, arguments[next++]);
-    }
-  }
-
-  void Apply(const OptionInfo& info, const std::string& value) {
-    switch (info.id) {
-      case OptionId::kFixedText:
+  void Apply(int id, const std::string& value) {
+    switch (id) {
+      case kFixedText:
         options.fixedText = true;
         break;
-      case OptionId::kIgnoreCase:
+      case kIgnoreCase:
         options.ignoreCase = true;
         break;
-      case OptionId::kInvert:
+      case kInvert:
         options.invert = true;
         break;
-      case OptionId::kLineNumbers:
+      case kLineNumbers:
         options.lineNumbers = true;
         break;
-      case OptionId::kCount:
+      case kCount:
         counts = true;
         break;
-      case OptionId::kFileName:
+      case kFileName:
         namesFiles = true;
         break;
-      case OptionId::kMatches:
+      case kMatches:
         onlyMatches = true;
         break;
-      case OptionId::kPattern:
+      case kPattern:
         AddPatterns(value, options.patterns);
         hasPatterns = true;
         break;
-      case OptionId::kColor:
+      case kColor:
         ApplyColor(value);
         break;
-      case OptionId::kExplain:
-        explains = true;
-        explained = value;
+      case kExplain:
+        options.explains = true;
+        options.pattern = value;
         break;
-      case OptionId::kShortHelp:
-        help = HelpText(false);
-        break;
-      case OptionId::kLongHelp:
-        help = HelpText(true);
+      default:
         break;
     }
   }
@@ -284,8 +166,8 @@ class Parser {
     }
   }
 
-  void Finish() {
-    if (explains) {
+  void Finish(std::vector<std::string>& operands) {
+    if (options.explains) {
       return;
     }
     if (!options.fixedText) {
@@ -311,25 +193,18 @@ class Parser {
                                    : Report::kLines;
   }
 
-  const std::vector<std::string>& arguments;
-  size_t next = 0;
-  bool onlyOperands = false;
   bool hasPatterns = false;
   bool counts = false;
   bool namesFiles = false;
   bool onlyMatches = false;
-  bool explains = false;
-  std::vector<std::string> operands;
   std::string fault;
-  std::string help;
-  std::string explained;
   Options options;
 };
 
 }  // namespace
 
-CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
-  return Parser(arguments).Parse();
+CommandLine<Options> ParseCommandLine(const std::vector<std::string>& arguments) {
+  return Reader().Read(arguments);
 }
 
-}  // namespace vekgrep
+}  // namespace examples::vekgrep

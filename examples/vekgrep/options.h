@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace vekgrep {
+#include "common/command_line.h"
+
+namespace examples::vekgrep {
 
 // What is told about the lines selected in a file.
 enum class Report { kLines, kMatches, kCount, kFileName };
@@ -23,23 +25,16 @@ struct Options {
   bool lineNumbers = false;
   bool invert = false;
   bool fileNames = false;  // in front of what is told
+  bool explains = false;   // `pattern`, and nothing is searched
   Report report = Report::kLines;
   ColorMode color = ColorMode::kAuto;
+  std::string pattern;
   std::vector<std::string> patterns;
   std::vector<std::string> files;  // at least one; "-" is standard input
 };
 
-// What the command line comes to. `text` is help for standard output; for a fault, a message for
-// standard error; or the pattern to explain.
-struct CommandLine {
-  enum class Kind { kSearch, kExplain, kHelp, kFault };
-  Kind kind;
-  Options options;
-  std::string text;
-};
+CommandLine<Options> ParseCommandLine(const std::vector<std::string>& arguments);
 
-CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
-
-}  // namespace vekgrep
+}  // namespace examples::vekgrep
 
 #endif

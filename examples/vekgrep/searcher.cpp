@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-namespace vekgrep {
+namespace examples::vekgrep {
 namespace {
 
 const uint8_t* Bytes(const std::string& text) {
@@ -77,4 +77,4 @@ int32_t Searcher::Find(const std::string& bytes, int32_t from) const {
   return index < 0 ? kNowhere : from + index;
 }
 
-}  // namespace vekgrep
+}  // namespace examples::vekgrep

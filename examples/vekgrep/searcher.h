@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "bytes.h"
+#include "common/bytes.h"
 
-namespace vekgrep {
+namespace examples::vekgrep {
 
 class Searcher {
  public:
@@ -50,6 +50,6 @@ class Searcher {
   int32_t length = 0;
 };
 
-}  // namespace vekgrep
+}  // namespace examples::vekgrep
 
 #endif

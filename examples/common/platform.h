@@ -1,15 +1,15 @@
 // What differs between the systems: files, terminals and the entry point. Files are descriptors,
 // failures are values of errno on both systems, and names are UTF-8 on Windows.
 
-#ifndef VEKGREP_PLATFORM_H
-#define VEKGREP_PLATFORM_H
+#ifndef EXAMPLES_COMMON_PLATFORM_H
+#define EXAMPLES_COMMON_PLATFORM_H
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
-namespace vekgrep {
+namespace examples {
 
 constexpr int kStandardInput = 0;
 constexpr int kStandardOutput = 1;
@@ -23,7 +23,7 @@ int OpenForReading(const std::string& name);
 void Close(int file);
 
 // Bytes read, 0 at the end, or -1 with the reason in errno.
-int64_t Read(int file, uint8_t* buffer, size_t size);
+int64_t ReadSome(int file, uint8_t* buffer, size_t size);
 
 // Writes everything; false with the reason in errno.
 bool Write(int file, const void* data, size_t size);
@@ -36,9 +36,9 @@ bool IsTerminal(int file);
 // Whether the terminal obeys colour sequences, which it may have to be asked for.
 bool TerminalHasColor(int file);
 
-// The program: its arguments without its name, its exit status. Defined in main.cpp.
+// The program: its arguments without its name, its exit status. Each program's main.cpp defines it.
 int Run(const std::vector<std::string>& arguments);
 
-}  // namespace vekgrep
+}  // namespace examples
 
 #endif

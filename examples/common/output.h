@@ -1,35 +1,31 @@
-// What is printed: a buffer in front of standard output, colours, and messages on standard error
-// in their order with what was printed before.
+// What is printed: a buffer in front of standard output, and messages on standard error in their
+// order with what was printed before.
 
-#ifndef VEKGREP_OUTPUT_H
-#define VEKGREP_OUTPUT_H
+#ifndef EXAMPLES_COMMON_OUTPUT_H
+#define EXAMPLES_COMMON_OUTPUT_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
-#include "bytes.h"
+#include "common/bytes.h"
 
-namespace vekgrep {
-
-enum class Style { kMatch, kFileName, kLineNumber, kSeparator };
+namespace examples {
 
 class Output {
  public:
-  explicit Output(bool color);
-
-  bool HasColor() const { return hasColor; }
+  // `program` is the name in front of messages.
+  explicit Output(const char* program);
 
   void Append(const std::string& bytes) { Append(bytes.data(), bytes.size()); }
   void Append(const uint8_t* text, Range range);
-  void AppendStyled(Style style, const uint8_t* text, Range range);
-  void AppendStyled(Style style, const std::string& bytes);
 
   void Flush();
 
   // Shows what there is so far to somebody who watches.
   void FlushToTerminal();
 
-  // Prints "vekgrep: MESSAGE" or "vekgrep: NAME: REASON" on standard error.
+  // Prints "PROGRAM: MESSAGE" or "PROGRAM: NAME: REASON" on standard error.
   void Complain(const std::string& message);
   void Complain(const std::string& name, const std::string& reason) {
     Complain(name + ": " + reason);
@@ -42,12 +38,12 @@ class Output {
   void Append(const char* bytes, size_t size);
   void WriteOut(const void* bytes, size_t size);
 
-  const bool hasColor;
+  const char* const program;
   const bool toTerminal;
   std::string buffer;
   int error = 0;
 };
 
-}  // namespace vekgrep
+}  // namespace examples
 
 #endif

@@ -1,6 +1,6 @@
 // The two systems, one behind the other: POSIX, then Windows on its C run-time library.
 
-#include "platform.h"
+#include "common/platform.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -18,7 +18,7 @@
 #include <unistd.h>
 #endif
 
-namespace vekgrep {
+namespace examples {
 namespace {
 
 // One call moves no more than this: the systems' own limits are 2 GiB and differ.
@@ -64,7 +64,7 @@ int64_t WriteOnce(int file, const void* data, size_t size) { return write(file, 
 
 }  // namespace
 
-int64_t Read(int file, uint8_t* buffer, size_t size) {
+int64_t ReadSome(int file, uint8_t* buffer, size_t size) {
   int64_t count;
   do {
     count = ReadOnce(file, buffer, std::min(size, kMostAtOnce));
@@ -160,27 +160,23 @@ bool TerminalHasColor(int file) {
 
 #endif
 
-}  // namespace vekgrep
+}  // namespace examples
 
 #ifdef _WIN32
-
-// Asks the run-time library to expand wildcards, which the command interpreters leave to programs.
-extern "C" int _dowildcard;  // NOLINT: the run-time library's name
-int _dowildcard = -1;        // NOLINT
 
 extern "C" int wmain(int count, wchar_t** values);  // NOLINT
 extern "C" int wmain(int count, wchar_t** values) {
   std::vector<std::string> arguments;
   for (int i = 1; i < count; ++i) {
-    arguments.push_back(vekgrep::Narrow(values[i]));
+    arguments.push_back(examples::Narrow(values[i]));
   }
-  return vekgrep::Run(arguments);
+  return examples::Run(arguments);
 }
 
 #else
 
 int main(int count, char** values) {
-  return vekgrep::Run(std::vector<std::string>(values + std::min(count, 1), values + count));
+  return examples::Run(std::vector<std::string>(values + std::min(count, 1), values + count));
 }
 
 #endif

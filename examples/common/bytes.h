@@ -1,14 +1,14 @@
 // Searches of the library as functions that return what they find. The arguments are valid, so
 // there is no status to look at.
 
-#ifndef VEKGREP_BYTES_H
-#define VEKGREP_BYTES_H
+#ifndef EXAMPLES_COMMON_BYTES_H
+#define EXAMPLES_COMMON_BYTES_H
 
 #include <cstdint>
 
 #include "vekch/vekch.h"
 
-namespace vekgrep {
+namespace examples {
 
 // A part of a text: from begin up to, but not including, end.
 struct Range {
@@ -35,6 +35,6 @@ inline int32_t LineEnd(const uint8_t* text, int32_t from, int32_t length) {
   return newline < 0 ? length : newline + 1;
 }
 
-}  // namespace vekgrep
+}  // namespace examples
 
 #endif

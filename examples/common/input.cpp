@@ -1,16 +1,16 @@
 // Chunks: the buffer is filled behind the unfinished line left from last time, handed out up to
 // its last newline, and what is behind that moves to the front.
 
-#include "input.h"
+#include "common/input.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 
-#include "bytes.h"
-#include "platform.h"
+#include "common/bytes.h"
+#include "common/platform.h"
 
-namespace vekgrep {
+namespace examples {
 namespace {
 
 // Small enough to stay in the second-level cache between reading and searching.
@@ -20,9 +20,45 @@ constexpr int32_t kPiecesPerOverlap = 4;  // keeps what is searched twice a smal
 
 }  // namespace
 
+File::~File() { CloseFile(); }
+
+void File::CloseFile() {
+  if (file > kStandardError) {
+    Close(file);
+  }
+  file = -1;
+}
+
+bool File::Open(const std::string& name, int output, std::string* fault) {
+  CloseFile();
+  file = name == "-" ? kStandardInput : OpenForReading(name);
+  if (file < 0) {
+    *fault = std::strerror(errno);
+    return false;
+  }
+  if (output >= 0 && ReadsItsOwnOutput(file, output)) {
+    *fault = "the file is also the output";
+    return false;
+  }
+  return true;
+}
+
+int64_t File::Read(uint8_t* buffer, size_t size, std::string* fault) {
+  const int64_t count = ReadSome(file, buffer, size);
+  if (count < 0) {
+    *fault = std::strerror(errno);
+  }
+  return count;
+}
+
 Input::Input(Lines linesWanted, int32_t overlapBytes) : lines(linesWanted), overlap(overlapBytes) {}
 
-Input::~Input() { CloseFile(); }
+void Input::Begin(Source& nextSource) {
+  source = &nextSource;
+  used = handedOut = 0;
+  ended = binary = false;
+  fault.clear();
+}
 
 bool Input::Fail(const std::string& reason) {
   fault = reason;
@@ -30,39 +66,17 @@ bool Input::Fail(const std::string& reason) {
   return false;
 }
 
-void Input::CloseFile() {
-  if (file > kStandardError) {
-    Close(file);
-  }
-  file = -1;
-}
-
-bool Input::Open(const std::string& name, int output) {
-  CloseFile();
-  used = handedOut = 0;
-  ended = binary = false;
-  fault.clear();
-  file = name == "-" ? kStandardInput : OpenForReading(name);
-  if (file < 0) {
-    return Fail(std::strerror(errno));
-  }
-  if (output >= 0 && ReadsItsOwnOutput(file, output)) {
-    return Fail("the file is also the output");
-  }
-  return true;
-}
-
 bool Input::Grow() {
   const int32_t least = std::max(kUsualCapacity, kPiecesPerOverlap * overlap);
   const int32_t wanted = capacity == 0 ? least : std::min(2 * capacity, kLongestLine);
   if (wanted <= capacity) {
     return Fail("a line is longer than " + std::to_string(kLongestLine >> 20) +
-                " MiB; it and what follows were not searched");
+                " MiB; it and what follows were left out");
   }
   void* grown = std::realloc(buffer.get(), static_cast<size_t>(wanted));
   if (grown == nullptr) {
     return Fail("no memory for a line of more than " + std::to_string(used) +
-                " bytes; it and what follows were not searched");
+                " bytes; it and what follows were left out");
   }
   static_cast<void>(buffer.release());
   buffer.reset(static_cast<uint8_t*>(grown));
@@ -70,15 +84,17 @@ bool Input::Grow() {
   return true;
 }
 
-// Appends to the buffer; false at the end of the file or after a fault.
+// Appends to the buffer; false at the end of the source or after a fault.
 bool Input::ReadMore() {
-  const int64_t count = Read(file, buffer.get() + used, static_cast<size_t>(capacity - used));
+  const auto room = static_cast<size_t>(capacity - used);
+  const int64_t count = source->Read(buffer.get() + used, room, &fault);
   if (count <= 0) {
     ended = true;
-    return count == 0 ? false : Fail(std::strerror(errno));
+    return false;
   }
   const int32_t end = used + static_cast<int32_t>(count);
-  binary = binary || (lines == Lines::kWhole && FindByte(buffer.get(), {used, end}, 0) >= 0);
+  binary =
+      binary || (lines == Lines::kWholeUnlessBinary && FindByte(buffer.get(), {used, end}, 0) >= 0);
   used = end;
   return true;
 }
@@ -115,4 +131,4 @@ bool Input::Next(Chunk* chunk) {
   return used > 0 && HandOut(chunk, used, true, 0);
 }
 
-}  // namespace vekgrep
+}  // namespace examples

@@ -1,0 +1,43 @@
+"""Runs an example program for its tests, natively or in an emulator."""
+
+import argparse
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+
+OPTIONS = argparse.Namespace()
+
+
+def run(arguments, stdin=b"", environment=None, stdout=None, **popen):
+    """Runs the program; `stdin` is bytes or a file. Standard output, unless another file is given,
+    and standard error go to files: processes that an emulator leaves behind would keep pipes open.
+    """
+    command = ([OPTIONS.emulator] if OPTIONS.emulator else []) + [OPTIONS.program]
+    popen["input" if isinstance(stdin, bytes) else "stdin"] = stdin
+    with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
+        done = subprocess.run(command + list(arguments), timeout=250, stdout=stdout or out,
+                              stderr=out if popen.pop("oneOutput", False) else err,
+                              env=dict(os.environ, **(environment or {})), **popen)
+        out.seek(0)
+        err.seek(0)
+        done.stdout, done.stderr = out.read(), err.read()
+    return done
+
+
+def limited(size=64 << 20):
+    """Arguments of run that keep the program's memory below `size`, where it can be bounded."""
+    if not OPTIONS.bounded:
+        return {}
+    import resource
+    return {"preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_AS, (size, size))}
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--program", required=True)
+    parser.add_argument("--emulator")
+    parser.add_argument("--bounded", action="store_true")
+    rest = parser.parse_known_args(namespace=OPTIONS)[1]
+    unittest.main("__main__", argv=sys.argv[:1] + rest)
