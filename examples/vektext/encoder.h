@@ -1,0 +1,38 @@
+// Writes UTF-8 in any of the encodings.
+
+#ifndef VEKTEXT_ENCODER_H
+#define VEKTEXT_ENCODER_H
+
+#include <cstdint>
+#include <vector>
+
+#include "common/output.h"
+#include "encoding.h"
+
+namespace examples::vektext {
+
+class Encoder {
+ public:
+  Encoder(Encoding encoding, Output& output);
+
+  void Append(const uint8_t* text, int32_t length);
+
+  // Hands the characters that are complete to the output.
+  void Flush();
+
+  // The same for all there is: no further text comes.
+  void End();
+
+ private:
+  void Convert(int32_t length);
+
+  const Encoding encoding;
+  Output& output;
+  std::vector<uint8_t> pending;  // text on its way to UTF-16
+  int32_t used = 0;
+  std::vector<uint16_t> units;
+};
+
+}  // namespace examples::vektext
+
+#endif
