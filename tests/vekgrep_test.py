@@ -151,6 +151,11 @@ class Table(InFolder):
         if OPTIONS.emulator:
             self.skipTest("needs a pseudo-terminal")
         import pty
+        try:
+            for descriptor in pty.openpty():
+                os.close(descriptor)
+        except OSError as error:
+            self.skipTest(f"needs a pseudo-terminal: {error}")
         for environment, color in (({"TERM": "xterm", "NO_COLOR": ""}, True),
                                    ({"TERM": "dumb", "NO_COLOR": ""}, False),
                                    ({"TERM": "xterm", "NO_COLOR": "1"}, False)):
