@@ -49,8 +49,8 @@ VEK_KERNEL vekStatus veksTrimC_8u(const uint8_t* source, int32_t sourceLength, u
   if (sourceLength < 0) {
     return StatusLengthError;
   }
-  vekch::Store(vekch::kernels::TrimByte(source, sourceLength, value), source, destination,
-               destinationLength);
+  vekch::Store(vekch::kernels::TrimByte(source, sourceLength, value, vekch::Ends::kBoth), source,
+               destination, destinationLength);
   return StatusNoError;
 }
 
@@ -61,7 +61,8 @@ VEK_KERNEL vekStatus veksTrimC_8u_I(uint8_t* buffer, int32_t* length, uint8_t va
   if (*length < 0) {
     return StatusLengthError;
   }
-  vekch::Store(vekch::kernels::TrimByte(buffer, *length, value), buffer, buffer, length);
+  vekch::Store(vekch::kernels::TrimByte(buffer, *length, value, vekch::Ends::kBoth), buffer, buffer,
+               length);
   return StatusNoError;
 }
 

@@ -11,27 +11,42 @@
 
 namespace vekch::kernels {
 
-constexpr int32_t kLongPiece = 512;
-
 // The strings may overlap, as up to 128 bytes are loaded before one is stored; a length of 0 moves
-// nothing.
-VEK_INLINE void MovePiece(const uint8_t* source, uint8_t* destination, int32_t length) {
-  if (length > 2 * kGroup) {
-    Move(source, destination, length);
-  } else if (length > kGroup) {
+// nothing. Longer pieces are left to `moveLong`.
+template <class MoveLong>
+VEK_INLINE void MovePieceOr(const uint8_t* source, uint8_t* destination, int32_t length,
+                            MoveLong moveLong) {
+  if (length <= kGroup) {
+    if (length > 0) {
+      TransformShort(source, destination, length, Same{});
+    }
+  } else if (length <= 2 * kGroup) {
     TransformMedium(source, destination, length, Same{});
-  } else if (length > 0) {
-    TransformShort(source, destination, length, Same{});
+  } else {
+    moveLong(source, destination, length);
   }
 }
 
-// The strings must not overlap; a length of 0 copies nothing.
-VEK_INLINE void CopyPiece(const uint8_t* source, uint8_t* destination, int32_t length) {
-  if (length >= kLongPiece) {
-    Copy(source, destination, length);
-  } else {
-    MovePiece(source, destination, length);
+VEK_INLINE void MovePiece(const uint8_t* source, uint8_t* destination, int32_t length) {
+  MovePieceOr(source, destination, length, Move);
+}
+
+// Up to where the steps of the block copy no longer matter, its move is the better copy.
+constexpr int32_t kCopyFrom = 512;
+
+struct CopyLong {
+  VEK_INLINE void operator()(const uint8_t* source, uint8_t* destination, int32_t length) const {
+    if (length < kCopyFrom) {
+      Move(source, destination, length);
+    } else {
+      Copy(source, destination, length);
+    }
   }
+};
+
+// The strings must not overlap.
+VEK_INLINE void CopyPiece(const uint8_t* source, uint8_t* destination, int32_t length) {
+  MovePieceOr(source, destination, length, CopyLong{});
 }
 
 }  // namespace vekch::kernels

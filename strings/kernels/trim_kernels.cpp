@@ -108,40 +108,43 @@ struct ByTable {
   }
 };
 
-template <class Stage>
-VEK_INLINE Kept DropRest(const Trimmed& trimmed, const Stage& stage) {
-  int32_t start = trimmed.kept.start;
-  int32_t end = trimmed.kept.end;
-  start = trimmed.startOpen ? stage.Start(start, end) : start;
-  end = trimmed.endOpen && start < end ? stage.End(start, end) : end;
-  return {start, end};
-}
+// A second stage as Trim calls it; `prepare` gives the stage.
+template <class Prepare>
+struct DropRest {
+  Prepare prepare;
+
+  VEK_INLINE Kept operator()(int32_t start, int32_t end, bool startOpen, bool endOpen) const {
+    const auto stage = prepare();
+    start = startOpen ? stage.Start(start, end) : start;
+    end = endOpen && start < end ? stage.End(start, end) : end;
+    return {start, end};
+  }
+};
+
+template <class Prepare>
+DropRest(Prepare) -> DropRest<Prepare>;
 
 // For a list of more than kCount / 2 and up to kCount members.
 template <int32_t kCount>
 VEK_INLINE Kept TrimMembers(const uint8_t* source, int32_t length, const uint8_t* set,
                             int32_t setLength, Ends ends) {
   const MemberLanes<kCount> belongs = {LoadEnds<kCount / 2>(set, setLength)};
-  const Trimmed trimmed = DropFew<kFewForMembers>(source, length, ends, belongs);
-  return trimmed.IsDone()
-             ? trimmed.kept
-             : DropRest(trimmed, ByBlocks<kCount>{{{source, set, setLength}}, belongs});
+  return Trim<kFewForMembers>(source, length, ends, belongs, DropRest{[=] {
+                                return ByBlocks<kCount>{{{source, set, setLength}}, belongs};
+                              }});
 }
 
 VEK_INLINE Kept TrimEqual(const uint8_t* source, int32_t length, const uint8_t* set,
                           int32_t /*setLength*/, Ends ends) {
-  const uint8_t value = set[0];
-  const Trimmed trimmed =
-      DropFew<kFewForByte>(source, length, ends, [=](uint8_t byte) { return byte == value; });
-  return trimmed.IsDone() ? trimmed.kept : DropByScan(source, trimmed, value);
+  return TrimByte(source, length, set[0], ends);
 }
 
 VEK_INLINE Kept TrimLarge(const uint8_t* source, int32_t length, const uint8_t* set,
                           int32_t setLength, Ends ends) {
-  const Trimmed trimmed = DropFew<kFewForLargeSet>(
-      source, length, ends, [=](uint8_t byte) { return FindByte(set, setLength, byte) >= 0; });
-  return trimmed.IsDone() ? trimmed.kept
-                          : DropRest(trimmed, ByTable{source, Table(set, setLength)});
+  const auto belongs = [=](uint8_t byte) { return FindByte(set, setLength, byte) >= 0; };
+  return Trim<kFewForLargeSet>(source, length, ends, belongs, DropRest{[=] {
+                                 return ByTable{source, Table(set, setLength)};
+                               }});
 }
 
 // One function for each size of a set, so that none pays for the registers and the stack of
@@ -161,8 +164,10 @@ VEK_TRIM_KERNEL(TrimLargeSet, TrimLarge)
 
 }  // namespace
 
-VEK_KERNEL Kept DropByScan(const uint8_t* source, Trimmed trimmed, uint8_t value) {
-  return DropRest(trimmed, ByScan{source, Splat(value)});
+VEK_KERNEL Kept DropByScan(const uint8_t* source, int32_t start, int32_t end, bool startOpen,
+                           bool endOpen, uint8_t value) {
+  const DropRest dropRest{[=] { return ByScan{source, Splat(value)}; }};
+  return dropRest(start, end, startOpen, endOpen);
 }
 
 VEK_KERNEL Kept TrimSet(const uint8_t* source, int32_t length, const uint8_t* set,

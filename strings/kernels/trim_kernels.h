@@ -27,23 +27,16 @@ struct Kept {
   int32_t end;
 };
 
-// What the first stage leaves, and the ends that are still open.
-struct Trimmed {
-  Kept kept;
-  bool startOpen;
-  bool endOpen;
-
-  VEK_INLINE bool IsDone() const { return !(startOpen || endOpen) || kept.start == kept.end; }
-};
-
 // How many bytes the first stage takes from each end: what the second needs to start is worth.
 constexpr int32_t kFewForByte = 16;
 constexpr int32_t kFewForMembers = 4;
 constexpr int32_t kFewForLargeSet = 2;
 
-// The first stage: drops up to kMost bytes from each end for which `drops` holds.
-template <int32_t kMost, class Drops>
-VEK_INLINE Trimmed DropFew(const uint8_t* source, int32_t length, Ends ends, Drops drops) {
+// Drops the bytes for which `drops` holds: up to kMost from each end here, and what remains by
+// `dropRest`, which is told the ends that are still open. At least one byte is left then.
+template <int32_t kMost, class Drops, class DropRest>
+VEK_INLINE Kept Trim(const uint8_t* source, int32_t length, Ends ends, Drops drops,
+                     DropRest dropRest) {
   const bool fromStart = ends != Ends::kEnd;
   const bool fromEnd = ends != Ends::kStart;
   int32_t start = 0;
@@ -56,17 +49,25 @@ VEK_INLINE Trimmed DropFew(const uint8_t* source, int32_t length, Ends ends, Dro
   while (end > endLimit && drops(source[end - 1])) {
     --end;
   }
-  return {{start, end}, fromStart && start == startLimit, fromEnd && end == endLimit};
+  const bool startOpen = fromStart && start == startLimit;
+  const bool endOpen = fromEnd && end == endLimit;
+  if (__builtin_expect(startOpen | endOpen, 0) && start < end) {
+    return dropRest(start, end, startOpen, endOpen);
+  }
+  return {start, end};
 }
 
 // The second stage for one byte value.
-Kept DropByScan(const uint8_t* source, Trimmed trimmed, uint8_t value);
+Kept DropByScan(const uint8_t* source, int32_t start, int32_t end, bool startOpen, bool endOpen,
+                uint8_t value);
 
-// Drops bytes equal to `value` from both ends of a string of 0 or more bytes.
-VEK_INLINE Kept TrimByte(const uint8_t* source, int32_t length, uint8_t value) {
-  const Trimmed trimmed = DropFew<kFewForByte>(source, length, Ends::kBoth,
-                                               [=](uint8_t byte) { return byte == value; });
-  return __builtin_expect(trimmed.IsDone(), 1) ? trimmed.kept : DropByScan(source, trimmed, value);
+// Drops bytes equal to `value`.
+VEK_INLINE Kept TrimByte(const uint8_t* source, int32_t length, uint8_t value, Ends ends) {
+  return Trim<kFewForByte>(
+      source, length, ends, [=](uint8_t byte) { return byte == value; },
+      [=](int32_t start, int32_t end, bool startOpen, bool endOpen) {
+        return DropByScan(source, start, end, startOpen, endOpen, value);
+      });
 }
 
 // Drops bytes that belong to the set of the listed byte values; an empty set drops nothing.
