@@ -42,8 +42,6 @@ VEK_INLINE bool RunAside(Cursor& at, Step step) {
   return true;
 }
 
-enum class Stores { kDirect, kAside };
-
 constexpr ptrdiff_t kUnit = 2;  // bytes
 
 template <bool kSwapped>

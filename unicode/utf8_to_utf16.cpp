@@ -352,6 +352,8 @@ VEK_INLINE bool ConvertBlock(Cursor& at, Block bytes) {
   return !kSwapped && ConvertMix<false, 4>(at, bytes);
 }
 
+enum class Stores { kDirect, kAside };
+
 template <bool kSwapped, Stores kStores>
 VEK_INLINE void ConvertSteps(Cursor& at) {
   constexpr bool kDirect = kStores == Stores::kDirect;
