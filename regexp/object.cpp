@@ -5,7 +5,7 @@
 
 #include "frame/checks.h"
 #include "regexp/compiler.h"
-#include "strings/kernels/block_kernels.h"
+#include "strings/kernels/block.h"
 #include "vekch/regexp.h"
 
 vekStatus veksRegExpGetSize(const uint8_t* pattern, int32_t* size) noexcept {
@@ -23,8 +23,8 @@ vekStatus veksRegExpInit(const uint8_t* pattern, const uint8_t* options, RegExpS
     return StatusNullPointer;
   }
   const uint32_t length = vekch::regexp::LengthOf(pattern);
-  vekch::kernels::Fill(0, reinterpret_cast<uint8_t*>(state),
-                       static_cast<int32_t>(vekch::regexp::ObjectSize(length)));
+  static_assert(RegExpFixedSize % 8 == 0 && RegExpSizePerByte % 8 == 0, "whole words");
+  vekch::kernels::ClearWords(state, vekch::regexp::ObjectSize(length) / 8);
   const vekch::regexp::Fault fault = vekch::regexp::Compile(pattern, length, options, state);
   if (vekch::regexp::Failed(fault)) {
     *errorOffset = static_cast<int32_t>(fault.place - pattern);

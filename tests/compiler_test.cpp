@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <map>
@@ -41,6 +42,26 @@ TEST(ObjectTest, SizeOfEveryLengthBetweenTheGuards) {
 }
 
 // The setters write their one field of a block that was never compiled, and nothing else.
+// A wrong option ends the compilation right behind the clearing.
+TEST(ObjectTest, EveryByteOfTheBlockIsCleared) {
+  constexpr size_t kLongest = 40;
+  GuardedBuffer patternBuffer(kLongest + 1);
+  GuardedBuffer objectBuffer(1 + RegExpFixedSize + RegExpSizePerByte * kLongest);
+  for (size_t length = 0; length <= kLongest; ++length) {
+    uint8_t* pattern = patternBuffer.AtEnd(length + 1);
+    std::memset(pattern, 'a', length);
+    pattern[length] = 0;
+    const size_t size = RegExpFixedSize + RegExpSizePerByte * length;
+    uint8_t* block = objectBuffer.AtEnd(size);
+    std::memset(block - 1, 0x5A, size + 1);
+    int32_t offset = kUnwritten;
+    ASSERT_EQ(veksRegExpInit(pattern, Bytes("?"), reinterpret_cast<RegExpState*>(block), &offset),
+              StatusRegExpOptionError);
+    EXPECT_EQ(std::count(block, block + size, 0), static_cast<ptrdiff_t>(size)) << length;
+    EXPECT_EQ(block[-1], 0x5A) << length;
+  }
+}
+
 TEST(ObjectTest, SettersWriteOneFieldOrNothing) {
   struct Case {
     vekStatus (*set)(int32_t, RegExpState*) noexcept;

@@ -146,6 +146,12 @@ VEK_INLINE void StoreStreaming(uint8_t* p, Block b) {
 
 VEK_INLINE void StoreFence() { _mm_sfence(); }
 
+// Stores zero to words of 8 bytes by the processor's own loop. It takes long to begin, but then
+// stores more in a cycle than a loop over blocks can: from 4 KiB on it was the faster one.
+VEK_INLINE void ClearWords(void* first, uint64_t count) {
+  __asm__ volatile("rep stosq" : "+D"(first), "+c"(count) : "a"(uint64_t{0}) : "memory");
+}
+
 // Number of bytes by which p lies above the boundary of kBoundary bytes at or below it.
 template <int32_t kBoundary = kBlock>
 VEK_INLINE ptrdiff_t Misalignment(const void* p) {
