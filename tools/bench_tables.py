@@ -33,7 +33,7 @@ def size_name(size):
 
 
 def read_ratios(path):
-    """{(family, case, size): (ratio, fastest peer)} in the order of the run, and each family's peers."""
+    """{(family, case, size): {peer: ratio}} in the order of the run."""
     with open(path, newline="") as file:
         rows = [row for row in csv.DictReader(file) if row["contender"] != OURS]
     sizes = defaultdict(set)
@@ -44,13 +44,12 @@ def read_ratios(path):
         one_of_a_kind = len(sizes[row["family"], row["case"]]) == 1
         size = MIXED if row["calls"] != "1" and one_of_a_kind else int(row["bytes"])
         measured[row["family"], row["case"], size][row["contender"]] = float(row["ratio"])
-    ratios = {}
-    peers = defaultdict(dict)
-    for key, of_peers in measured.items():
-        fastest = min(of_peers, key=of_peers.get)
-        ratios[key] = (of_peers[fastest], fastest)
-        peers[key[0]].update(dict.fromkeys(of_peers))
-    return ratios, peers
+    return measured
+
+
+def fastest_peers(measured):
+    """{(family, case, size): (ratio, fastest peer)}"""
+    return {key: min((ratio, peer) for peer, ratio in peers.items()) for key, peers in measured.items()}
 
 
 def command_output(*command):
@@ -97,25 +96,44 @@ def summary(families, sse2, as_is):
     return lines
 
 
-def cell(key, sse2, as_is):
-    if key not in sse2 or key not in as_is:
+def cell(held, as_is):
+    if held is None or as_is is None:
         return ""
-    held = f"{sse2[key][0]:.2f}"
-    held = f"**{held}**" if sse2[key][0] < 1 else held
-    return f"{held} ({as_is[key][0]:.2f})"
+    text = f"{held:.2f}"
+    text = f"**{text}**" if held < 1 else text
+    return f"{text} ({as_is:.2f})"
 
 
-def family_table(family, peers, sse2, as_is):
-    keys = [key for key in sse2 if key[0] == family]
+def table(columns, rows):
+    lines = ["| Case | " + " | ".join(columns) + " |", "| --- |" + " ---: |" * len(columns)]
+    return lines + ["| " + " | ".join([case, *cells]) + " |" for case, cells in rows.items() if any(cells)]
+
+
+def table_by_size(keys, sse2, as_is):
+    """The fastest peer's ratios, a column for each size."""
+    held, free = fastest_peers(sse2), fastest_peers(as_is)
     sizes = [size for size in SHOWN_SIZES + [MIXED] if any(key[2] == size for key in keys)]
+    rows = defaultdict(list)
+    for family, case in dict.fromkeys(key[:2] for key in keys):
+        for size in sizes:
+            key = (family, case, size)
+            rows[case].append(cell(held.get(key, [None])[0], free.get(key, [None])[0]))
+    return table([size_name(size) for size in sizes], rows)
+
+
+def table_by_peer(keys, peers, sse2, as_is):
+    """For cases that have one size each, which says little: a column for each peer."""
+    rows = {key[1]: [cell(sse2[key].get(peer), as_is.get(key, {}).get(peer)) for peer in peers] for key in keys}
+    return table(peers, rows)
+
+
+def family_table(family, sse2, as_is):
+    keys = [key for key in sse2 if key[0] == family]
+    peers = list(dict.fromkeys(peer for key in keys for peer in sse2[key]))
     lines = ["", f"### {family}", "", f"Beside {', '.join(peers)}.", ""]
-    lines.append("| Case | " + " | ".join(size_name(size) for size in sizes) + " |")
-    lines.append("| --- |" + " ---: |" * len(sizes))
-    for case in dict.fromkeys(key[1] for key in keys):
-        cells = [cell((family, case, size), sse2, as_is) for size in sizes]
-        if any(cells):
-            lines.append(f"| {case} | " + " | ".join(cells) + " |")
-    return lines
+    if len({key[1] for key in keys}) == len(keys) and MIXED not in {key[2] for key in keys}:
+        return lines + table_by_peer(keys, peers, sse2, as_is)
+    return lines + table_by_size(keys, sse2, as_is)
 
 
 def behind(run):
@@ -135,15 +153,16 @@ def behind(run):
 
 
 def measured_part(as_is_path, sse2_path):
-    as_is, _ = read_ratios(as_is_path)
-    sse2, peers = read_ratios(sse2_path)
+    as_is, sse2 = read_ratios(as_is_path), read_ratios(sse2_path)
     families = list(dict.fromkeys(key[0] for key in sse2))
-    lines = ["## Machine", "", *machine(), "", "## Summary", "", *summary(families, sse2, as_is)]
+    held, free = fastest_peers(sse2), fastest_peers(as_is)
+    lines = ["## Machine", "", *machine(), "", "## Summary", "", *summary(families, held, free)]
     lines += ["", "## Ratios", "", "Held to SSE2 first, in brackets as it is; bold where we are behind."]
+    lines += ["Of several peers the fastest, where the columns are sizes."]
     for family in families:
-        lines += family_table(family, peers[family], sse2, as_is)
-    lines += ["", "## Where we are behind the C library held to SSE2", "", *behind(sse2)]
-    lines += ["", "## Where we are behind the C library as it is", "", *behind(as_is)]
+        lines += family_table(family, sse2, as_is)
+    lines += ["", "## Where we are behind the C library held to SSE2", "", *behind(held)]
+    lines += ["", "## Where we are behind the C library as it is", "", *behind(free)]
     return "\n".join(lines)
 
 
