@@ -1,0 +1,81 @@
+// The patterns that the regular expressions are measured with, compiling and searching: what
+// programs look for in text, from the easiest to the hardest, and what makes them so. In ASCII text
+// every engine that knows a pattern's constructs finds the same.
+
+#ifndef VEKCH_BENCH_PATTERNS_H
+#define VEKCH_BENCH_PATTERNS_H
+
+namespace vekch_bench {
+
+// What a pattern needs that not every engine has.
+enum class Needs {
+  kNothing,
+  kBacktracking,  // back-references or look-around, which engines without backtracking lack
+  kCategories,    // Unicode's general categories
+};
+
+struct Pattern {
+  const char* name;
+  const char* text;
+  const char* options;  // letters of veksRegExpInit: "i" and "m" are used
+  Needs needs;
+  const char* why;
+};
+
+constexpr Pattern kPatterns[] = {
+    {"literal, one word", "warranty", "", Needs::kNothing,
+     "Easy: a substring search, and one that finds something now and then."},
+    {"literal, phrase", "GNU General Public License", "", Needs::kNothing,
+     "Easy: a long literal is rarely begun in vain."},
+    {"literal, nothing found", "Zyzzyva quixotica", "", Needs::kNothing,
+     "The easiest: bytes that the text hardly has let a search skip all of it."},
+    {"5 words", "license|program|software|copyright|warranty", "", Needs::kNothing,
+     "Easy where alternatives are looked for at once, else five tries at every place."},
+    {"30 words",
+     "about|access|because|between|change|common|condition|copyright|damage|derive|distribute|"
+     "express|freedom|grant|implied|interface|library|license|modify|notice|object|patent|"
+     "permission|program|publish|reason|software|source|version|warranty",
+     "", Needs::kNothing,
+     "Harder than five: the words begin with most letters, so that few places are skipped."},
+    {"word, either case", "warranty", "i", Needs::kNothing,
+     "A substring search that has to look for two forms of each letter."},
+    {"words, either case", "\\b(?:copyright|licen[cs]e|warrant(?:y|ies))\\b", "i", Needs::kNothing,
+     "Neither a fixed first byte nor a fixed last one, and boundaries to test."},
+    {"capitalised word", "[A-Z][a-z]+", "", Needs::kNothing,
+     "No literal at all, and short matches close together: what a match costs by itself."},
+    {"word in -ing", "\\w+ing", "", Needs::kNothing,
+     "Hard: every word is run through to its end and given back byte by byte."},
+    {"quoted string", "\"[^\"\\\\]*(?:\\\\.[^\"\\\\]*)*\"", "", Needs::kNothing,
+     "One byte to begin with, then a loop in a loop that never has to give back."},
+    {"date", "(\\d{4})-(\\d{2})-(\\d{2})", "", Needs::kNothing,
+     "Groups to record, and a first byte of ten: other numbers end a try soon."},
+    {"IPv4 address",
+     "\\b(?:(?:25[0-5]|2[0-4]\\d|1?\\d?\\d)\\.){3}(?:25[0-5]|2[0-4]\\d|1?\\d?\\d)\\b", "",
+     Needs::kNothing,
+     "Alternatives that begin alike inside a counted group: each number is tried three ways."},
+    {"e-mail address", "[\\w.+-]+@[\\w-]+\\.[\\w.-]+", "", Needs::kNothing,
+     "Hard: every word might begin an address, and only its end tells. The \"@\" would be faster "
+     "to look for."},
+    {"URI", "[a-z][a-z0-9+.-]*://[^\\s/?#]+[^\\s?#]*(?:\\?[^\\s#]*)?(?:#\\S*)?", "",
+     Needs::kNothing,
+     "Hard in the same way: letters that lead to no \"://\", then classes that are shared by "
+     "neighbours."},
+    {"log line",
+     "^(\\S+) \\S+ (\\S+) \\[([^\\]]+)\\] \"([A-Z]+) ([^ \"]+) HTTP/[0-9.]+\" (\\d{3}) (\\d+|-)$",
+     "m", Needs::kNothing,
+     "Anchored to lines and long: whole lines are matched, with seven groups to record."},
+    {"nothing found", "\\w+\\s?@@", "", Needs::kNothing,
+     "The hardest: each byte of each word begins a try that runs to the word's end in vain."},
+    {"capitalised, any script", "\\p{Lu}\\p{Ll}+", "", Needs::kCategories,
+     "Characters have to be decoded and looked up, where [A-Z] compares bytes."},
+    {"word twice", "\\b(\\w+)\\s+\\1\\b", "", Needs::kBacktracking,
+     "What is looked for depends on what was found: a group to record at every word."},
+    {"price", "(?<=[$])\\d+(?:\\.\\d\\d)?", "", Needs::kBacktracking,
+     "A look behind at every digit."},
+    {"word before a comma", "\\w+(?=,)", "", Needs::kBacktracking,
+     "A look ahead behind every byte of a word, each but the last in vain."},
+};
+
+}  // namespace vekch_bench
+
+#endif
