@@ -18,6 +18,7 @@ static int UseHeader(void) {
   uint16_t units[4];
   int32_t unitCount = 4;
   int32_t byteCount = 4;
+  uint32_t hash = 0;
   int32_t result = 0;
   int wrong = 0;
   int i = 0;
@@ -28,6 +29,9 @@ static int UseHeader(void) {
   wrong += veksCompare_8u(text, text + 1, 3, &result) != StatusNoError || result != 'a' - 'b';
   wrong += veksLowercaseLatin_8u(text, copy, 4) != StatusNoError || copy[3] != 'b';
   wrong += veksFindC_8u(text, 4, 'c', &result) != StatusNoError || result != 2;
+  wrong += veksTrimC_8u(text, 4, 'a', copy, &result) != StatusNoError || result != 3;
+  wrong += veksConcat_8u(text, 1, text + 3, 1, copy) != StatusNoError || copy[1] != 'B';
+  wrong += veksHashSJ2_8u32u(text, 3, &hash) != StatusNoError || hash != 96354;
   wrong += veksConvertUTF_8u16u(text, &byteCount, units, &unitCount, 0) != StatusNoError;
   wrong += byteCount != 4 || unitCount != 4 || units[3] != 'B';
   wrong += veksRegExpGetSize((const uint8_t*)"", &result) != StatusNoError || result != 48056;

@@ -223,20 +223,24 @@ def run(*command):
 
 
 def kernel_breaches(image, nm, library):
-    """Every function of the kernels lies in VEKCODE. Their tables lie in read-only sections."""
-    seen = 0
+    """Every function of the kernels lies in VEKCODE, their table of cache sizes in VEKDATA."""
+    missing = {"VEKCODE", "VEKDATA"}
     for line in run(nm, "--defined-only", library).splitlines():
         address, _, name = line.split(maxsplit=2)
         if not KERNEL_SYMBOL.match(name):
             continue
         address = int(address, 16)
         for section in image.sections:
-            if section.executable and section.start <= address < section.start + section.size:
-                seen += 1
-                if section.name != "VEKCODE":
-                    yield "kernels", f"{name} lies in {section.name}"
-    if seen == 0:
-        yield "kernels", "no kernel found"
+            if not section.start <= address < section.start + section.size:
+                continue
+            if not section.executable and "kDescriptorTable" not in name:
+                continue
+            wanted = "VEKCODE" if section.executable else "VEKDATA"
+            missing.discard(wanted)
+            if section.name != wanted:
+                yield "kernels", f"{name} lies in {section.name}, not in {wanted}"
+    if missing:
+        yield "kernels", f"nothing found for {', '.join(sorted(missing))}"
 
 
 # Everything that came after SSE3, as AT&T mnemonics without their size suffixes.

@@ -15,6 +15,7 @@
 #define STORED_WORD 11
 #define SYSTEM_CALL 12
 #define START_UP 13
+#define STRAY_TABLE 14
 
 #if FAULT == STRAY_KERNEL || FAULT == NO_KERNEL
 #define KERNEL __attribute__((noinline))
@@ -22,11 +23,20 @@
 #define KERNEL __attribute__((section("VEKCODE"), noinline))
 #endif
 
+#if FAULT == STRAY_TABLE
+#define TABLE
+#else
+#define TABLE __attribute__((section("VEKDATA")))
+#endif
+
 #if FAULT == NO_KERNEL
 namespace elsewhere {
 #else
 namespace vekch::kernels {
 #endif
+extern const unsigned char kDescriptorTable[3];
+TABLE const unsigned char kDescriptorTable[3] = {0xEC, 0x63, 0};
+
 KERNEL int Twice(int value) {
 #if FAULT == BYTE_SHUFFLE
   asm volatile("pshufb %xmm0, %xmm0");
@@ -43,7 +53,7 @@ KERNEL int Twice(int value) {
   // What older processors run as a bit scan is not a breach.
   asm volatile("rep bsf %0, %0" : "+r"(value));
 #endif
-  return 2 * value;
+  return 2 * value + kDescriptorTable[value & 1];
 }
 }  // namespace
 
