@@ -3,7 +3,7 @@
 // with the whole needle. Up to four ways are tried, each when the one before it has been misled too
 // often:
 //
-//   1. by one byte, in a long source: the one that texts hold least often, if it is rare at all
+//   1. by one byte, if it is rare in texts: in a long source the rarest, in a short one the first
 //   2. by two bytes, in a long source: the two that texts hold least often
 //   3. by four bytes, spread over the needle; in a short source, where choosing would take longer
 //      than comparing, at once
@@ -74,6 +74,10 @@ VEK_INLINE Choice<2> RarestPair(const uint8_t* needle, int32_t needleLength) {
   }
   return {{rarest, second}};
 }
+
+VEK_INLINE Choice<2> Ends(int32_t needleLength) { return {{0, needleLength - 1}}; }
+
+VEK_INLINE bool IsRare(uint8_t byte) { return kCommonness.of[byte] < kRare; }
 
 // Four places from end to end, all different from a needle of four bytes on.
 VEK_INLINE Choice<4> SpreadFour(int32_t needleLength) {
@@ -149,7 +153,7 @@ VEK_KERNEL __attribute__((noinline)) int32_t VerifyLast(const Task& task, uint64
 template <Direction kDirection>
 VEK_INLINE int32_t FindAmongFew(const Task& task) {
   constexpr auto kVerify = kDirection == Direction::kForward ? VerifyFirst : VerifyLast;
-  const HasChosen<2> probe(task, {{0, task.needleLength - 1}});
+  const HasChosen<2> probe(task, Ends(task.needleLength));
   return UseBitsOfFew(probe, task.positions, [&](uint64_t candidates) {
     int64_t effort = 0;
     return candidates == 0 ? -1 : kVerify(task, candidates, 0, &effort);
@@ -162,24 +166,25 @@ struct Allowance {
   int64_t perBlock;
 };
 
-constexpr Allowance kForOne = {512, 2};
+constexpr Allowance kForOne = {256, 2};
 constexpr Allowance kForTwo = {1024, 2};
 constexpr Allowance kForFour = {4096, 64};
 
-// At least 16 positions: 64 a step, then 16 a step, the last step ending at the last position in
-// scan order. Where a step overlaps the one before, false candidates are refused twice. Starts
+// At least kWidth positions, 16 or 64, in steps of so many; the last step ends at the last position
+// in scan order, and where it overlaps the one before, false candidates are refused twice. Starts
 // behind *passed positions; on giving up *passed are behind.
-template <Direction kDirection, int32_t kBytes>
-VEK_INLINE int32_t FindAmongMany(const Task& task, const Choice<kBytes>& choice,
-                                 const Allowance& allowance, int32_t* passed) {
+template <Direction kDirection, int32_t kWidth, int32_t kBytes>
+VEK_INLINE int32_t FindInSteps(const Task& task, const HasChosen<kBytes>& probe,
+                               const Allowance& allowance, int32_t* passed) {
   constexpr bool kForward = kDirection == Direction::kForward;
-  const HasChosen<kBytes> probe(task, choice);
-  const int32_t positions = task.positions;
+  const int32_t last = task.positions - kWidth;
   int64_t effort = 0;
-  int32_t behind = *passed;
-  for (; positions - behind >= kGroup; behind += kGroup) {
-    const int32_t start = kForward ? behind : positions - kGroup - behind;
-    const uint64_t candidates = GroupBits(probe, start);
+  for (int32_t behind = *passed; behind < task.positions; behind += kWidth) {
+    const int32_t begin = behind < last ? behind : last;
+    const int32_t start = kForward ? begin : last - begin;
+    const uint64_t candidates = kWidth == kGroup
+                                    ? GroupBits(probe, start)
+                                    : HitBits<HasChosen<kBytes>>(probe(AnyLoad{}, start));
     if (__builtin_expect(candidates != 0, 0)) {
       const int32_t at = (kForward ? VerifyFirst : VerifyLast)(task, candidates, start, &effort);
       if (at >= 0) {
@@ -191,18 +196,15 @@ VEK_INLINE int32_t FindAmongMany(const Task& task, const Choice<kBytes>& choice,
       }
     }
   }
-  for (; behind < positions; behind += kBlock) {
-    const int32_t begin = behind + kBlock <= positions ? behind : positions - kBlock;
-    const int32_t start = kForward ? begin : positions - kBlock - begin;
-    const uint32_t candidates = HitBits<HasChosen<kBytes>>(probe(AnyLoad{}, start));
-    if (candidates != 0) {
-      const int32_t at = (kForward ? VerifyFirst : VerifyLast)(task, candidates, start, &effort);
-      if (at >= 0) {
-        return at;
-      }
-    }
-  }
   return -1;
+}
+
+template <Direction kDirection, int32_t kBytes>
+VEK_INLINE int32_t FindAmongMany(const Task& task, const Choice<kBytes>& choice,
+                                 const Allowance& allowance, int32_t* passed) {
+  const HasChosen<kBytes> probe(task, choice);
+  return task.positions >= kGroup ? FindInSteps<kDirection, kGroup>(task, probe, allowance, passed)
+                                  : FindInSteps<kDirection, kBlock>(task, probe, allowance, passed);
 }
 
 // ---- The two-way method
@@ -334,13 +336,13 @@ VEK_INLINE int32_t FindWithRare(const Task& task, const Choice<kBytes>& rare,
     if (task.positions < kBlock) {                                                              \
       return AmongFew##suffix(task);                                                            \
     }                                                                                           \
-    if (task.positions < kLongSource) {                                                         \
-      return needleLength < 4 ? WithPair##suffix(task, {{0, needleLength - 1}}, 0)              \
-                              : WithFour##suffix(task, 0);                                      \
+    const bool isShort = task.positions < kLongSource;                                          \
+    const Choice<2> pair = isShort ? Ends(needleLength) : RarestPair(needle, needleLength);     \
+    if (IsRare(needle[pair.offsets[0]])) {                                                      \
+      return WithOne##suffix(task, pair);                                                       \
     }                                                                                           \
-    const Choice<2> pair = RarestPair(needle, needleLength);                                    \
-    return kCommonness.of[needle[pair.offsets[0]]] < kRare ? WithOne##suffix(task, pair)        \
-                                                           : WithPair##suffix(task, pair, 0);   \
+    return isShort && needleLength >= 4 ? WithFour##suffix(task, 0)                             \
+                                        : WithPair##suffix(task, pair, 0);                      \
   }
 
 VEK_SUBSTRING_KERNELS(Forward, Direction::kForward)
