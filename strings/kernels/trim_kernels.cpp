@@ -3,7 +3,6 @@
 #include "strings/kernels/trim_kernels.h"
 
 #include "strings/kernels/byte_set.h"
-#include "strings/kernels/find_kernels.h"
 #include "strings/kernels/scan.h"
 
 namespace vekch::kernels {
@@ -75,6 +74,21 @@ struct ByBlocks {
   }
 };
 
+// The same for a list of 16 members or more, block by block.
+struct ListedBytes {
+  const uint8_t* set;
+  int32_t length;
+
+  VEK_INLINE bool operator()(uint8_t byte) const {
+    const Block value = Splat(byte);
+    Block hits = LoadAny(set + length - kBlock) == value;
+    for (int32_t i = 0; i < length - kBlock; i += kBlock) {
+      hits = hits | (LoadAny(set + i) == value);
+    }
+    return LaneBits(hits) != 0;
+  }
+};
+
 struct ByTable {
   const uint8_t* source;
   Table table;
@@ -141,7 +155,7 @@ VEK_INLINE Kept TrimEqual(const uint8_t* source, int32_t length, const uint8_t* 
 
 VEK_INLINE Kept TrimLarge(const uint8_t* source, int32_t length, const uint8_t* set,
                           int32_t setLength, Ends ends) {
-  const auto belongs = [=](uint8_t byte) { return FindByte(set, setLength, byte) >= 0; };
+  const ListedBytes belongs = {set, setLength};
   return Trim<kFewForLargeSet>(source, length, ends, belongs, DropRest{[=] {
                                  return ByTable{source, Table(set, setLength)};
                                }});
