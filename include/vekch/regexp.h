@@ -5,6 +5,7 @@
  *   1. veksRegExpGetSize tells how large the object of a pattern is; the caller allocates it.
  *   2. veksRegExpInit compiles the pattern into it.
  *   3. veksRegExpSetMatchLimit and veksRegExpSetFormat adjust it, if need be.
+ *   4. veksRegExpFind_8u searches with it, as often as wanted.
  *
  * The object is one block of memory, aligned to 8 bytes as malloc's blocks are, and nothing outside
  * it belongs to it. The library keeps no reference to it between calls; the caller frees it. It
@@ -52,6 +53,12 @@ VEKCH_BEGIN_DECLS
 
 /** A compiled pattern. What it holds is told in vekch/regexp_program.h, for tools. */
 typedef struct RegExpState RegExpState;
+
+/** One piece of a subject that a search reports: the whole match, or what a group captured. */
+typedef struct RegExpFindResult {
+  const uint8_t* pointer; /* its first byte inside the subject; null for a group without a part */
+  int32_t length;         /* its bytes; -1 for a group that took no part in the match */
+} RegExpFindResult;
 
 /**
  * Bytes that the object of a zero-terminated pattern takes: 48056, and 24 for each byte of the
@@ -132,6 +139,46 @@ VEKCH_API vekStatus veksRegExpSetFormat(int32_t format, RegExpState* state) VEKC
  *     veksRegExpSetMatchLimit(100000, state);
  */
 VEKCH_API vekStatus veksRegExpSetMatchLimit(int32_t limit, RegExpState* state) VEKCH_NOEXCEPT;
+
+/**
+ * Searches the `len` bytes at `src` for the first match of a compiled pattern; with its option g,
+ * for one match behind the other. No terminator is read, and no byte outside of the subject.
+ *
+ * On entry `*numFind` is the number of elements of `results`, on return the number written.
+ *
+ * Without option g element 0 is the match and element k what group k captured. As many elements are
+ * written as there are groups and one more, or as fit. A pattern that is nothing but alternatives
+ * of literal text reports in the same way: the leftmost of them, and of two that begin at one place
+ * the first.
+ *
+ * With option g a pattern without groups gives one element for each match, and a pattern with
+ * groups an element for each of its groups, but none for the match as a whole. Behind a match the
+ * search goes on where it ends; at the place of an empty match it asks for one of a single byte,
+ * then goes on a byte further. It ends where the subject ends or the elements are used up.
+ *
+ * What is reported lies in the subject, but for one case: a code point written as "\x{E9}" counts
+ * as long as its own UTF-8 form, also where it has matched a byte that is no UTF-8, or a letter of
+ * another length without regard to case. The length of a match may then differ from the bytes that
+ * it covers, and reach past the end of the subject.
+ *
+ * How deep the tries for one start position may nest is a fourth of the match limit; a repetition
+ * of one character counts once, whatever its length, each repetition of a group counts again. The
+ * calling thread needs 64 bytes of stack for each, and 16384 bytes beyond: at the limit that an
+ * object starts with, a stack of 256 KiB is more than enough for every pattern and subject.
+ *
+ * Status, in order, of which the first four write nothing: StatusNullPointer if `src`, `state`,
+ * `results` or `numFind` is null; StatusLengthError if `len` is negative; StatusSizeError if
+ * `*numFind` is below 1; StatusRegExpError if `state` is no compiled object.
+ * StatusRegExpMatchLimit if the match limit ran out, with `*numFind` 0 in most cases; what is in
+ * `results` does not count then. StatusRegExpResultsTruncated, a warning, if a match was found and
+ * not all of its elements had room. StatusNoError for a match, and for none, with `*numFind` 0.
+ *
+ *     RegExpFindResult found[4];
+ *     int32_t count = 4;
+ *     status = veksRegExpFind_8u(text, length, state, found, &count);
+ */
+VEKCH_API vekStatus veksRegExpFind_8u(const uint8_t* src, int32_t len, RegExpState* state,
+                                      RegExpFindResult* results, int32_t* numFind) VEKCH_NOEXCEPT;
 
 VEKCH_END_DECLS
 
