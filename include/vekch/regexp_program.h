@@ -1,6 +1,6 @@
 /*
- * The compiled pattern as it lies in memory: for tools that show or check it. Programs that only
- * search need nothing of this header.
+ * The compiled pattern and the replacement template as they lie in memory: for tools that show or
+ * check them. Programs that only search and replace need nothing of this header.
  *
  * A pattern object is one block: a header, two work tables that searches use, and the program, an
  * array of node records. What is left of the program's room behind the last record holds copies
@@ -12,6 +12,7 @@
 #include <stdint.h>
 
 #include "vekch/regexp.h"
+#include "vekch/regexp_replace.h"
 
 /** Option bits of a pattern, in `compileFlags` and in the records. */
 enum {
@@ -124,5 +125,25 @@ struct RegExpState {
 
 /** Bytes of an object: the fixed part, and room for one record more than the pattern has bytes. */
 enum { RegExpFixedSize = 48056, RegExpSizePerByte = 24 };
+
+/** What a template's item inserts. */
+enum {
+  ReplaceLiteral = 0x10000001, /* literal text */
+  ReplaceGroup = 0x10000002    /* what a group captured */
+};
+
+/** One item of a template. */
+typedef struct ReplaceItem {
+  uint32_t kind;
+  uint32_t value;         /* bytes of literal text; number of a group, 0 for the whole match */
+  const uint8_t* pointer; /* literal text, inside the template; not set for a group */
+} ReplaceItem;
+
+/** A template's object: its items follow it, in the order of the template. */
+struct RegExpReplaceState {
+  uint32_t unused; /* neither read nor written */
+  uint32_t itemCount;
+  ReplaceItem* items; /* null for a null template */
+};
 
 #endif

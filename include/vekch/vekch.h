@@ -23,6 +23,7 @@
 #include "vekch/find.h"
 #include "vekch/hash.h"
 #include "vekch/regexp.h"
+#include "vekch/regexp_replace.h"
 #include "vekch/status.h"
 #include "vekch/trim.h"
 #include "vekch/utf.h"

@@ -1,0 +1,112 @@
+// Templates of replacements: one walk over the text, which cuts it into pieces of literal text and
+// references to groups. Every item stands for a byte of the text at least, so that the object has
+// room for one item per byte.
+
+#include "frame/checks.h"
+#include "regexp/object.h"
+#include "regexp/pattern_text.h"
+#include "vekch/regexp_program.h"
+
+namespace vekch::regexp {
+namespace {
+
+static_assert(sizeof(RegExpReplaceState) == 16 && sizeof(ReplaceItem) == 16);
+
+class TemplateReader {
+ public:
+  TemplateReader(const uint8_t* text, ReplaceItem* items)
+      : at_(text), literal_(text), end_(items) {}
+
+  vekStatus Run() {
+    while (*at_ != 0) {
+      if (*at_ == '$') {
+        if (!Reference()) {
+          return StatusRegExpFormatError;
+        }
+      } else if (*at_ == '\\') {
+        // It vanishes: what follows is read as if nothing stood before it.
+        EndLiteral();
+        BeginLiteral(at_ + 1);
+      } else {
+        ++at_;
+      }
+    }
+    EndLiteral();
+    return StatusNoError;
+  }
+
+  const ReplaceItem* End() const { return end_; }
+
+ private:
+  bool Reference() {
+    EndLiteral();
+    ++at_;
+    if (*at_ == '&') {
+      AppendGroup(0);
+      BeginLiteral(at_ + 1);
+      return true;
+    }
+    uint32_t number = 0;
+    for (; IsDigit(*at_); ++at_) {
+      number += 10 * number + (*at_ - '0');  // kept as it is: "$10" is group 11
+    }
+    if (number == 0) {
+      return false;
+    }
+    AppendGroup(number);
+    BeginLiteral(at_);
+    return true;
+  }
+
+  void BeginLiteral(const uint8_t* text) {
+    at_ = text;
+    literal_ = text;
+  }
+
+  void EndLiteral() {
+    if (at_ != literal_) {
+      *end_++ = {ReplaceLiteral, static_cast<uint32_t>(at_ - literal_), literal_};
+    }
+  }
+
+  void AppendGroup(uint32_t number) {
+    end_->kind = ReplaceGroup;
+    end_->value = number;  // the pointer is not set
+    ++end_;
+  }
+
+  const uint8_t* at_;
+  const uint8_t* literal_;  // where the literal text that has not been stored yet begins
+  ReplaceItem* end_;        // behind the last item
+};
+
+}  // namespace
+}  // namespace vekch::regexp
+
+vekStatus veksRegExpReplaceGetSize(const uint8_t* replacement, int32_t* size) noexcept {
+  if (vekch::AnyNull(size)) {
+    return StatusNullPointer;
+  }
+  const uint32_t length = replacement == nullptr ? 0 : vekch::regexp::LengthOf(replacement);
+  // The size wraps for a template that no 32-bit size can hold: it is not checked for.
+  *size = static_cast<int32_t>(sizeof(RegExpReplaceState) + sizeof(ReplaceItem) * length);
+  return StatusNoError;
+}
+
+vekStatus veksRegExpReplaceInit(const uint8_t* replacement, RegExpReplaceState* state) noexcept {
+  if (vekch::AnyNull(state)) {
+    return StatusNullPointer;
+  }
+  if (replacement == nullptr) {
+    state->items = nullptr;
+    state->itemCount = 0;
+    return StatusNoError;
+  }
+  state->items = reinterpret_cast<ReplaceItem*>(state + 1);
+  vekch::regexp::TemplateReader reader(replacement, state->items);
+  const vekStatus status = reader.Run();
+  if (status == StatusNoError) {
+    state->itemCount = static_cast<uint32_t>(reader.End() - state->items);
+  }
+  return status;
+}
