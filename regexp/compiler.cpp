@@ -7,9 +7,12 @@
 //   5  the literal that every match ends with
 //   6  the copies of the literals
 //   7  the search mode
+//
+// and behind them the notes for the matcher (match_notes.h).
 
 #include "regexp/compiler.h"
 
+#include "regexp/match_notes.h"
 #include "regexp/pattern_text.h"
 #include "regexp/prescan.h"
 #include "regexp/program.h"
@@ -114,6 +117,7 @@ Fault Compile(const uint8_t* pattern, uint32_t length, const uint8_t* options, R
   state->requiredLiteralIndex = builder.RequiredLiteral();
   state->matchLimit = kMatchLimit;
   state->searchMode = SearchMode(nodes, state->nodeCount, state->requiredLiteralIndex);
+  WriteNotes(state);
   return kNoFault;
 }
 

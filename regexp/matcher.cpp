@@ -1,0 +1,451 @@
+// The loop over the records, and what happens where it can't go on.
+
+#include "regexp/matcher.h"
+
+#include "regexp/bytes.h"
+
+namespace vekch::regexp {
+namespace {
+
+constexpr int32_t kDepthShare = 4;  // the depth may be this part of the steps
+constexpr int32_t kLineStart = 0x80;
+constexpr int32_t kChunksAhead = 4;
+
+}  // namespace
+
+Matcher::Matcher(RegExpState* patternState, const uint8_t* subject, int32_t length)
+    : state_(patternState),
+      program_(ProgramOf(patternState)),
+      slots_(reinterpret_cast<RegExpFindResult*>(patternState->workTableB)),
+      groups_(GroupsOf(patternState)),
+      subject_(subject),
+      subjectEnd_(subject + length),
+      isUtf8_(patternState->characterFormat != 0) {
+  static_assert(sizeof(RegExpFindResult) == sizeof patternState->workTableB[0]);
+}
+
+void Matcher::ClearSlots() {
+  for (int32_t slot = 1; slot < state_->captureCount; ++slot) {
+    slots_[slot].pointer = nullptr;
+    slots_[slot].length = -1;
+  }
+}
+
+MatchResult Matcher::Match(const ProgramNode* first, const uint8_t* start, const uint8_t* end) {
+  start_ = start;
+  limit_ = end;
+  end_ = program_ + state_->nodeCount;
+  sub_ = nullptr;
+  skew_ = 0;
+  chunk_ = nullptr;
+  // One level is the search's own. No more frames than levels are ever needed, but for repetitions
+  // of atomic groups, which take none: past some of them, the depth counts as used up.
+  const int32_t depth = state_->matchLimit / kDepthShare - 1;
+  chunksLeft_ = depth / (kFramesInChunk - kSpareFrames) + kChunksAhead;
+  Run({first, start, Budget(depth, state_->matchLimit), OnAbort()}, Flow::kNext);
+  return result_;
+}
+
+// ---- The loop.
+
+// Runs records until one of them can't be passed by a step in the loop. The registers are kept out
+// of memory: the rarer steps work on copies.
+VEK_INLINE Flow Matcher::Execute(Registers* registers) {
+  Registers r = *registers;
+  const auto call = [this, &r](Flow (Matcher::*step)(Registers*)) {
+    Registers copy = r;
+    const Flow next = (this->*step)(&copy);
+    r = copy;
+    return next;
+  };
+  Flow flow = Flow::kNext;
+  while (flow == Flow::kNext) {
+    if (r.budget.Depth() < lowestDepth_) {
+      flow = ExhaustedBudget(r);
+      if (flow != Flow::kNext) {
+        break;
+      }
+    }
+    if (r.node == end_) {
+      flow = Flow::kEnd;
+      break;
+    }
+    if (!HasRoom()) {
+      flow = Flow::kGrow;
+      break;
+    }
+    r.budget.TakeRecord();
+    const ProgramNode& node = *r.node;
+    switch (node.op) {
+      case OpChar:
+        if (QuantifierAt(&node + 1) != nullptr) {
+          flow = call(&Matcher::Character);
+        } else if (r.at < limit_ &&
+                   SameByte(*r.at, static_cast<uint8_t>(node.a), IsCaseless(node.c))) {
+          ++r.node;
+          ++r.at;
+          r.onAbort.PassByte();
+        } else {
+          flow = Flow::kFail;
+        }
+        break;
+      case OpString:
+        if (limit_ - r.at >= node.b && SameBytes(r.at, RunOf(node), node.b, IsCaseless(node.c))) {
+          ++r.node;
+          r.at += node.b;
+          r.onAbort = OnAbort(OnAbort::kMatches);
+        } else {
+          flow = Flow::kFail;
+        }
+        break;
+      default:
+        flow = call(&Matcher::Record);
+        break;
+    }
+  }
+  *registers = r;
+  return flow;
+}
+
+Flow Matcher::Record(Registers* r) {
+  switch (r->node->op) {
+    case OpBackref:
+    case OpClass:
+    case OpCharType:
+    case OpAnyByte:
+    case OpCodePoint:
+    case OpCategory:
+    case OpRange:
+    case OpScript:
+    case OpGrapheme:
+      return Character(r);
+    case OpAssert:
+      return Assertion(r);
+    case OpAlternative: {
+      const int32_t groupEnd = NoteOf<AlternativeNote>(*r->node).groupEnd;
+      if (r->node->a < 1) {  // a match here may be empty where others may not
+        return Accept(r);
+      }
+      r->node = program_ + groupEnd;
+      return EndGroup(r);
+    }
+    case OpLookbehind:
+    case OpNegLookbehind:
+    case OpLookahead:
+    case OpNegLookahead:
+      return LookAround(r);
+    case OpOptionGroup:
+    case OpConditional:
+    case OpCapture:
+    case OpGroup:
+      return OpenGroup(r);
+    case OpAtomic:
+      return Atomic(r);
+    case OpGroupEnd:
+      return EndGroup(r);
+    case OpSetOptions:  // the records hold the options that are in force where they stand
+      ++r->node;
+      return Flow::kNext;
+    default:
+      return Flow::kFail;
+  }
+}
+
+// A record that consumes a character or a copy, once or repeated.
+Flow Matcher::Character(Registers* r) {
+  const ProgramNode& atom = *r->node;
+  if (QuantifierAt(BehindAtom(atom)) != nullptr) {
+    return Repeat(r, atom);
+  }
+  const int32_t length = r->at < limit_ ? RepetitionLength(atom, r->at) : -1;
+  if (length < 0) {
+    return Flow::kFail;
+  }
+  r->at += length;
+  r->node = BehindAtom(atom);
+  switch (atom.op) {
+    case OpBackref:
+      break;
+    case OpClass:  // counts as a repetition, once
+      r->budget.TakeDepth();
+      r->onAbort = OnAbort(OnAbort::kFails);
+      break;
+    case OpCharType:
+    case OpAnyByte:
+      r->onAbort = OnAbort(OnAbort::kFails);
+      break;
+    default:
+      skew_ += SkewOf(atom, length);
+      r->onAbort = OnAbort(OnAbort::kMatches);
+      break;
+  }
+  return Flow::kNext;
+}
+
+// A quantifier tells no more than whether the assertion has to hold.
+Flow Matcher::Assertion(Registers* r) {
+  const ProgramNode* const quantifier = QuantifierAt(r->node + 1);
+  const bool isOptional = quantifier != nullptr && quantifier->a == 0;
+  if (!isOptional && !AssertionHolds(*r->node, r->at)) {
+    return Flow::kFail;
+  }
+  r->node += quantifier == nullptr ? 1 : 2;
+  return Flow::kNext;
+}
+
+bool Matcher::AssertionHolds(const ProgramNode& node, const uint8_t* at) const {
+  const bool atStart = at == subject_;
+  const bool atEnd = at == limit_;
+  const bool isMultiLine = (OptionsNote(node) & RegExpOptionM) != 0;
+  const auto isLineStart = [at] { return at[-1] == '\n'; };
+  const auto isLastNewline = [this, at] { return limit_ - at == 1 && *at == '\n'; };
+  const auto changesWord = [this, at, atStart] {
+    // Where the text that is matched ends before the subject, the byte there counts.
+    const bool after = at < subjectEnd_ && IsWordByte(*at);
+    return after != (!atStart && IsWordByte(at[-1]));
+  };
+  switch (node.a) {
+    case 'A':
+    case 'G':
+      return atStart;
+    case 'Z':
+      return atEnd || isLastNewline();
+    case 'z':
+      return atEnd;
+    case '^':
+      return atStart || (isMultiLine && !atEnd && isLineStart());
+    case '$':
+      return atEnd || (isMultiLine ? *at == '\n' : isLastNewline());
+    case 'b':
+      return changesWord();
+    case 'B':
+      return !changesWord();
+    case kLineStart:
+      return atStart || isLineStart();
+    default:
+      return false;
+  }
+}
+
+// ---- Where a run of records ends.
+
+Flow Matcher::ExhaustedBudget(const Registers& r) {
+  if (r.budget.Depth() < 0) {
+    return Flow::kAbort;
+  }
+  return r.budget.Steps() - stepsLost_ < 1 ? Flow::kFail : Flow::kNext;
+}
+
+Flow Matcher::EndOfProgram(Registers* r) {
+  return requireNonEmpty && MatchLength(r->at) == 0 ? Flow::kFail : Accept(r);
+}
+
+Flow Matcher::Accept(Registers* r) {
+  if (sub_ != nullptr) {
+    CutBehind(sub_);
+    return SubMatched(r);
+  }
+  slots_[0].pointer = start_;
+  slots_[0].length = static_cast<int32_t>(MatchLength(r->at));
+  return Finish(MatchResult::kOk);
+}
+
+Flow Matcher::Finish(MatchResult result) {
+  result_ = result;
+  chunk_ = nullptr;
+  return Flow::kFinished;
+}
+
+Flow Matcher::Fail(Registers* r) {
+  if (top_ == chunk_->frames) {
+    if (chunk_->below == nullptr) {
+      return Finish(MatchResult::kFail);
+    }
+    CutBehind(Below(top_));
+  }
+  return Resume(r, false);
+}
+
+// Goes on with the last frame, to which a failure has come back, or an abort that it stops.
+Flow Matcher::Resume(Registers* r, bool aborted) {
+  switch (Top().choice) {
+    case Choice::kBytes:
+    case Choice::kCharacters:
+      return GiveBack(r);
+    case Choice::kCopies:
+      return GiveBackCopy(r);
+    case Choice::kLazy:
+      return TakeOneMore(r);
+    case Choice::kGroup:
+      return NextAlternative(r);
+    case Choice::kSkippedGroup:
+      return EnterSkippedGroup(r);
+    case Choice::kGroupEnd:
+      return ResumeGroupEnd(r, aborted);
+    case Choice::kLookaround:
+    case Choice::kCondition:
+    case Choice::kAtomic:
+      return SubFailed(r);
+    case Choice::kAtomicRepeats:
+      return GiveBackAtomic(r);
+    case Choice::kAtomicLazy:
+      return TakeAtomicAgain(r);
+  }
+  return Flow::kFail;
+}
+
+namespace {
+
+// Whether an abort that comes back to a frame is a failure to it.
+constexpr bool StopsAbort(Choice choice) {
+  return choice <= Choice::kLazy || choice == Choice::kGroupEnd;
+}
+
+constexpr bool IsSub(Choice choice) {
+  return choice >= Choice::kLookaround && choice <= Choice::kAtomic;
+}
+
+}  // namespace
+
+void Matcher::LoseSteps(int64_t count) {
+  stepsLost_ += count;
+  // The steps can't run out before the depth as long as fewer are lost than they are ahead.
+  if (stepsLost_ >= state_->matchLimit - state_->matchLimit / kDepthShare) {
+    lowestDepth_ = INT64_MAX;
+  }
+}
+
+// Carries an abort back, over the runs and the frames that pass it on, to what makes something else
+// of it. Nothing is undone before that is known: an abort that counts as a match leaves the slots
+// as they are.
+Flow Matcher::Abort(Registers* r) {
+  LoseSteps(1);
+  OnAbort onAbort = r->onAbort;
+  Frame* frame = Below(top_);
+  LoseSteps(onAbort.LostSteps());
+  while (onAbort.What() == OnAbort::kPasses) {
+    if (frame == nullptr) {
+      return Finish(MatchResult::kAbort);
+    }
+    if (StopsAbort(frame->choice)) {
+      UnwindTo(frame);
+      return Resume(r, true);
+    }
+    onAbort = frame->onAbort;
+    LoseSteps(onAbort.LostSteps());
+    frame = Below(frame);
+  }
+  if (onAbort.What() == OnAbort::kFails) {
+    return UnwindTo(frame) ? Resume(r, false) : Finish(MatchResult::kFail);
+  }
+  while (frame != nullptr && !IsSub(frame->choice)) {
+    frame = Below(frame);
+  }
+  sub_ = frame;
+  return Accept(r);
+}
+
+// The frame before another, or before the end of the frames; null if there is none.
+Frame* Matcher::Below(const Frame* frame) const {
+  Chunk* chunk = chunk_;
+  while (frame < chunk->frames || frame > chunk->frames + kFramesInChunk) {
+    chunk = chunk->below;
+  }
+  if (frame > chunk->frames) {
+    return chunk->frames + (frame - chunk->frames - 1);
+  }
+  return chunk->below == nullptr ? nullptr : chunk->below->top - 1;
+}
+
+// Drops all frames behind one.
+void Matcher::CutBehind(const Frame* frame) {
+  while (frame < chunk_->frames || frame >= chunk_->frames + kFramesInChunk) {
+    chunk_ = chunk_->below;
+    ++chunksLeft_;
+  }
+  top_ = chunk_->frames + (frame - chunk_->frames) + 1;
+}
+
+// Undoes what the frames behind one stand for; null stands for all of them, and false tells so.
+bool Matcher::UnwindTo(const Frame* frame) {
+  for (const Frame* last = Below(top_); last != frame; last = Below(last)) {
+    Undo(*last);
+  }
+  if (frame != nullptr) {
+    CutBehind(frame);
+  }
+  return frame != nullptr;
+}
+
+void Matcher::Undo(const Frame& frame) {
+  if (IsSub(frame.choice)) {
+    LeaveSub(frame);
+    return;
+  }
+  if (frame.choice != Choice::kGroup && frame.choice != Choice::kSkippedGroup &&
+      frame.choice != Choice::kGroupEnd) {
+    return;
+  }
+  const ProgramNode& record = program_[frame.node];
+  const ProgramNode& opening = record.op == OpGroupEnd ? program_[record.ptr] : record;
+  const Frame::GroupPart& part = frame.group;
+  GroupEntry& entry = EntryOf(opening);
+  entry.minimum = part.minimum;
+  entry.maximum = part.maximum;
+  entry.start = part.start;
+  if (opening.op == OpCapture) {
+    RegExpFindResult& slot = slots_[opening.c];
+    slot.pointer = part.captureLength < 0 ? nullptr : subject_ + part.captureStart;
+    slot.length = part.captureLength;
+  }
+}
+
+// ---- The chunks.
+
+void Matcher::Run(Registers r, Flow flow) {
+  Chunk chunk;
+  chunk.below = chunk_;
+  chunk_ = &chunk;
+  top_ = chunk.frames;
+  while (chunk_ == &chunk) {
+    switch (flow) {
+      case Flow::kNext:
+        flow = Execute(&r);
+        break;
+      case Flow::kFail:
+        flow = Fail(&r);
+        break;
+      case Flow::kAbort:
+        flow = Abort(&r);
+        break;
+      case Flow::kEnd:
+        flow = EndOfProgram(&r);
+        break;
+      case Flow::kGrow:
+        flow = RunInNewChunk(&r, Flow::kNext);
+        break;
+      case Flow::kRepeat:
+        flow = HasRoom() ? AtomicRepetition(&r) : RunInNewChunk(&r, flow);
+        break;
+      case Flow::kFinished:
+        chunk_ = nullptr;
+        break;
+    }
+  }
+  flow_ = flow;
+  registers_ = r;
+}
+
+// Returns with what the chunk whose turn it is then has to go on with.
+Flow Matcher::RunInNewChunk(Registers* r, Flow flow) {
+  if (chunksLeft_ == 0) {
+    return Flow::kAbort;
+  }
+  --chunksLeft_;
+  chunk_->top = top_;
+  Run(*r, flow);
+  *r = registers_;
+  return flow_;
+}
+
+}  // namespace vekch::regexp

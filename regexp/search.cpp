@@ -1,0 +1,288 @@
+// The search driver: narrows the subject by its literals, chooses where matches may start, and
+// tries the start positions in order.
+
+#include "regexp/search.h"
+
+#include "frame/checks.h"
+#include "regexp/bytes.h"
+#include "regexp/matcher.h"
+#include "strings/kernels/find_kernels.h"
+#include "unicode/utf8.h"
+
+namespace vekch::regexp {
+namespace {
+
+constexpr int32_t kNotFound = -1;
+
+// ---- Literals of the program.
+
+struct Literal {
+  const uint8_t* bytes;
+  int32_t length;
+
+  explicit Literal(const ProgramNode& node)
+      : bytes(node.op == OpString ? RunOf(node) : reinterpret_cast<const uint8_t*>(&node.a)),
+        length(node.op == OpString ? node.b : 1) {}
+};
+
+int32_t FindFirstCaseless(const uint8_t* subject, int32_t length, const Literal& literal) {
+  for (int32_t at = 0; at <= length - literal.length; ++at) {
+    if (SameBytes(subject + at, literal.bytes, literal.length, true)) {
+      return at;
+    }
+  }
+  return kNotFound;
+}
+
+int32_t FindLastCaseless(const uint8_t* subject, int32_t length, const Literal& literal) {
+  for (int32_t at = length - literal.length; at >= 0; --at) {
+    if (SameBytes(subject + at, literal.bytes, literal.length, true)) {
+      return at;
+    }
+  }
+  return kNotFound;
+}
+
+int32_t FindFirst(const uint8_t* subject, int32_t length, const Literal& literal, bool caseless) {
+  if (literal.length > length) {
+    return kNotFound;
+  }
+  if (caseless) {
+    return FindFirstCaseless(subject, length, literal);
+  }
+  return literal.length == 1
+             ? kernels::FindByte(subject, length, literal.bytes[0])
+             : kernels::FindSubstring(subject, length, literal.bytes, literal.length);
+}
+
+int32_t FindLast(const uint8_t* subject, int32_t length, const Literal& literal, bool caseless) {
+  if (literal.length > length) {
+    return kNotFound;
+  }
+  if (caseless) {
+    return FindLastCaseless(subject, length, literal);
+  }
+  return literal.length == 1
+             ? kernels::FindLastByte(subject, length, literal.bytes[0])
+             : kernels::FindLastSubstring(subject, length, literal.bytes, literal.length);
+}
+
+// ---- The driver.
+
+enum class Anchoring { kNone, kStart, kLineStart };
+
+class Driver {
+ public:
+  Driver(const uint8_t* subject, int32_t length, RegExpState* state, Report report,
+         RegExpFindResult* results, int32_t* count)
+      : state_(state),
+        program_(ProgramOf(state)),
+        matcher_(state, subject, length),
+        report_(report),
+        results_(results),
+        count_(count),
+        start_(subject),
+        length_(length),
+        firstAlternative_(GroupsOf(state)[0].minimum) {}
+
+  vekStatus Run() {
+    length_ = LengthToLastLiteral();
+    const bool findsAll = HasOption(RegExpOptionG);
+    if (state_->searchMode == 2 && !findsAll) {
+      return FindAlternatives();
+    }
+    if (state_->searchMode == 1) {
+      StartAtFirstLiteral();
+    }
+    anchoring_ = AnchoringOfProgram();
+    return findsAll ? FindAll() : FindOne();
+  }
+
+ private:
+  bool HasOption(int32_t option) const {
+    return (state_->compileFlags & static_cast<uint32_t>(option)) != 0;
+  }
+
+  // No match ends behind the last occurrence of the literal that every match ends with.
+  int32_t LengthToLastLiteral() const {
+    if (state_->requiredLiteralIndex < 0) {
+      return length_;
+    }
+    const ProgramNode& node = program_[state_->requiredLiteralIndex];
+    const Literal literal(node);
+    const int32_t at = FindLast(start_, length_, literal, IsCaseless(node.c));
+    return at == kNotFound ? 0 : at + literal.length;
+  }
+
+  // The pattern is alternatives of literals: the leftmost occurrence, and of two at one place that
+  // of the alternative before.
+  vekStatus FindAlternatives() {
+    const bool caseless = HasOption(RegExpOptionI);
+    int32_t best = kNotFound;
+    int32_t bestLength = 0;
+    for (int32_t i = 0; i < state_->nodeCount; i += 2) {
+      const Literal literal(program_[i]);
+      // A later one counts only if it begins before the best.
+      const int64_t end = best == kNotFound ? length_ : int64_t{best} + literal.length - 1;
+      const auto within = static_cast<int32_t>(end < length_ ? end : length_);
+      const int32_t at = FindFirst(start_, within, literal, caseless);
+      if (at != kNotFound) {
+        best = at;
+        bestLength = literal.length;
+      }
+    }
+    *count_ = best == kNotFound ? 0 : 1;
+    if (best != kNotFound) {
+      results_[0] = {start_ + best, bestLength};
+    }
+    return StatusNoError;
+  }
+
+  void StartAtFirstLiteral() {
+    const int32_t at = FindFirst(start_, length_, Literal(program_[0]), HasOption(RegExpOptionI));
+    if (at != kNotFound) {
+      start_ += at;
+      length_ -= at;
+    }
+  }
+
+  Anchoring AnchoringOfProgram() const {
+    const bool isAnchor = state_->nodeCount > 0 && program_[0].op == OpAssert;
+    if (!isAnchor || firstAlternative_ != 0) {
+      return Anchoring::kNone;
+    }
+    const bool isLineAnchor = program_[0].a == '^' && HasOption(RegExpOptionM);
+    if (isLineAnchor) {
+      return Anchoring::kLineStart;
+    }
+    const bool isStartAnchor = program_[0].a == 'A' || program_[0].a == 'G' || program_[0].a == '^';
+    const bool isOptional =
+        state_->nodeCount > 1 && IsQuantifier(program_[1]) && program_[1].a == 0;
+    return isStartAnchor && !isOptional ? Anchoring::kStart : Anchoring::kNone;
+  }
+
+  // ---- Start positions.
+
+  MatchResult MatchAt(const uint8_t* at, const uint8_t* end) {
+    matcher_.ClearSlots();
+    MatchResult result = matcher_.Match(program_, at, end);
+    for (int32_t i = firstAlternative_; result == MatchResult::kFail && i != 0;
+         i = NoteOf<AlternativeNote>(program_[i]).next) {
+      result = matcher_.Match(program_ + i + 1, at, end);
+    }
+    return result;
+  }
+
+  // Tries the start positions from `at` on, the one at the end included.
+  MatchResult FindFrom(const uint8_t* at, const uint8_t* end) {
+    for (;;) {
+      const MatchResult result = MatchAt(at, end);
+      if (result != MatchResult::kFail || anchoring_ == Anchoring::kStart) {
+        return result;
+      }
+      do {
+        if (at >= end) {
+          return MatchResult::kFail;
+        }
+        at += matcher_.IsUtf8() ? ReadUtf8(at, end).length : 1;
+      } while (anchoring_ == Anchoring::kLineStart && at[-1] != '\n');
+    }
+  }
+
+  // ---- Results.
+
+  vekStatus FindOne() {
+    const int32_t captures = state_->captureCount;
+    *count_ = *count_ < captures ? *count_ : captures;
+    const MatchResult result = FindFrom(start_, start_ + length_);
+    if (result != MatchResult::kOk) {
+      if (result == MatchResult::kFail && matcher_.StepsLeft() < 0) {
+        return StatusRegExpMatchLimit;  // the count stays as it is
+      }
+      *count_ = 0;
+      return result == MatchResult::kAbort ? StatusRegExpMatchLimit : StatusNoError;
+    }
+    for (int32_t slot = 0; slot < *count_; ++slot) {
+      results_[slot] = matcher_.Slots()[slot];
+    }
+    return *count_ < captures ? StatusRegExpResultsTruncated : StatusNoError;
+  }
+
+  int32_t FirstSlot() const { return report_ == Report::kFind && state_->captureCount > 1 ? 1 : 0; }
+
+  void Append(int32_t room) {
+    for (int32_t slot = FirstSlot(); slot < state_->captureCount && found_ < room; ++slot) {
+      results_[found_++] = matcher_.Slots()[slot];
+    }
+  }
+
+  vekStatus FindAll() {
+    const int32_t room = *count_;
+    const uint8_t* const end = start_ + length_;
+    const uint8_t* at = start_;
+    while (at <= end && found_ < room) {
+      if (FindFrom(at, end) != MatchResult::kOk) {
+        break;
+      }
+      Append(room);
+      const RegExpFindResult match = matcher_.Slots()[0];
+      at = match.pointer;
+      if (match.length > 0) {
+        at = match.length < end - at ? at + match.length : end;
+        continue;
+      }
+      if (found_ < room && at < end) {
+        matcher_.requireNonEmpty = true;
+        if (FindFrom(at, at + 1) == MatchResult::kOk) {
+          Append(room);
+        }
+        matcher_.requireNonEmpty = false;
+      }
+      ++at;
+    }
+    if (matcher_.StepsLeft() < 0) {
+      return StatusRegExpMatchLimit;
+    }
+    *count_ = found_;
+    const int32_t perMatch = state_->captureCount - FirstSlot();
+    return found_ != 0 && found_ < perMatch ? StatusRegExpResultsTruncated : StatusNoError;
+  }
+
+  RegExpState* const state_;
+  const ProgramNode* const program_;
+  Matcher matcher_;
+  const Report report_;
+  RegExpFindResult* const results_;
+  int32_t* const count_;
+  const uint8_t* start_;
+  int32_t length_;
+  const int32_t firstAlternative_;
+  Anchoring anchoring_ = Anchoring::kNone;
+  int32_t found_ = 0;
+};
+
+}  // namespace
+
+vekStatus Search(const uint8_t* subject, int32_t length, RegExpState* state, Report report,
+                 RegExpFindResult* results, int32_t* count) {
+  if (state->regExpTag != RegExpTag) {
+    return StatusRegExpError;
+  }
+  return Driver(subject, length, state, report, results, count).Run();
+}
+
+}  // namespace vekch::regexp
+
+vekStatus veksRegExpFind_8u(const uint8_t* src, int32_t len, RegExpState* state,
+                            RegExpFindResult* results, int32_t* numFind) noexcept {
+  if (vekch::AnyNull(src, state, results, numFind)) {
+    return StatusNullPointer;
+  }
+  if (vekch::AnyNegative(len)) {
+    return StatusLengthError;
+  }
+  if (*numFind < 1) {
+    return StatusSizeError;
+  }
+  return vekch::regexp::Search(src, len, state, vekch::regexp::Report::kFind, results, numFind);
+}
