@@ -61,9 +61,6 @@ class ProgramChecker {
       repeatable = false;
       return StringHolds(node) ? nullptr : "a string";
     }
-    if (node.op != OpScript && node.ptr != 0) {
-      return "a note";
-    }
     if (IsQuantifier(node)) {
       repeatable = false;
       const bool inOrder = node.a >= 0 && node.a <= node.b && node.b <= RegExpUnbounded;
