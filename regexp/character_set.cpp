@@ -36,7 +36,7 @@ constexpr int32_t kAnything = -1;
 constexpr CharacterSet SetOf(int32_t letter) {
   CharacterSet set = {};
   for (int32_t value = 0; value < 256; ++value) {
-    set.member[value] = letter == kAnything || InShorthand(value, letter) ? 1 : 0;
+    set.member[value] = letter == kAnything || InShorthand(value, letter) ? 0xFF : 0;
   }
   set.wide = set.member[0x80] != 0 ? Wide::kInside : Wide::kOutside;
   return set;
@@ -127,9 +127,9 @@ constexpr Wide Either(Wide a, Wide b) {
 }
 
 void AddValue(int32_t value, bool caseless, CharacterSet* set) {
-  set->member[value] = 1;
+  set->member[value] = 0xFF;
   if (caseless && IsAsciiLetter(value)) {
-    set->member[value ^ 0x20] = 1;
+    set->member[value ^ 0x20] = 0xFF;
   }
 }
 
@@ -151,7 +151,7 @@ void AddItem(const ProgramNode& item, bool caseless, CharacterSet* set) {
 void AddComplement(const ItemGroup& group, bool caseless, CharacterSet* set) {
   for (int32_t value = 0; value < 256; ++value) {
     if (InGroup(value, group, caseless)) {
-      set->member[value] = 1;
+      set->member[value] = 0xFF;
     }
   }
 }
@@ -166,7 +166,7 @@ Wide WideOfGroup(const ItemGroup& group) {
 
 void Negate(CharacterSet* set) {
   for (uint8_t& member : set->member) {
-    member = member == 0 ? 1 : 0;
+    member = static_cast<uint8_t>(~member);
   }
   set->wide = Opposite(set->wide);
 }

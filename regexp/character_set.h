@@ -18,9 +18,10 @@ enum class Wide : uint8_t {
 };
 
 struct CharacterSet {
-  uint8_t member[256];  // 1 for a byte that is a member where it is a character by itself
+  uint8_t member[256];  // 0xFF for a byte that is a member where it is a character by itself
   Wide wide;
   uint8_t options;  // in force where the class stands
+  uint8_t unused[6];
 };
 
 // The sets of the shorthands and of ".", which takes in the newline or not.

@@ -1,7 +1,9 @@
 #include "regexp/match_notes.h"
 
 #include "regexp/bytes.h"
+#include "regexp/program_walk.h"
 #include "regexp/properties.h"
+#include "regexp/search_plan.h"
 
 namespace vekch::regexp {
 namespace {
@@ -27,12 +29,9 @@ class NoteWriter {
 
   void Run() {
     LinkGroups();
-    NoteSets();
-    for (int32_t i = 0; i < count_; ++i) {
-      if (IsQuantifier(nodes_[i])) {
-        SetNote(&nodes_[i], Follow(i));
-      }
-    }
+    uint8_t* const room = NoteSets();
+    NoteRepetitions();
+    MakePlan(state_, room, reinterpret_cast<uint8_t*>(groups_ + RegExpTableSize));
   }
 
  private:
@@ -88,10 +87,11 @@ class NoteWriter {
 
   // ---- Sets and options. The options in force follow from the order of the records alone.
 
-  void NoteSets() {
+  // Returns what is left of the room for sets.
+  uint8_t* NoteSets() {
     auto options = static_cast<int32_t>(state_->compileFlags);
-    uint8_t* room = reinterpret_cast<uint8_t*>(groups_ + lastSerial_ + 1);
-    uint8_t* const end = reinterpret_cast<uint8_t*>(groups_ + RegExpTableSize);
+    auto* room = reinterpret_cast<uint8_t*>(groups_ + lastSerial_ + 1);
+    auto* const end = reinterpret_cast<uint8_t*>(groups_ + RegExpTableSize);
     for (int32_t i = 0; i < count_; ++i) {
       ProgramNode& node = nodes_[i];
       switch (node.op) {
@@ -120,6 +120,7 @@ class NoteWriter {
           break;
         case OpClass:
           node.ptr = static_cast<uint64_t>(options);
+          static_assert(sizeof(CharacterSet) % alignof(SearchPlan) == 0);
           if (end - room >= static_cast<ptrdiff_t>(sizeof(CharacterSet))) {
             FillClassSet(node, options, reinterpret_cast<CharacterSet*>(room));
             node.ptr = reinterpret_cast<uintptr_t>(room);
@@ -131,54 +132,91 @@ class NoteWriter {
           break;
       }
     }
+    return room;
   }
 
   // ---- What must follow a repetition.
 
-  const ProgramNode* QuantifierAt(int32_t index) const {
-    return index < count_ && IsQuantifier(nodes_[index]) ? &nodes_[index] : nullptr;
-  }
-
-  // Whether every way leads from a record to the next one, without anything read.
-  bool IsPassed(const ProgramNode& node, int32_t index) const {
-    switch (node.op) {
-      case OpSetOptions:
-        return true;
-      case OpAssert:
-        return QuantifierAt(index + 1) == nullptr;
-      case OpGroupEnd:
-        return node.a > 0 && QuantifierAt(index + 1) == nullptr;
-      case OpCapture:
-      case OpGroup:
-      case OpOptionGroup:
-        return NoteOf<GroupNote>(node).firstAlternative == 0 &&
-               QuantifierAt(index + node.b + 2) == nullptr;
-      default:
-        return false;
+  void NoteRepetitions() {
+    const ProgramWalk walk(*state_);
+    for (int32_t i = 0; i < count_; ++i) {
+      const int32_t behind = walk.BehindAtom(i);
+      if (!IsOpening(nodes_[i]) && walk.QuantifierAt(behind) != nullptr) {
+        SetNote(&nodes_[behind], Follow(walk, nodes_[i], behind + 1));
+      }
+      i = behind - 1;
     }
   }
 
-  FollowNote Follow(int32_t quantifier) const {
+  static FollowNote Follow(const ProgramWalk& walk, const ProgramNode& atom, int32_t next) {
     FollowNote note = {};
-    int32_t i = quantifier + 1;
-    while (i < count_ && note.passes < kMostPasses && IsPassed(nodes_[i], i)) {
-      ++i;
-      ++note.passes;
-    }
-    if (i >= count_ || !IsLiteral(nodes_[i])) {
+    int32_t passes = 0;
+    const int32_t i = walk.SkipPassed(next, &passes);
+    if (passes > kMostPasses || !walk.IsCertain(i)) {
       return note;
     }
-    const ProgramNode* const repeated = QuantifierAt(i + 1);
-    if (repeated != nullptr && repeated->a < 1) {
+    note.passes = static_cast<uint8_t>(passes);
+    const ProgramNode& follower = walk.nodes[i];
+    if (IsLiteral(follower)) {
+      const uint8_t byte =
+          follower.op == OpChar ? static_cast<uint8_t>(follower.a) : RunOf(follower)[0];
+      note.kind = FollowNote::kByte;
+      note.target = (byte | OtherCase(byte, follower.c) << 8) & 0xFFFFU;
+    } else if (walk.SetAt(i) != nullptr) {
+      note.kind = FollowNote::kSet;
+      note.target = reinterpret_cast<uintptr_t>(walk.SetAt(i)) & 0xFFFFFFFFFFFFU;
+    } else {
       return note;
     }
-    const ProgramNode& literal = nodes_[i];
-    const uint8_t byte = literal.op == OpChar ? static_cast<uint8_t>(literal.a) : RunOf(literal)[0];
-    const bool hasCases = IsCaseless(literal.c) && IsAsciiLetter(byte);
-    note.kind = FollowNote::kByte;
-    note.bytes[0] = byte;
-    note.bytes[1] = hasCases ? static_cast<uint8_t>(byte ^ 0x20) : byte;
+    note.isDisjoint = IsDisjoint(note, atom) ? 1 : 0;
     return note;
+  }
+
+  static uint8_t OtherCase(uint8_t byte, int32_t options) {
+    return IsCaseless(options) && IsAsciiLetter(byte) ? static_cast<uint8_t>(byte ^ 0x20) : byte;
+  }
+
+  // Whether no character of the atom begins with a byte that can follow.
+  static bool IsDisjoint(const FollowNote& note, const ProgramNode& atom) {
+    if (atom.op == OpChar) {
+      const auto byte = static_cast<uint8_t>(atom.a);
+      return !Follows(note, byte) && !Follows(note, OtherCase(byte, atom.c));
+    }
+    if (atom.op != OpCharType && atom.op != OpClass) {
+      return false;
+    }
+    const CharacterSet* const set = SetNoteOf(atom);
+    if (set == nullptr) {
+      return false;
+    }
+    if (note.kind == FollowNote::kByte) {
+      return !Has(*set, note.FirstByte()) && !Has(*set, note.SecondByte());
+    }
+    return AreDisjoint(*set, *note.Set());
+  }
+
+  static bool Follows(const FollowNote& note, uint8_t byte) {
+    return note.kind == FollowNote::kByte ? byte == note.FirstByte() || byte == note.SecondByte()
+                                          : Has(*note.Set(), byte);
+  }
+
+  // A byte above 0x7F may begin a character that is a member.
+  static bool Has(const CharacterSet& set, uint8_t byte) {
+    return set.member[byte] != 0 || (byte >= 0x80 && set.wide != Wide::kOutside);
+  }
+
+  static bool AreDisjoint(const CharacterSet& a, const CharacterSet& b) {
+    if (a.wide != Wide::kOutside && b.wide != Wide::kOutside) {
+      return false;
+    }
+    const kernels::Block zero = kernels::ZeroBlock();
+    kernels::Block both = zero;
+    for (int32_t i = 0; i < 256; i += kernels::kBlock) {
+      both = both | (kernels::LoadAny(a.member + i) & kernels::LoadAny(b.member + i));
+    }
+    // The other's characters of several bytes begin with any byte above 0x7F, but it has none of
+    // those bytes itself, as one of the two sets is of single bytes alone.
+    return kernels::LaneBits(both == zero) == 0xFFFF;
   }
 
   RegExpState* state_;

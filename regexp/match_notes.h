@@ -40,10 +40,16 @@ struct AlternativeNote {
 struct FollowNote {
   enum Kind : uint8_t { kAnything, kByte, kSet };
 
-  uint8_t kind;
-  uint8_t passes;      // records that are passed before the test; each would take of the budgets
-  uint8_t isDisjoint;  // no character that is repeated begins with such a byte
-  uint8_t bytes[2];    // kByte: in both cases, or twice the same
+  uint64_t target : 48;  // kByte: one byte in both cases, or twice the same; kSet: the address
+  uint64_t kind : 4;
+  uint64_t isDisjoint : 4;  // no character that is repeated begins with such a byte
+  uint64_t passes : 8;      // records before the test; each would take of the budgets
+
+  uint8_t FirstByte() const { return static_cast<uint8_t>(target); }
+  uint8_t SecondByte() const { return static_cast<uint8_t>(target >> 8); }
+  const CharacterSet* Set() const {
+    return reinterpret_cast<const CharacterSet*>(uint64_t{target});
+  }
 };
 
 constexpr uint64_t kOptionsEnd = 32;

@@ -106,7 +106,8 @@ class Matcher {
   Flow RepeatLazily(Registers* r, const ProgramNode& atom);
   Flow TryFrom(Registers* r, const ProgramNode& atom, Choice choice, const uint8_t* end,
                const uint8_t* lowest);
-  const uint8_t* GivenBack(const ProgramNode& atom, Choice choice, const uint8_t* at);
+  const uint8_t* GivenBack(const ProgramNode& atom, Choice choice, const uint8_t* at,
+                           const uint8_t* lowest);
   bool IsOfBytes(const ProgramNode& atom) const;
   const uint8_t* EndOfBytes(const ProgramNode& atom, const uint8_t* at, const uint8_t* end) const;
   bool CanFollow(const FollowNote& note, const uint8_t* at) const;
@@ -114,8 +115,9 @@ class Matcher {
   Flow GiveBack(Registers* r);
   Flow GiveBackCopy(Registers* r);
   Flow TakeOneMore(Registers* r);
-  const uint8_t* PreviousRepetition(const ProgramNode& atom, const uint8_t* at) const;
-  const uint8_t* PreviousCharacter(const uint8_t* at) const;
+  const uint8_t* PreviousRepetition(const ProgramNode& atom, const uint8_t* at,
+                                    const uint8_t* lowest) const;
+  const uint8_t* PreviousCharacter(const uint8_t* at, const uint8_t* first) const;
 
   // ---- matcher_group.cpp
   Flow OpenGroup(Registers* r);

@@ -35,7 +35,7 @@ int32_t Matcher::CharacterLength(const ProgramNode& atom, const uint8_t* at) con
     case OpClass: {
       const CharacterSet* const set = SetNoteOf(atom);
       const bool isAlone = *at < 0x80 || !isUtf8_;
-      return set != nullptr && isAlone ? set->member[*at] : WideLength(atom, at);
+      return set != nullptr && isAlone ? set->member[*at] & 1 : WideLength(atom, at);
     }
     default:
       break;
@@ -81,7 +81,7 @@ int32_t Matcher::WideLength(const ProgramNode& atom, const uint8_t* at) const {
     return InClass(static_cast<int32_t>(character.value), atom, caseless) ? character.length : 0;
   }
   if (character.length == 1) {
-    return set->member[*at];
+    return set->member[*at] & 1;
   }
   // Letters of ASCII alone have two cases in a class, and code points look after themselves.
   const bool inside = set->wide == Wide::kInside || InClass(static_cast<int32_t>(character.value),
@@ -115,11 +115,19 @@ int32_t Matcher::RepetitionLength(const ProgramNode& atom, const uint8_t* at) co
 
 // Only while the records before the test could have been passed.
 bool Matcher::FollowApplies(const FollowNote& note, Budget budget) const {
-  return note.kind == FollowNote::kByte && budget.Depth() >= note.passes && lowestDepth_ == 0;
+  return note.kind != FollowNote::kAnything &&
+         budget.Depth() >= static_cast<int64_t>(note.passes) && lowestDepth_ == 0;
 }
 
 bool Matcher::CanFollow(const FollowNote& note, const uint8_t* at) const {
-  return at < limit_ && (*at == note.bytes[0] || *at == note.bytes[1]);
+  if (at >= limit_) {
+    return false;
+  }
+  if (note.kind == FollowNote::kByte) {
+    return *at == note.FirstByte() || *at == note.SecondByte();
+  }
+  const CharacterSet& set = *note.Set();
+  return *at < 0x80 || !isUtf8_ || set.wide == Wide::kOutside ? set.member[*at] != 0 : true;
 }
 
 // ---- Greedy repetitions.
@@ -219,7 +227,7 @@ Flow Matcher::TryFrom(Registers* r, const ProgramNode& atom, Choice choice, cons
       if (end == lowest || follow.isDisjoint != 0) {
         return Flow::kFail;
       }
-      end = GivenBack(atom, choice, end);
+      end = GivenBack(atom, choice, end, lowest);
     }
     isLast = end == lowest || follow.isDisjoint != 0;
   }
@@ -235,11 +243,12 @@ Flow Matcher::TryFrom(Registers* r, const ProgramNode& atom, Choice choice, cons
 }
 
 // Where the repetition that ends at `at` ends with one character less.
-const uint8_t* Matcher::GivenBack(const ProgramNode& atom, Choice choice, const uint8_t* at) {
+const uint8_t* Matcher::GivenBack(const ProgramNode& atom, Choice choice, const uint8_t* at,
+                                  const uint8_t* lowest) {
   if (choice == Choice::kBytes) {
     return at - 1;
   }
-  const uint8_t* const before = PreviousRepetition(atom, at);
+  const uint8_t* const before = PreviousRepetition(atom, at, lowest);
   skew_ -= SkewOf(atom, static_cast<int32_t>(at - before));
   return before;
 }
@@ -256,7 +265,7 @@ Flow Matcher::GiveBack(Registers* r) {
       --top_;
       return Flow::kFail;
     }
-    r->at = GivenBack(atom, frame.choice, r->at);
+    r->at = GivenBack(atom, frame.choice, r->at, lowest);
   } while (applies && !CanFollow(follow, r->at));
   if (r->at == lowest) {
     --top_;
@@ -269,23 +278,24 @@ Flow Matcher::GiveBack(Registers* r) {
   return Flow::kNext;
 }
 
-const uint8_t* Matcher::PreviousRepetition(const ProgramNode& atom, const uint8_t* at) const {
-  const uint8_t* before = PreviousCharacter(at);
+const uint8_t* Matcher::PreviousRepetition(const ProgramNode& atom, const uint8_t* at,
+                                           const uint8_t* lowest) const {
+  const uint8_t* before = PreviousCharacter(at, lowest);
   while (atom.op == OpGrapheme && IsMark(ReadUtf8(before, limit_).value)) {
-    before = PreviousCharacter(before);
+    before = PreviousCharacter(before, lowest);
   }
   return before;
 }
 
-// The start of the character that ends at `at`, or that `at` lies in. A lead byte never lies within
-// a sequence, so the nearest one tells.
-const uint8_t* Matcher::PreviousCharacter(const uint8_t* at) const {
+// Where a walk over the characters from `first` on was before it came to `at`, or over it. A lead
+// byte never lies within a sequence, so the nearest one tells.
+const uint8_t* Matcher::PreviousCharacter(const uint8_t* at, const uint8_t* first) const {
   const uint8_t* const last = at - 1;
   if (*last < 0x80) {
     return last;
   }
   const uint8_t* lead = last;
-  while (lead > subject_ && last - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
+  while (lead > first && last - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
     --lead;
   }
   return ReadUtf8(lead, limit_).length > last - lead ? lead : last;

@@ -109,7 +109,7 @@ const uint8_t* Matcher::LookbehindStart(const uint8_t* at, int32_t length) const
     if (start == subject_) {
       return at - length;
     }
-    start = PreviousCharacter(start);
+    start = PreviousCharacter(start, subject_);
   }
   return start;
 }

@@ -5,67 +5,13 @@
 
 #include "frame/checks.h"
 #include "regexp/bytes.h"
+#include "regexp/literal.h"
 #include "regexp/matcher.h"
-#include "strings/kernels/find_kernels.h"
+#include "regexp/start_scan.h"
 #include "unicode/utf8.h"
 
 namespace vekch::regexp {
 namespace {
-
-constexpr int32_t kNotFound = -1;
-
-// ---- Literals of the program.
-
-struct Literal {
-  const uint8_t* bytes;
-  int32_t length;
-
-  explicit Literal(const ProgramNode& node)
-      : bytes(node.op == OpString ? RunOf(node) : reinterpret_cast<const uint8_t*>(&node.a)),
-        length(node.op == OpString ? node.b : 1) {}
-};
-
-int32_t FindFirstCaseless(const uint8_t* subject, int32_t length, const Literal& literal) {
-  for (int32_t at = 0; at <= length - literal.length; ++at) {
-    if (SameBytes(subject + at, literal.bytes, literal.length, true)) {
-      return at;
-    }
-  }
-  return kNotFound;
-}
-
-int32_t FindLastCaseless(const uint8_t* subject, int32_t length, const Literal& literal) {
-  for (int32_t at = length - literal.length; at >= 0; --at) {
-    if (SameBytes(subject + at, literal.bytes, literal.length, true)) {
-      return at;
-    }
-  }
-  return kNotFound;
-}
-
-int32_t FindFirst(const uint8_t* subject, int32_t length, const Literal& literal, bool caseless) {
-  if (literal.length > length) {
-    return kNotFound;
-  }
-  if (caseless) {
-    return FindFirstCaseless(subject, length, literal);
-  }
-  return literal.length == 1
-             ? kernels::FindByte(subject, length, literal.bytes[0])
-             : kernels::FindSubstring(subject, length, literal.bytes, literal.length);
-}
-
-int32_t FindLast(const uint8_t* subject, int32_t length, const Literal& literal, bool caseless) {
-  if (literal.length > length) {
-    return kNotFound;
-  }
-  if (caseless) {
-    return FindLastCaseless(subject, length, literal);
-  }
-  return literal.length == 1
-             ? kernels::FindLastByte(subject, length, literal.bytes[0])
-             : kernels::FindLastSubstring(subject, length, literal.bytes, literal.length);
-}
 
 // ---- The driver.
 
@@ -83,7 +29,11 @@ class Driver {
         count_(count),
         start_(subject),
         length_(length),
-        firstAlternative_(GroupsOf(state)[0].minimum) {}
+        firstAlternative_(GroupsOf(state)[0].minimum) {
+    const SearchPlan* const plan = PlanOf(state);
+    skips_ = plan != nullptr && plan->strategy != SearchPlan::kEverywhere &&
+             state->matchLimit / 4 > plan->depth;
+  }
 
   vekStatus Run() {
     length_ = LengthToLastLiteral();
@@ -175,6 +125,22 @@ class Driver {
 
   // Tries the start positions from `at` on, the one at the end included.
   MatchResult FindFrom(const uint8_t* at, const uint8_t* end) {
+    return skips_ && anchoring_ == Anchoring::kNone ? FindByPlan(at, end) : FindInOrder(at, end);
+  }
+
+  MatchResult FindByPlan(const uint8_t* at, const uint8_t* end) {
+    StartScan scan(state_, matcher_.Subject(), at, end);
+    MatchResult result = MatchResult::kFail;
+    for (at = scan.Next(at); at != nullptr; at = scan.Next(scan.Behind(at))) {
+      result = MatchAt(at, end);
+      if (result != MatchResult::kFail) {
+        break;
+      }
+    }
+    return result;
+  }
+
+  MatchResult FindInOrder(const uint8_t* at, const uint8_t* end) {
     for (;;) {
       const MatchResult result = MatchAt(at, end);
       if (result != MatchResult::kFail || anchoring_ == Anchoring::kStart) {
@@ -258,6 +224,7 @@ class Driver {
   int32_t length_;
   const int32_t firstAlternative_;
   Anchoring anchoring_ = Anchoring::kNone;
+  bool skips_ = false;  // start positions at which the plan says no match begins
   int32_t found_ = 0;
 };
 

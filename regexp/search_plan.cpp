@@ -1,0 +1,495 @@
+#include "regexp/search_plan.h"
+
+#include "regexp/bytes.h"
+#include "regexp/program_walk.h"
+#include "regexp/properties.h"
+
+namespace vekch::regexp {
+namespace {
+
+constexpr int32_t kMostRecords = 2000;  // of a program that gets a plan
+constexpr int32_t kMostWindow = 8;      // bits of a filter's byte
+constexpr int32_t kMostRounds = 8;
+constexpr int32_t kSlack = 4;  // levels that loops and the last test may take beside the records
+
+int32_t Plus(int64_t a, int64_t b) {
+  return a + b < INT32_MAX ? static_cast<int32_t>(a + b) : INT32_MAX;
+}
+
+// ---- How deep a match can get.
+
+// Every record takes a level, and a repetition one more; a group that is repeated takes its levels
+// again each time. `work` has an entry for each group.
+int32_t MostDepth(const ProgramWalk& walk, int32_t* work) {
+  int32_t depth = kSlack;
+  int32_t nesting = 0;
+  for (int32_t i = 0; i < walk.count; ++i) {
+    const ProgramNode& node = walk.nodes[i];
+    depth = Plus(depth, 2);
+    if (IsOpening(node)) {
+      work[nesting++] = depth;
+      depth = 2;
+    } else if (node.op == OpGroupEnd) {
+      const ProgramNode* const quantifier = walk.QuantifierAt(i + 1);
+      const int64_t times = quantifier == nullptr ? 1 : quantifier->b + int64_t{1};
+      const int64_t all = depth * times;
+      depth = Plus(work[--nesting], all < INT32_MAX ? all : INT32_MAX);
+    }
+  }
+  return depth;
+}
+
+// ---- The sets of a match's first bytes.
+
+// Follows every way through the program at once, a byte at a time. For each record there is a set
+// of bits that says how it can have been reached: bit n where n bytes of a string, or n
+// repetitions, have been consumed by it already; bit 0 else.
+class FilterMaker {
+ public:
+  FilterMaker(const ProgramWalk& programWalk, uint8_t* marks, SearchPlan* plan)
+      : walk(programWalk), now(marks), next(marks + programWalk.count + 1), filter(plan->bytes) {}
+
+  // Returns the number of bytes that are known.
+  int32_t Run() {
+    Clear(now);
+    now[0] = 1;
+    MarkAlternatives(NoteOfTopLevel());
+    int32_t window = 0;
+    while (window < kMostWindow) {
+      Clear(next);
+      ends = false;
+      isUnknown = false;
+      isLast = window == kMostWindow - 1;
+      bit = static_cast<uint8_t>(1U << window);
+      if (!Close() || ends || isUnknown) {
+        break;
+      }
+      ++window;
+      if (isLast) {
+        break;
+      }
+      uint8_t* const swap = now;
+      now = next;
+      next = swap;
+    }
+    // What a step that was broken off has added counts for nothing.
+    for (int32_t i = 0; i < 256; ++i) {
+      filter[i] &= static_cast<uint8_t>((1U << window) - 1);
+    }
+    return window;
+  }
+
+  // Levels that the matcher may use up before the first byte is tested, or -1 if that depends on
+  // the subject.
+  int32_t Levels() const { return passesLookaround ? -1 : levels; }
+  void SetTopLevel(int32_t firstAlternative) { topLevel = firstAlternative; }
+
+ private:
+  int32_t NoteOfTopLevel() const { return topLevel; }
+
+  void Clear(uint8_t* marks) const {
+    for (int32_t i = 0; i <= walk.count; ++i) {
+      marks[i] = 0;
+    }
+  }
+
+  // Marks what is reached without a byte until nothing changes. Only repeated groups lead back.
+  bool Close() {
+    for (int32_t round = 0; round < kMostRounds; ++round) {
+      changed = false;
+      for (int32_t i = 0; i < walk.count && !ends && !isUnknown; ++i) {
+        if (now[i] != 0) {
+          Step(i);
+          levels += bit == 1 && round == 0 ? 2 : 0;
+        }
+        i += walk.nodes[i].op == OpClass ? walk.nodes[i].b : 0;
+      }
+      ends = ends || now[walk.count] != 0;
+      if (!changed) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  void Mark(int32_t index, uint8_t bits = 1) {
+    changed = changed || (index <= current && (now[index] | bits) != now[index]);
+    now[index] |= bits;
+  }
+
+  void MarkAlternatives(int32_t alternative) {
+    for (; alternative != 0; alternative = NoteOf<AlternativeNote>(walk.nodes[alternative]).next) {
+      Mark(alternative + 1);
+    }
+  }
+
+  void Step(int32_t index) {
+    current = index;
+    const ProgramNode& node = walk.nodes[index];
+    switch (node.op) {
+      case OpSetOptions:
+        Mark(index + 1);
+        return;
+      case OpAssert:
+        Mark(walk.QuantifierAt(index + 1) == nullptr ? index + 1 : index + 2);
+        return;
+      case OpLookbehind:
+      case OpNegLookbehind:
+      case OpLookahead:
+      case OpNegLookahead:
+        passesLookaround = true;
+        Mark(walk.GroupEnd(index) + 1);
+        return;
+      case OpCapture:
+      case OpGroup:
+      case OpOptionGroup:
+      case OpAtomic:
+      case OpConditional:
+        OpenGroup(index);
+        return;
+      case OpAlternative: {
+        const int32_t groupEnd = NoteOf<AlternativeNote>(node).groupEnd;
+        Mark(groupEnd == 0 ? walk.count : groupEnd);
+        return;
+      }
+      case OpGroupEnd:
+        EndGroup(index);
+        return;
+      case OpBackref:
+        isUnknown = true;
+        return;
+      default:
+        Consume(index);
+        return;
+    }
+  }
+
+  void OpenGroup(int32_t index) {
+    const ProgramNode& node = walk.nodes[index];
+    const int32_t end = walk.GroupEnd(index);
+    const ProgramNode* const quantifier = walk.QuantifierAt(end + 1);
+    if (quantifier != nullptr && quantifier->a == 0) {
+      Mark(end + 2);
+    }
+    if (quantifier == nullptr || quantifier->b != 0) {
+      EnterBody(index);
+    }
+    if (node.op == OpConditional && !walk.HasAlternatives(index)) {
+      Mark(end);
+    }
+  }
+
+  void EnterBody(int32_t index) {
+    int32_t body = index + 1;
+    if (walk.nodes[index].op == OpConditional) {
+      passesLookaround = passesLookaround || walk.nodes[body].op != OpBackref;
+      body = walk.nodes[body].op == OpBackref ? body + 1 : walk.GroupEnd(body) + 1;
+    }
+    Mark(body);
+    MarkAlternatives(NoteOf<GroupNote>(walk.nodes[index]).firstAlternative);
+  }
+
+  void EndGroup(int32_t index) {
+    const ProgramNode* const quantifier = walk.QuantifierAt(index + 1);
+    Mark(quantifier == nullptr ? index + 1 : index + 2);
+    if (quantifier != nullptr && quantifier->b > 1) {
+      EnterBody(static_cast<int32_t>(walk.nodes[index].ptr));
+    }
+  }
+
+  void Consume(int32_t index) {
+    const ProgramNode& node = walk.nodes[index];
+    if (node.op == OpString) {
+      const uint8_t* const run = RunOf(node);
+      for (int32_t n = 0; n < kMostWindow; ++n) {
+        if ((now[index] >> n & 1) != 0) {
+          AddByte(run[n], IsCaseless(node.c));
+          if (n + 1 == node.b) {
+            next[index + 1] |= 1;
+          } else {
+            next[index] |= static_cast<uint8_t>(2U << n);
+          }
+        }
+      }
+      return;
+    }
+    const int32_t behind = walk.BehindAtom(index);
+    const ProgramNode* const quantifier = walk.QuantifierAt(behind);
+    const int32_t minimum = quantifier == nullptr ? 1 : quantifier->a;
+    const int32_t maximum = quantifier == nullptr ? 1 : quantifier->b;
+    const int32_t after = quantifier == nullptr ? behind : behind + 1;
+    if (minimum == 0) {
+      Mark(after);
+    }
+    if (maximum == 0) {
+      return;
+    }
+    AddAtom(node);
+    for (int32_t n = 0; n < kMostWindow; ++n) {
+      if ((now[index] >> n & 1) != 0) {
+        const int32_t done = n + 1;
+        if (done < maximum) {
+          next[index] |= static_cast<uint8_t>(1U << (done < kMostWindow ? done : n));
+        }
+        if (done >= minimum) {
+          next[after] |= 1;
+        }
+      }
+    }
+  }
+
+  void AddByte(uint8_t byte, bool caseless) {
+    filter[byte] |= bit;
+    if (caseless && IsAsciiLetter(byte)) {
+      filter[byte ^ 0x20] |= bit;
+    }
+  }
+
+  // A character of several bytes leaves it open which bytes follow: the window ends behind it.
+  void AddAtom(const ProgramNode& node) {
+    switch (node.op) {
+      case OpChar:
+        AddByte(static_cast<uint8_t>(node.a), IsCaseless(node.c));
+        return;
+      case OpAnyByte:
+        AddAll(0, 256);
+        return;
+      case OpCharType:
+      case OpClass: {
+        const CharacterSet* const set = SetNoteOf(node);
+        if (set == nullptr) {
+          isUnknown = true;
+          return;
+        }
+        AddSet(*set);
+        return;
+      }
+      default:
+        AddAll(0x80, 256);
+        for (int32_t value = 0; value < 0x80; ++value) {
+          if (AcceptsAscii(value, node)) {
+            filter[value] |= bit;
+          }
+        }
+        isLast = true;
+        return;
+    }
+  }
+
+  void AddSet(const CharacterSet& set) {
+    for (int32_t value = 0; value < 256; ++value) {
+      filter[value] |= static_cast<uint8_t>(set.member[value] & bit);
+    }
+    if (set.wide != Wide::kOutside) {
+      AddAll(0x80, 256);
+      isLast = true;
+    }
+  }
+
+  void AddAll(int32_t first, int32_t end) {
+    for (int32_t value = first; value < end; ++value) {
+      filter[value] |= bit;
+    }
+  }
+
+  static bool AcceptsAscii(int32_t value, const ProgramNode& node) {
+    switch (node.op) {
+      case OpGrapheme:
+        return true;
+      case OpCategory:
+        return InCategorySet(value, node.ptr);
+      case OpCodePoint:
+        return MatchPropertyItem(value, &node, OptionsNote(node) & RegExpOptionI) >= 0;
+      default:
+        return MatchPropertyItem(value, &node, 0) >= 0;
+    }
+  }
+
+  const ProgramWalk& walk;
+  uint8_t* now;
+  uint8_t* next;
+  uint8_t* filter;
+  uint8_t bit = 1;
+  int32_t topLevel = 0;
+  int32_t current = -1;
+  int32_t levels = kSlack;
+  bool changed = false;
+  bool ends = false;       // a match can be over here
+  bool isUnknown = false;  // anything can follow here
+  bool isLast = false;     // no further byte is asked for
+  bool passesLookaround = false;
+};
+
+// ---- The choice of a strategy.
+
+class PlanMaker {
+ public:
+  PlanMaker(RegExpState* patternState, SearchPlan* searchPlan, uint8_t* scratch)
+      : state(patternState), walk(*patternState), plan(searchPlan), work(scratch) {}
+
+  void Run() {
+    plan->mostDepth = MostDepth(walk, reinterpret_cast<int32_t*>(work));
+    const bool isSingle = GroupsOf(state)[0].minimum == 0;  // no alternatives at top level
+    plan->strategy = SearchPlan::kEverywhere;
+    if (isSingle && (BeginsLine() || UseLeadingLiteral() || UseLiteralBefore() || UseRun())) {
+      return;
+    }
+    UseFilter();
+    plan->isAtWordStart = isSingle && BeginsWord();
+  }
+
+ private:
+  bool Use(SearchPlan::Strategy strategy, int32_t depth) {
+    plan->strategy = strategy;
+    plan->depth = depth;
+    return true;
+  }
+
+  // The anchor in front of a leading ".*".
+  bool BeginsLine() {
+    return walk.count > 0 && walk.nodes[0].op == OpAssert && walk.nodes[0].a == 0x80 &&
+           walk.QuantifierAt(1) == nullptr && Use(SearchPlan::kLineStart, kSlack);
+  }
+
+  bool UseLiteral(int32_t index, int32_t distance, int32_t passes) {
+    plan->literal = index;
+    plan->distance = distance;
+    return Use(SearchPlan::kLiteral, passes + kSlack);
+  }
+
+  bool IsExactLiteral(int32_t index) const {
+    return walk.IsCertainLiteral(index) && !IsCaseless(walk.nodes[index].c);
+  }
+
+  bool UseLeadingLiteral() {
+    int32_t passes = 0;
+    const int32_t first = walk.SkipPassed(0, &passes);
+    return IsExactLiteral(first) && UseLiteral(first, 0, passes);
+  }
+
+  // "(?<=x)" with a literal of as many bytes as characters.
+  bool UseLiteralBefore() {
+    if (walk.count < 3 || walk.nodes[0].op != OpLookbehind || walk.nodes[0].b != 1 ||
+        walk.QuantifierAt(3) != nullptr || !IsExactLiteral(1)) {
+      return false;
+    }
+    const ProgramNode& literal = walk.nodes[1];
+    const int32_t length = literal.op == OpString ? literal.b : 1;
+    return length == walk.nodes[0].c && IsAscii(literal) && UseLiteral(1, -length, 2);
+  }
+
+  static bool IsAscii(const ProgramNode& literal) {
+    if (literal.op == OpChar) {
+      return literal.a < 0x80;
+    }
+    for (int32_t i = 0; i < literal.b; ++i) {
+      if (RunOf(literal)[i] >= 0x80) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  // Sets of bytes one behind the other, at least one of them repeated without end, then a literal.
+  bool UseRun() {
+    int32_t passes = 0;
+    int32_t least = 0;
+    int32_t sets = 0;
+    bool isEndless = false;
+    bool isSimple = true;  // one set, no more than one of which must be there
+    int32_t i = walk.SkipPassed(0, &passes);
+    for (; i < walk.count && AddToRun(walk.nodes[i]); i = walk.SkipPassed(i, &passes)) {
+      const int32_t behind = walk.BehindAtom(i);
+      const ProgramNode* const quantifier = walk.QuantifierAt(behind);
+      least = Plus(least, quantifier == nullptr ? 1 : quantifier->a);
+      isEndless = isEndless || (quantifier != nullptr && quantifier->b == RegExpUnbounded);
+      isSimple = ++sets == 1 && least <= 1 && passes == 0;
+      passes += 2;
+      i = quantifier == nullptr ? behind : behind + 1;
+    }
+    const bool isAhead =
+        i < walk.count && walk.nodes[i].op == OpLookahead && !walk.HasAlternatives(i);
+    const int32_t literal = isAhead ? i + 1 : i;
+    if (!isEndless || !IsExactLiteral(literal)) {
+      for (uint8_t& byte : plan->bytes) {
+        byte = 0;
+      }
+      return false;
+    }
+    plan->literal = literal;
+    plan->distance = least;
+    const ProgramNode& node = walk.nodes[literal];
+    const uint8_t first = node.op == OpString ? RunOf(node)[0] : static_cast<uint8_t>(node.a);
+    plan->runDecides = isSimple && plan->bytes[first] == 0 && !LooksBack(literal);
+    return Use(SearchPlan::kRunLiteral, passes + kSlack);
+  }
+
+  bool AddToRun(const ProgramNode& node) {
+    if (node.op != OpCharType && node.op != OpClass) {
+      return false;
+    }
+    const CharacterSet* const set = SetNoteOf(node);
+    if (set == nullptr || set->wide != Wide::kOutside) {
+      return false;
+    }
+    for (int32_t value = 0; value < 256; ++value) {
+      plan->bytes[value] |= set->member[value];
+    }
+    return true;
+  }
+
+  // Whether what stands from a record on may depend on where the match began.
+  bool LooksBack(int32_t index) const {
+    for (; index < walk.count; ++index) {
+      const uint32_t op = walk.nodes[index].op;
+      if (op == OpBackref || op == OpLookbehind || op == OpNegLookbehind || op == OpConditional) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  void UseFilter() {
+    FilterMaker maker(walk, work, plan);
+    maker.SetTopLevel(GroupsOf(state)[0].minimum);
+    plan->window = static_cast<uint8_t>(maker.Run());
+    if (plan->window != 0) {
+      Use(SearchPlan::kFilter, maker.Levels() < 0 ? plan->mostDepth : maker.Levels());
+    }
+  }
+
+  // "\b" in front of a word byte.
+  bool BeginsWord() const {
+    if (walk.count == 0 || walk.nodes[0].op != OpAssert || walk.nodes[0].a != 'b' ||
+        walk.QuantifierAt(1) != nullptr || plan->window == 0) {
+      return false;
+    }
+    for (int32_t value = 0; value < 256; ++value) {
+      if ((plan->bytes[value] & 1) != 0 && !IsWordByte(value)) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  RegExpState* state;
+  ProgramWalk walk;
+  SearchPlan* plan;
+  uint8_t* work;
+};
+
+}  // namespace
+
+void MakePlan(RegExpState* state, uint8_t* room, uint8_t* roomEnd) {
+  constexpr int64_t kScratch = 2 * (kMostRecords + 1) + 4 * RegExpTableSize;
+  if (state->nodeCount > kMostRecords ||
+      roomEnd - room < static_cast<int64_t>(sizeof(SearchPlan)) + kScratch) {
+    return;
+  }
+  auto* const plan = reinterpret_cast<SearchPlan*>(room);
+  *plan = {};
+  PlanMaker(state, plan, room + sizeof(SearchPlan)).Run();
+  state->workTableA[0][1] = reinterpret_cast<uintptr_t>(plan);
+}
+
+}  // namespace vekch::regexp

@@ -1,0 +1,164 @@
+#include "regexp/start_scan.h"
+
+#include "regexp/literal.h"
+#include "unicode/utf8.h"
+
+namespace vekch::regexp {
+namespace {
+
+constexpr int32_t kLongestCharacter = 6;
+constexpr int32_t kLeastToSkip = 4;  // bytes of a window that is looked at from its end
+
+// The first place where all bytes of the window are possible. From the window's end: the bytes that
+// were possible there say how far the next window can be.
+const uint8_t* FindWindowBackward(const uint8_t* at, const uint8_t* end, const SearchPlan& plan) {
+  const int32_t window = plan.window;
+  const uint32_t all = (1U << window) - 1;
+  while (end - at >= window) {
+    uint32_t places = all;
+    int32_t shift = window;
+    int32_t i = window;
+    do {
+      places &= plan.bytes[at[--i]];
+      if ((places & 1) != 0) {
+        if (i == 0) {
+          return at;
+        }
+        shift = i;
+      }
+      places >>= 1;
+    } while (places != 0);
+    at += shift;
+  }
+  return nullptr;
+}
+
+const uint8_t* FindWindowForward(const uint8_t* at, const uint8_t* end, const SearchPlan& plan) {
+  const uint8_t* const last = end - plan.window;
+  for (; at <= last; ++at) {
+    if ((plan.bytes[*at] & 1) == 0) {
+      continue;
+    }
+    if (plan.window == 1 || (plan.bytes[at[1]] & 2) != 0) {
+      if (plan.window <= 2 || (plan.bytes[at[2]] & 4) != 0) {
+        return at;
+      }
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+StartScan::StartScan(const RegExpState* state, const uint8_t* subject, const uint8_t* from,
+                     const uint8_t* end)
+    : program_(ProgramOf(state)),
+      plan_(PlanOf(state)),
+      subject_(subject),
+      from_(from),
+      end_(end),
+      isUtf8_(state->characterFormat != 0) {}
+
+const uint8_t* StartScan::Next(const uint8_t* at) {
+  for (; at != nullptr && at <= end_; ++at) {
+    switch (plan_->strategy) {
+      case SearchPlan::kLineStart:
+        at = NextLineStart(at);
+        break;
+      case SearchPlan::kLiteral:
+        at = NextLiteral(at);
+        break;
+      case SearchPlan::kRunLiteral:
+        at = NextInRun(at);
+        break;
+      case SearchPlan::kFilter:
+        at = NextByFilter(at);
+        break;
+      default:
+        break;
+    }
+    if (at == nullptr || IsPlace(at)) {
+      return at;
+    }
+  }
+  return nullptr;
+}
+
+const uint8_t* StartScan::Behind(const uint8_t* at) const {
+  if (plan_->runDecides != 0 && runLiteral_ != nullptr && runLiteral_ >= at) {
+    return runLiteral_ + 1;
+  }
+  return at + 1;
+}
+
+// Not within a character.
+bool StartScan::IsPlace(const uint8_t* at) const {
+  if (!isUtf8_ || at == end_ || !IsUtf8Continuation(*at)) {
+    return true;
+  }
+  const uint8_t* lead = at;
+  while (lead > from_ && at - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
+    --lead;
+  }
+  return lead == at || ReadUtf8(lead, end_).length <= at - lead;
+}
+
+const uint8_t* StartScan::NextLineStart(const uint8_t* at) const {
+  if (at == subject_ || at[-1] == '\n') {
+    return at;
+  }
+  const auto length = static_cast<int32_t>(end_ - at);
+  const int32_t newline = length == 0 ? kNotFound : kernels::FindByte(at, length, '\n');
+  return newline == kNotFound ? nullptr : at + newline + 1;
+}
+
+const uint8_t* StartScan::NextLiteral(const uint8_t* at) const {
+  const Literal literal(program_[plan_->literal]);
+  if (plan_->distance < 0 && at - subject_ < -plan_->distance) {
+    at = subject_ - plan_->distance;
+    if (at > end_) {
+      return nullptr;
+    }
+  }
+  const uint8_t* const from = at + plan_->distance;
+  const int32_t found = FindFirst(from, static_cast<int32_t>(end_ - from), literal, false);
+  return found == kNotFound ? nullptr : from + found - plan_->distance;
+}
+
+const uint8_t* StartScan::NextInRun(const uint8_t* at) {
+  const Literal literal(program_[plan_->literal]);
+  for (;;) {
+    if (end_ - at < plan_->distance) {
+      return nullptr;
+    }
+    if (runLiteral_ == nullptr || runLiteral_ < at + plan_->distance) {
+      const uint8_t* const from = at + plan_->distance;
+      const int32_t found = FindFirst(from, static_cast<int32_t>(end_ - from), literal, false);
+      if (found == kNotFound) {
+        return nullptr;
+      }
+      runLiteral_ = from + found;
+      runStart_ = runLiteral_;
+      while (runStart_ > at && plan_->bytes[runStart_[-1]] != 0) {
+        --runStart_;
+      }
+    }
+    at = runStart_ > at ? runStart_ : at;
+    if (runLiteral_ - at >= plan_->distance) {
+      return at;
+    }
+    at = runLiteral_ + 1 - plan_->distance;
+  }
+}
+
+const uint8_t* StartScan::NextByFilter(const uint8_t* at) const {
+  for (;; ++at) {
+    at = plan_->window < kLeastToSkip ? FindWindowForward(at, end_, *plan_)
+                                      : FindWindowBackward(at, end_, *plan_);
+    if (at == nullptr || plan_->isAtWordStart == 0 || at == subject_ || !IsWordByte(at[-1])) {
+      return at;
+    }
+  }
+}
+
+}  // namespace vekch::regexp

@@ -1,0 +1,45 @@
+// Finds the places where a match may begin, by a pattern's plan.
+
+#ifndef VEKCH_REGEXP_START_SCAN_H
+#define VEKCH_REGEXP_START_SCAN_H
+
+#include <stdint.h>
+
+#include "regexp/search_plan.h"
+
+namespace vekch::regexp {
+
+class StartScan {
+ public:
+  // The text from `from` to `end`, of a subject that begins at `subject`. Places are those that a
+  // walk from `from` on meets, by characters or by bytes.
+  StartScan(const RegExpState* state, const uint8_t* subject, const uint8_t* from,
+            const uint8_t* end);
+
+  // The first place from `at` on where a match may begin, or null. `at` is a place, or lies one
+  // behind the end.
+  const uint8_t* Next(const uint8_t* at);
+
+  // The place behind `at`, where there was no match, that is to be asked for next.
+  const uint8_t* Behind(const uint8_t* at) const;
+
+ private:
+  const uint8_t* NextLineStart(const uint8_t* at) const;
+  const uint8_t* NextLiteral(const uint8_t* at) const;
+  const uint8_t* NextInRun(const uint8_t* at);
+  const uint8_t* NextByFilter(const uint8_t* at) const;
+  bool IsPlace(const uint8_t* at) const;
+
+  const ProgramNode* program_;
+  const SearchPlan* plan_;
+  const uint8_t* subject_;
+  const uint8_t* from_;
+  const uint8_t* end_;
+  const bool isUtf8_;
+  const uint8_t* runStart_ = nullptr;    // where the run may begin that the literal ends
+  const uint8_t* runLiteral_ = nullptr;  // the literal
+};
+
+}  // namespace vekch::regexp
+
+#endif
