@@ -34,6 +34,8 @@ struct Written {
   int32_t number, length, count;
   uint32_t hash;
   RegExpState state;
+  RegExpReplaceState replaceState;
+  RegExpFindResult result;
 } written;
 
 // An argument of a call that must fail: a null, or the next of the numbers.
@@ -93,6 +95,12 @@ void Expect(vekStatus (*function)(A...) noexcept, const std::tuple<A...>& argume
 // A null is no fault of the options.
 vekStatus InitWithoutOptions(const uint8_t* pattern, RegExpState* state, int32_t* offset) noexcept {
   return veksRegExpInit(pattern, nullptr, state, offset);
+}
+
+// Nor is it one of the templates.
+vekStatus ReplaceGetSize(int32_t* size) noexcept { return veksRegExpReplaceGetSize(kText, size); }
+vekStatus ReplaceInit(RegExpReplaceState* state) noexcept {
+  return veksRegExpReplaceInit(kText, state);
 }
 
 TEST(ChecksTest, Strings) {
@@ -164,6 +172,13 @@ TEST(ChecksTest, Patterns) {
   Expect(veksRegExpGetSize, {kText, &written.number}, StatusNoError, {{}});
   Expect(veksRegExpSetMatchLimit, {0, &written.state}, kLength, {{-1}, {kMin}});
   Expect(veksRegExpSetFormat, {0, &written.state}, StatusRangeError, {{-1}, {2}, {kMin}, {kMax}});
+  Expect(ReplaceGetSize, {&written.number}, StatusNoError, {{}});
+  Expect(ReplaceInit, {&written.replaceState}, StatusNoError, {{}});
+  // Lengths of the source and of the destination, count of the results.
+  Expect(veksRegExpReplace_8u,
+         {kText, &written.number, written.bytes, &written.length, &written.result, &written.count,
+          &written.state, &written.replaceState},
+         kSize, {{0, 4, 4}, {4, 0, 4}, {-1, -1, -1}, {kMin, 4, 0}, {4, kMin, 0}});
 }
 
 }  // namespace
