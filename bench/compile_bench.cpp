@@ -6,17 +6,12 @@
 // compiled. "pcre2+clear" clears as much beside compiling. "pcre2 jit" makes machine code of what
 // it compiled.
 
-#include <oniguruma.h>
-#include <re2/re2.h>
 #include <stdlib.h>
 #include <string.h>
 
-#include <boost/regex.hpp>
 #include <string>
 
-#define PCRE2_CODE_UNIT_WIDTH 8
-#include <pcre2.h>
-
+#include "bench/engines.h"
 #include "bench/inputs.h"
 #include "bench/patterns.h"
 #include "bench/ratios.h"
@@ -26,8 +21,6 @@ namespace vekch_bench {
 namespace {
 
 // Every contender returns whether it compiled the pattern.
-
-bool Has(const Pattern& pattern, char option) { return strchr(pattern.options, option) != nullptr; }
 
 bool CompileOurs(const Pattern& pattern) {
   const auto* text = reinterpret_cast<const uint8_t*>(pattern.text);
@@ -41,7 +34,6 @@ bool CompileOurs(const Pattern& pattern) {
   return status == StatusNoError;
 }
 
-// Subjects are UTF-8 for every engine that asks, as they are for ours.
 bool CompilePcre2(const Pattern& pattern, uint32_t options, bool jit) {
   int error;
   PCRE2_SIZE errorOffset;
@@ -51,11 +43,6 @@ bool CompilePcre2(const Pattern& pattern, uint32_t options, bool jit) {
       code != nullptr && (!jit || pcre2_jit_compile(code, PCRE2_JIT_COMPLETE) == 0);
   pcre2_code_free(code);
   return compiled;
-}
-
-uint32_t Pcre2Options(const Pattern& pattern) {
-  return PCRE2_UTF | (Has(pattern, 'i') ? PCRE2_CASELESS : 0) |
-         (Has(pattern, 'm') ? PCRE2_MULTILINE : 0);
 }
 
 bool CompileOniguruma(const Pattern& pattern, OnigOptionType options) {
@@ -68,31 +55,8 @@ bool CompileOniguruma(const Pattern& pattern, OnigOptionType options) {
   return status == ONIG_NORMAL;
 }
 
-// Its shorthands are wider than ASCII unless told otherwise, as no other engine's are.
-OnigOptionType OnigurumaOptions(const Pattern& pattern) {
-  OnigOptionType options = ONIG_OPTION_POSIX_IS_ASCII;
-  if (Has(pattern, 'i')) {
-    options |= ONIG_OPTION_IGNORECASE | ONIG_OPTION_IGNORECASE_IS_ASCII;
-  }
-  if (Has(pattern, 'm')) {
-    options |= ONIG_OPTION_NEGATE_SINGLELINE;
-  }
-  return options;
-}
-
 bool CompileBoost(const Pattern& pattern, boost::regex::flag_type flags) {
   return boost::regex(pattern.text, flags).status() == 0;
-}
-
-boost::regex::flag_type BoostFlags(const Pattern& pattern) {
-  boost::regex::flag_type flags = boost::regex::perl | boost::regex::no_except;
-  if (Has(pattern, 'i')) {
-    flags |= boost::regex::icase;
-  }
-  if (!Has(pattern, 'm')) {
-    flags |= boost::regex::no_mod_m;
-  }
-  return flags;
 }
 
 void RunPattern(const Pattern& pattern) {
@@ -103,9 +67,8 @@ void RunPattern(const Pattern& pattern) {
   const uint32_t pcre2Options = Pcre2Options(pattern);
   const OnigOptionType onigurumaOptions = OnigurumaOptions(pattern);
   const boost::regex::flag_type boostFlags = BoostFlags(pattern);
-  RE2::Options re2Options;
-  re2Options.set_case_sensitive(!Has(pattern, 'i'));
-  const std::string re2Text = (Has(pattern, 'm') ? "(?m)" : "") + std::string(pattern.text);
+  const RE2::Options re2Options = Re2Options(pattern);
+  const std::string re2Text = Re2Text(pattern);
 
   Case compile("compile", pattern.name, static_cast<int64_t>(strlen(pattern.text)));
   compile.Ours([=] { return CompileOurs(pattern); })

@@ -1,7 +1,8 @@
 // Timing by Google Benchmark, case by case and round by round. A round times each contender of one
-// case once, for a millisecond; the rounds go through the contenders forwards and backwards in
-// turn. Each round gives a ratio, of times that lie close together, and the median of the rounds'
-// ratios is the case's: a machine that changes its speed between rounds does not disturb it.
+// case once, for a millisecond, or for one run that takes longer; the rounds go through the
+// contenders forwards and backwards in turn. Where rounds are long, there are fewer of them. Each
+// round gives a ratio, of times that lie close together, and the median of the rounds' ratios is
+// the case's: a machine that changes its speed between rounds does not disturb it.
 
 #include "bench/ratios.h"
 
@@ -16,7 +17,9 @@ namespace vekch_bench {
 namespace {
 
 constexpr int32_t kDefaultRounds = 11;
-constexpr double kRoundNanoseconds = 1e6;
+constexpr int32_t kFewestRounds = 3;
+constexpr double kRoundNanoseconds = 1e6;      // of one contender
+constexpr double kMeasureNanoseconds = 1.5e9;  // what a case should not exceed by much
 
 struct Row {
   std::string name;
@@ -118,10 +121,24 @@ std::vector<Measurement> MeasureRounds(const std::vector<Contender>& contenders,
   return measurements;
 }
 
-std::vector<Measurement> Measure(const std::vector<Contender>& contenders, int32_t rounds) {
-  std::vector<benchmark::IterationCount> iterations(contenders.size(), 1);
-  while (RaiseIterations(RunRound(contenders, iterations, false), iterations)) {
+// The rounds that are asked for, or as many as time allows.
+int32_t Rounds(int32_t asked, const std::vector<double>& nanoseconds,
+               const std::vector<benchmark::IterationCount>& iterations) {
+  double round = 0;
+  for (size_t i = 0; i < iterations.size(); ++i) {
+    round += nanoseconds[i] * static_cast<double>(iterations[i]);
   }
+  const double affordable = std::max(kMeasureNanoseconds / round, double{kFewestRounds});
+  return affordable < asked ? static_cast<int32_t>(affordable) : asked;
+}
+
+std::vector<Measurement> Measure(const std::vector<Contender>& contenders, int32_t asked) {
+  std::vector<benchmark::IterationCount> iterations(contenders.size(), 1);
+  std::vector<double> trial;
+  do {
+    trial = RunRound(contenders, iterations, false);
+  } while (RaiseIterations(trial, iterations));
+  const int32_t rounds = Rounds(asked, trial, iterations);
   // A slow moment in the last trial leaves a contender with few iterations, and the timer's own
   // cost in its figure: the measured times show it, and all is measured again.
   for (;;) {

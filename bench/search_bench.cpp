@@ -1,0 +1,170 @@
+// Searching with patterns beside other engines: every match in a text of 4 MB, and the first match
+// in each of many short lines, where what a call costs by itself counts.
+//
+// The text is what scripts/fetch-texts makes of Debian packages; without it nothing is measured.
+// Answers are numbers of matches. Our search collects all matches of a text in one call; the peers
+// are called once for each match, as they offer nothing else.
+
+#include <stdio.h>
+#include <stdlib.h>
+
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "bench/engines.h"
+#include "bench/ratios.h"
+#include "vekch/regexp_program.h"
+#include "vekch/vekch.h"
+
+namespace vekch_bench {
+namespace {
+
+constexpr size_t kShortest = 20;
+constexpr size_t kLongest = 80;
+constexpr size_t kLineCount = 2000;
+constexpr size_t kMostResults = 1 << 20;
+
+// Ours, with the same Find as the peers', and with option g another that finds all at once.
+class OurSearch {
+ public:
+  OurSearch(const Pattern& pattern, bool all) {
+    const auto* text = reinterpret_cast<const uint8_t*>(pattern.text);
+    int32_t size;
+    int32_t errorOffset;
+    veksRegExpGetSize(text, &size);
+    state_.reset(static_cast<RegExpState*>(malloc(static_cast<size_t>(size))));
+    const std::string options = std::string(pattern.options) + (all ? "g" : "");
+    veksRegExpInit(text, reinterpret_cast<const uint8_t*>(options.c_str()), state_.get(),
+                   &errorOffset);
+    results_.resize(all ? kMostResults : static_cast<size_t>(state_->captureCount));
+  }
+
+  // A search sees no more than it is given: only a whole text is searched.
+  bool Find(std::string_view text, size_t, Span* found) {
+    auto count = static_cast<int32_t>(results_.size());
+    if (Search(text, &count) != StatusNoError || count == 0) {
+      return false;
+    }
+    const size_t start =
+        static_cast<size_t>(reinterpret_cast<const char*>(results_[0].pointer) - text.data());
+    *found = {start, start + static_cast<size_t>(results_[0].length)};
+    return true;
+  }
+
+  // Elements are reported for the groups, or for the match where there are none.
+  int64_t CountAll(std::string_view text) {
+    auto count = static_cast<int32_t>(results_.size());
+    const vekStatus status = Search(text, &count);
+    const int32_t groups = state_->captureCount - 1;
+    return status != StatusNoError ? status : groups > 0 ? count / groups : count;
+  }
+
+ private:
+  struct Free {
+    void operator()(void* block) const { free(block); }
+  };
+
+  vekStatus Search(std::string_view text, int32_t* count) {
+    return veksRegExpFind_8u(reinterpret_cast<const uint8_t*>(text.data()),
+                             static_cast<int32_t>(text.size()), state_.get(), results_.data(),
+                             count);
+  }
+
+  std::unique_ptr<RegExpState, Free> state_;
+  std::vector<RegExpFindResult> results_;
+};
+
+int64_t CountAll(OurSearch& search, std::string_view text) { return search.CountAll(text); }
+
+template <class Search>
+int64_t CountAll(Search& search, std::string_view text) {
+  int64_t count = 0;
+  Span found;
+  for (size_t at = 0; at <= text.size() && search.Find(text, at, &found); ++count) {
+    at = found.end > found.start ? found.end : found.end + 1;
+  }
+  return count;
+}
+
+template <class Search>
+int64_t CountLines(Search& search, const std::vector<std::string_view>& lines) {
+  int64_t count = 0;
+  Span found;
+  for (const std::string_view line : lines) {
+    count += search.Find(line, 0, &found);
+  }
+  return count;
+}
+
+// The text itself, and lines of it that lie evenly spread, without the newlines.
+struct Texts {
+  Texts() {
+    std::ifstream stream(VEKCH_BENCH_TEXTS "/search.txt", std::ios::binary);
+    all.assign(std::istreambuf_iterator<char>(stream), {});
+    std::vector<std::string_view> fitting;
+    const std::string_view text = all;
+    for (size_t at = 0, end; (end = text.find('\n', at)) != text.npos; at = end + 1) {
+      if (end - at >= kShortest && end - at <= kLongest) {
+        fitting.push_back(text.substr(at, end - at));
+      }
+    }
+    for (size_t i = 0; i < kLineCount && !fitting.empty(); ++i) {
+      lines.push_back(fitting[i * fitting.size() / kLineCount]);
+      lineBytes += static_cast<int64_t>(lines.back().size());
+    }
+  }
+
+  std::string all;
+  std::vector<std::string_view> lines;
+  int64_t lineBytes = 0;
+};
+
+// `count` is given each contender's search and asks it for its answer.
+template <class Count>
+void RunPattern(const Pattern& pattern, const char* family, int64_t bytes, bool all, Count count) {
+  OurSearch ours(pattern, all);
+  const Pcre2Search pcre2(pattern, false);
+  const Pcre2Search pcre2Jit(pattern, true);
+  const OnigurumaSearch oniguruma(pattern);
+  Case task(family, pattern.name, bytes);
+  task.Ours([&] { return count(ours); })
+      .Peer("pcre2", [&] { return count(pcre2); })
+      .Peer("pcre2 jit", [&] { return count(pcre2Jit); })
+      .Peer("oniguruma", [&] { return count(oniguruma); });
+  std::unique_ptr<const Re2Search> re2;
+  if (pattern.needs != Needs::kBacktracking) {
+    re2 = std::make_unique<const Re2Search>(pattern);
+    task.Peer("re2", [&] { return count(*re2); });
+  }
+  std::unique_ptr<BoostSearch> boost;
+  if (pattern.needs != Needs::kCategories) {  // not without ICU's strings
+    boost = std::make_unique<BoostSearch>(pattern);
+    task.Peer("boost", [&] { return count(*boost); });
+  }
+  task.Run();
+}
+
+const Family kSearch([] {
+  OnigEncoding encoding = ONIG_ENCODING_UTF8;
+  onig_initialize(&encoding, 1);
+  const Texts texts;
+  if (texts.all.empty()) {
+    printf("\nsearch is left out: scripts/fetch-texts brings its text\n");
+    return;
+  }
+  for (const Pattern& pattern : kPatterns) {
+    RunPattern(pattern, "search", static_cast<int64_t>(texts.all.size()), true,
+               [&](auto& search) { return CountAll(search, texts.all); });
+  }
+  for (const Pattern& pattern : kPatterns) {
+    RunPattern(pattern, "search_lines", texts.lineBytes, false,
+               [&](auto& search) { return CountLines(search, texts.lines); });
+  }
+});
+
+}  // namespace
+}  // namespace vekch_bench
