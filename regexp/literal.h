@@ -7,6 +7,7 @@
 
 #include "regexp/bytes.h"
 #include "regexp/program.h"
+#include "strings/kernels/commonness.h"
 #include "strings/kernels/find_kernels.h"
 
 namespace vekch::regexp {
@@ -22,19 +23,53 @@ struct Literal {
         length(node.op == OpString ? node.b : 1) {}
 };
 
+// The byte of a literal that texts hold least often, in both cases, is looked for first.
+struct RarestByte {
+  int32_t offset = 0;
+  uint8_t cases[2];
+
+  explicit RarestByte(const Literal& literal) : cases() {
+    for (int32_t i = 1; i < literal.length; ++i) {
+      if (Commonness(literal.bytes[i]) < Commonness(literal.bytes[offset])) {
+        offset = i;
+      }
+    }
+    const uint8_t byte = literal.bytes[offset];
+    cases[0] = byte;
+    cases[1] = IsAsciiLetter(byte) ? static_cast<uint8_t>(byte ^ 0x20) : byte;
+  }
+
+  static int32_t Commonness(uint8_t byte) {
+    return kernels::kCommonness.of[IsAsciiLetter(byte) ? byte | 0x20 : byte];
+  }
+};
+
 inline int32_t FindFirstCaseless(const uint8_t* subject, int32_t length, const Literal& literal) {
-  for (int32_t at = 0; at <= length - literal.length; ++at) {
+  const RarestByte rarest(literal);
+  const int32_t places = length - literal.length + 1;
+  int32_t at = 0;
+  while (at < places) {
+    const uint8_t* const from = subject + at + rarest.offset;
+    const int32_t found = kernels::FindAnyOf(from, places - at, rarest.cases, 2);
+    if (found < 0) {
+      return kNotFound;
+    }
+    at += found;
     if (SameBytes(subject + at, literal.bytes, literal.length, true)) {
       return at;
     }
+    ++at;
   }
   return kNotFound;
 }
 
 inline int32_t FindLastCaseless(const uint8_t* subject, int32_t length, const Literal& literal) {
-  for (int32_t at = length - literal.length; at >= 0; --at) {
-    if (SameBytes(subject + at, literal.bytes, literal.length, true)) {
-      return at;
+  const RarestByte rarest(literal);
+  int32_t places = length - literal.length + 1;
+  while (places > 0) {
+    places = kernels::FindLastOf(subject + rarest.offset, places, rarest.cases, 2);
+    if (places >= 0 && SameBytes(subject + places, literal.bytes, literal.length, true)) {
+      return places;
     }
   }
   return kNotFound;

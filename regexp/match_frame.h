@@ -16,7 +16,7 @@ namespace vekch::regexp {
 // from the steps: it goes no lower than 2 below zero.
 class Budget {
  public:
-  constexpr Budget() = default;
+  Budget() = default;
   constexpr Budget(int32_t depth, int32_t steps)
       : value_(static_cast<uint64_t>(static_cast<uint32_t>(steps)) << 32 |
                (static_cast<uint32_t>(depth) + kLead)) {}
@@ -33,7 +33,7 @@ class Budget {
 
  private:
   static constexpr uint32_t kLead = 4;
-  uint64_t value_ = 0;
+  uint64_t value_;
 };
 
 // What becomes of an abort that comes up to a run of records: the last record that doesn't pass it
@@ -42,7 +42,7 @@ class OnAbort {
  public:
   enum Outcome : uint32_t { kPasses, kMatches, kFails };
 
-  constexpr OnAbort() = default;
+  OnAbort() = default;
   constexpr explicit OnAbort(Outcome outcome) : value_(uint32_t{outcome} << 30) {}
 
   constexpr Outcome What() const { return static_cast<Outcome>(value_ >> 30); }
@@ -50,7 +50,7 @@ class OnAbort {
   VEK_INLINE void PassByte() { ++value_; }
 
  private:
-  uint32_t value_ = 0;
+  uint32_t value_;
 };
 
 // The registers of the matcher: where it stands in the program and in the subject.

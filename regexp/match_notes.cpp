@@ -3,12 +3,13 @@
 #include "regexp/bytes.h"
 #include "regexp/program_walk.h"
 #include "regexp/properties.h"
-#include "regexp/search_plan.h"
+#include "strings/kernels/block.h"
 
 namespace vekch::regexp {
 namespace {
 
 constexpr int32_t kMostPasses = 100;
+constexpr int32_t kOwnLevels = 4;  // of the search, and of the last test
 
 // What an entry of the group table holds while the notes are written; searches begin with it anew.
 struct OpenGroup {
@@ -31,7 +32,10 @@ class NoteWriter {
     LinkGroups();
     uint8_t* const room = NoteSets();
     NoteRepetitions();
-    MakePlan(state_, room, reinterpret_cast<uint8_t*>(groups_ + RegExpTableSize));
+    NoteCertainGroups();
+    SearchInfo* const info = InfoOf(state_);
+    info->mostDepth = MostDepth();
+    info->room = room;
   }
 
  private:
@@ -59,8 +63,7 @@ class NoteWriter {
       }
     }
     const int32_t first = groups_[0].opening;
-    groups_[0] = {};
-    GroupsOf(state_)[0].minimum = first;
+    *InfoOf(state_) = {first, 0, nullptr, nullptr, 0, 0};
   }
 
   void LinkAlternative(int32_t index, OpenGroup* group) {
@@ -120,7 +123,7 @@ class NoteWriter {
           break;
         case OpClass:
           node.ptr = static_cast<uint64_t>(options);
-          static_assert(sizeof(CharacterSet) % alignof(SearchPlan) == 0);
+          static_assert(sizeof(CharacterSet) % alignof(GroupEntry*) == 0);
           if (end - room >= static_cast<ptrdiff_t>(sizeof(CharacterSet))) {
             FillClassSet(node, options, reinterpret_cast<CharacterSet*>(room));
             node.ptr = reinterpret_cast<uintptr_t>(room);
@@ -161,7 +164,8 @@ class NoteWriter {
       const uint8_t byte =
           follower.op == OpChar ? static_cast<uint8_t>(follower.a) : RunOf(follower)[0];
       note.kind = FollowNote::kByte;
-      note.target = (byte | OtherCase(byte, follower.c) << 8) & 0xFFFFU;
+      const uint32_t other = OtherCase(byte, follower.c);
+      note.target = (byte | other << 8) & 0xFFFFU;
     } else if (walk.SetAt(i) != nullptr) {
       note.kind = FollowNote::kSet;
       note.target = reinterpret_cast<uintptr_t>(walk.SetAt(i)) & 0xFFFFFFFFFFFFU;
@@ -218,6 +222,72 @@ class NoteWriter {
     // those bytes itself, as one of the two sets is of single bytes alone.
     return kernels::LaneBits(both == zero) == 0xFFFF;
   }
+
+  // ---- Budgets, and what need not be undone.
+
+  // Every record takes a level, and a repetition one more; a group that is repeated takes its
+  // levels again each time. The entries of the groups keep the sums of what is around.
+  int32_t MostDepth() {
+    const ProgramWalk walk(*state_);
+    int64_t depth = kOwnLevels;
+    int32_t serial = 0;
+    for (int32_t i = 0; i < count_; ++i) {
+      const ProgramNode& node = nodes_[i];
+      depth += 2;
+      if (IsOpening(node)) {
+        const int32_t own = node.a < 0 ? -node.a : node.a;
+        groups_[own] = {serial, static_cast<int32_t>(depth), 0, {}};
+        serial = own;
+        depth = 2;
+      } else if (node.op == OpGroupEnd) {
+        const ProgramNode* const quantifier = walk.QuantifierAt(i + 1);
+        const int64_t times = quantifier == nullptr ? 1 : quantifier->b + int64_t{1};
+        const OpenGroup group = groups_[serial];
+        groups_[serial] = {};
+        depth = group.opening + depth * times;
+        serial = group.around;
+      }
+      depth = depth < INT32_MAX ? depth : INT32_MAX;
+    }
+    return static_cast<int32_t>(depth);
+  }
+
+  // At top level and without alternatives there, a group is passed by every match, and by nothing
+  // else than a try that begins with its opening. The slots say which groups are open or closed.
+  void NoteCertainGroups() {
+    auto* const slots = reinterpret_cast<RegExpFindResult*>(state_->workTableB);
+    const bool isSingle = InfoOf(state_)->firstAlternative == 0;
+    const ProgramWalk walk(*state_);
+    int32_t nesting = 0;
+    for (int32_t i = 0; i < count_; ++i) {
+      ProgramNode& node = nodes_[i];
+      if (IsOpening(node)) {
+        if (node.op == OpCapture) {
+          slots[node.c].length = kOpen;
+          const bool isRepeated = walk.QuantifierAt(walk.GroupEnd(i) + 1) != nullptr;
+          GroupNote note = NoteOf<GroupNote>(node);
+          note.isCertain = nesting == 0 && isSingle && !isRepeated ? 1 : 0;
+          SetNote(&node, note);
+        }
+        ++nesting;
+      } else if (node.op == OpGroupEnd) {
+        const ProgramNode& opening = nodes_[node.ptr];
+        if (opening.op == OpCapture) {
+          slots[opening.c].length = kClosed;
+        }
+        --nesting;
+      } else if (node.op == OpBackref && node.a < state_->captureCount &&
+                 slots[node.a].length != kClosed) {
+        InfoOf(state_)->readsOpenGroups = 1;
+      }
+    }
+    for (int32_t slot = 0; slot < state_->captureCount; ++slot) {
+      slots[slot].length = 0;
+    }
+  }
+
+  static constexpr int32_t kOpen = 1;
+  static constexpr int32_t kClosed = 2;
 
   RegExpState* state_;
   ProgramNode* nodes_;

@@ -9,7 +9,7 @@ namespace {
 
 constexpr int32_t kDepthShare = 4;  // the depth may be this part of the steps
 constexpr int32_t kLineStart = 0x80;
-constexpr int32_t kChunksAhead = 4;
+constexpr int32_t kChunksAhead = 16;
 
 }  // namespace
 
@@ -20,7 +20,9 @@ Matcher::Matcher(RegExpState* patternState, const uint8_t* subject, int32_t leng
       groups_(GroupsOf(patternState)),
       subject_(subject),
       subjectEnd_(subject + length),
-      isUtf8_(patternState->characterFormat != 0) {
+      isUtf8_(patternState->characterFormat != 0),
+      undoesLess_(patternState->matchLimit / kDepthShare > InfoOf(patternState)->mostDepth &&
+                  InfoOf(patternState)->readsOpenGroups == 0) {
   static_assert(sizeof(RegExpFindResult) == sizeof patternState->workTableB[0]);
 }
 
@@ -38,8 +40,9 @@ MatchResult Matcher::Match(const ProgramNode* first, const uint8_t* start, const
   sub_ = nullptr;
   skew_ = 0;
   chunk_ = nullptr;
-  // One level is the search's own. No more frames than levels are ever needed, but for repetitions
-  // of atomic groups, which take none: past some of them, the depth counts as used up.
+  // One level is the search's own. No more frames than levels are ever needed, but for conditions
+  // within conditions, of which the number of groups allows some hundreds, and for repetitions of
+  // atomic groups, which take no level: past some of them, the depth counts as used up.
   const int32_t depth = state_->matchLimit / kDepthShare - 1;
   chunksLeft_ = depth / (kFramesInChunk - kSpareFrames) + kChunksAhead;
   Run({first, start, Budget(depth, state_->matchLimit), OnAbort()}, Flow::kNext);
@@ -48,25 +51,17 @@ MatchResult Matcher::Match(const ProgramNode* first, const uint8_t* start, const
 
 // ---- The loop.
 
-// Runs records until one of them can't be passed by a step in the loop. The registers are kept out
-// of memory: the rarer steps work on copies.
-VEK_INLINE Flow Matcher::Execute(Registers* registers) {
-  Registers r = *registers;
-  const auto call = [this, &r](Flow (Matcher::*step)(Registers*)) {
-    Registers copy = r;
-    const Flow next = (this->*step)(&copy);
-    r = copy;
-    return next;
-  };
+// Runs records until one of them can't be passed by a step in the loop.
+VEK_INLINE Flow Matcher::Execute(Registers* r) {
   Flow flow = Flow::kNext;
   while (flow == Flow::kNext) {
-    if (r.budget.Depth() < lowestDepth_) {
-      flow = ExhaustedBudget(r);
+    if (r->budget.Depth() < lowestDepth_) {
+      flow = ExhaustedBudget(*r);
       if (flow != Flow::kNext) {
         break;
       }
     }
-    if (r.node == end_) {
+    if (r->node == end_) {
       flow = Flow::kEnd;
       break;
     }
@@ -74,36 +69,39 @@ VEK_INLINE Flow Matcher::Execute(Registers* registers) {
       flow = Flow::kGrow;
       break;
     }
-    r.budget.TakeRecord();
-    const ProgramNode& node = *r.node;
+    r->budget.TakeRecord();
+    const ProgramNode& node = *r->node;
     switch (node.op) {
       case OpChar:
         if (QuantifierAt(&node + 1) != nullptr) {
-          flow = call(&Matcher::Character);
-        } else if (r.at < limit_ &&
-                   SameByte(*r.at, static_cast<uint8_t>(node.a), IsCaseless(node.c))) {
-          ++r.node;
-          ++r.at;
-          r.onAbort.PassByte();
+          flow = Character(r);
+        } else if (r->at < limit_ &&
+                   SameByte(*r->at, static_cast<uint8_t>(node.a), IsCaseless(node.c))) {
+          ++r->node;
+          ++r->at;
+          r->onAbort.PassByte();
         } else {
           flow = Flow::kFail;
         }
         break;
       case OpString:
-        if (limit_ - r.at >= node.b && SameBytes(r.at, RunOf(node), node.b, IsCaseless(node.c))) {
-          ++r.node;
-          r.at += node.b;
-          r.onAbort = OnAbort(OnAbort::kMatches);
+        if (limit_ - r->at >= node.b && SameBytes(r->at, RunOf(node), node.b, IsCaseless(node.c))) {
+          ++r->node;
+          r->at += node.b;
+          r->onAbort = OnAbort(OnAbort::kMatches);
         } else {
           flow = Flow::kFail;
         }
         break;
+      case OpCharType:
+      case OpClass:
+        flow = Character(r);
+        break;
       default:
-        flow = call(&Matcher::Record);
+        flow = Record(r);
         break;
     }
   }
-  *registers = r;
   return flow;
 }
 

@@ -20,6 +20,7 @@
 
 #include <stdint.h>
 
+#include "regexp/bytes.h"
 #include "regexp/match_frame.h"
 #include "regexp/match_notes.h"
 #include "unicode/utf8.h"
@@ -51,6 +52,20 @@ class Matcher {
   MatchResult Match(const ProgramNode* first, const uint8_t* start, const uint8_t* end);
 
   void ClearSlots();
+
+  // Whether what begins at a record begins with a literal that does not stand at `at`.
+  bool FailsAtOnce(const ProgramNode* first, const uint8_t* at, const uint8_t* end) const {
+    if (first >= program_ + state_->nodeCount) {
+      return false;
+    }
+    if (first->op == OpString) {
+      return at == end || !SameByte(*at, RunOf(*first)[0], IsCaseless(first->c));
+    }
+    const bool isChar = first->op == OpChar &&
+                        (first + 1 == program_ + state_->nodeCount || !IsQuantifier(first[1]));
+    return isChar &&
+           (at == end || !SameByte(*at, static_cast<uint8_t>(first->a), IsCaseless(first->c)));
+  }
 
   // What is left of the steps. Aborts lower it for good, below zero as well.
   int64_t StepsLeft() const { return state_->matchLimit - stepsLost_; }
@@ -195,6 +210,10 @@ class Matcher {
   static bool IsPlainGroup(const ProgramNode& opening) {
     return opening.op == OpGroup || opening.op == OpOptionGroup;
   }
+  // A group whose slot and entry need not be put back.
+  bool IsPassedOnce(const ProgramNode& opening) const {
+    return undoesLess_ && opening.op == OpCapture && NoteOf<GroupNote>(opening).isCertain != 0;
+  }
   // The quantifier at a record, or null.
   const ProgramNode* QuantifierAt(const ProgramNode* node) const {
     return node < end_ && IsQuantifier(*node) ? node : nullptr;
@@ -213,6 +232,9 @@ class Matcher {
   const uint8_t* const subject_;
   const uint8_t* const subjectEnd_;
   const bool isUtf8_;
+  // The depth can't run out, and no group is read while it is open: slots and entries that every
+  // match sets anew need not be put back.
+  const bool undoesLess_;
 
   const uint8_t* start_ = nullptr;    // of the match
   const uint8_t* limit_ = nullptr;    // end of the text that is matched

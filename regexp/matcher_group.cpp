@@ -36,6 +36,11 @@ Flow Matcher::OpenGroup(Registers* r) {
     ++r->node;  // nothing to choose, nothing to undo
     return Flow::kNext;
   }
+  if (IsPassedOnce(opening) && NoteOf<GroupNote>(opening).firstAlternative == 0) {
+    EntryOf(opening).start = OffsetOf(r->at);
+    ++r->node;
+    return Flow::kNext;
+  }
   Frame* const frame = Push(*r, Choice::kGroup);
   SaveGroup(opening, frame);
   GroupEntry& entry = EntryOf(opening);
@@ -82,6 +87,9 @@ Flow Matcher::EnterBody(Registers* r, const ProgramNode& opening) {
   }
   Top().group.alternative = NoteOf<GroupNote>(opening).firstAlternative;
   r->node = &opening + 1;
+  if (undoesLess_ && Top().group.alternative != 0 && FailsAtOnce(r->node, r->at, limit_)) {
+    return Flow::kFail;
+  }
   return Flow::kNext;
 }
 
@@ -100,8 +108,14 @@ Flow Matcher::EnterBranch(Registers* r, const ProgramNode& opening, bool holds) 
 // Goes on with the alternative that is next in the frame on top.
 Flow Matcher::EnterAlternative(Registers* r, const ProgramNode& opening) {
   Frame& frame = Top();
-  const ProgramNode& alternative = program_[frame.group.alternative];
-  frame.group.alternative = NoteOf<AlternativeNote>(alternative).next;
+  int32_t index = frame.group.alternative;
+  int32_t next = NoteOf<AlternativeNote>(program_[index]).next;
+  while (undoesLess_ && next != 0 && FailsAtOnce(program_ + index + 1, r->at, limit_)) {
+    index = next;
+    next = NoteOf<AlternativeNote>(program_[index]).next;
+  }
+  const ProgramNode& alternative = program_[index];
+  frame.group.alternative = next;
   // What code points added beyond their bytes is forgotten here.
   skew_ = 0;
   frame.skew = 0;
@@ -118,7 +132,8 @@ Flow Matcher::NextAlternative(Registers* r) {
   const ProgramNode* const quantifier = QuantifierAt(GroupEndOf(opening) + 1);
   if (frame.group.alternative != 0) {
     const Flow flow = EnterAlternative(r, opening);
-    if (frame.group.alternative == 0 && quantifier == nullptr && IsPlainGroup(opening)) {
+    if (frame.group.alternative == 0 &&
+        (IsPassedOnce(opening) || (quantifier == nullptr && IsPlainGroup(opening)))) {
       --top_;  // no other choice is left, and there is nothing to undo
       r->onAbort = frame.onAbort;
     }
@@ -143,9 +158,11 @@ Flow Matcher::EndGroup(Registers* r) {
     return EndRepetition(r, opening, *quantifier);
   }
   if (opening.op == OpCapture) {
-    Frame* const frame = Push(*r, Choice::kGroupEnd);
-    SaveGroup(opening, frame);
-    frame->phase = EndPhase::kBehind;
+    if (!undoesLess_) {
+      Frame* const frame = Push(*r, Choice::kGroupEnd);
+      SaveGroup(opening, frame);
+      frame->phase = EndPhase::kBehind;
+    }
     Capture(opening, r->at);
   }
   r->onAbort = OnAbort(OnAbort::kFails);

@@ -29,11 +29,7 @@ class Driver {
         count_(count),
         start_(subject),
         length_(length),
-        firstAlternative_(GroupsOf(state)[0].minimum) {
-    const SearchPlan* const plan = PlanOf(state);
-    skips_ = plan != nullptr && plan->strategy != SearchPlan::kEverywhere &&
-             state->matchLimit / 4 > plan->depth;
-  }
+        firstAlternative_(InfoOf(state)->firstAlternative) {}
 
   vekStatus Run() {
     length_ = LengthToLastLiteral();
@@ -45,6 +41,12 @@ class Driver {
       StartAtFirstLiteral();
     }
     anchoring_ = AnchoringOfProgram();
+    if (anchoring_ == Anchoring::kNone) {
+      const SearchPlan* const plan = PlanFor(state_, length_);
+      const bool applies = plan != nullptr && plan->strategy != SearchPlan::kEverywhere &&
+                           state_->matchLimit / 4 > plan->depth;
+      plan_ = applies ? plan : nullptr;
+    }
     return findsAll ? FindAll() : FindOne();
   }
 
@@ -118,18 +120,21 @@ class Driver {
     MatchResult result = matcher_.Match(program_, at, end);
     for (int32_t i = firstAlternative_; result == MatchResult::kFail && i != 0;
          i = NoteOf<AlternativeNote>(program_[i]).next) {
-      result = matcher_.Match(program_ + i + 1, at, end);
+      const ProgramNode* const first = program_ + i + 1;
+      if (plan_ == nullptr || !matcher_.FailsAtOnce(first, at, end)) {
+        result = matcher_.Match(first, at, end);
+      }
     }
     return result;
   }
 
   // Tries the start positions from `at` on, the one at the end included.
   MatchResult FindFrom(const uint8_t* at, const uint8_t* end) {
-    return skips_ && anchoring_ == Anchoring::kNone ? FindByPlan(at, end) : FindInOrder(at, end);
+    return plan_ != nullptr ? FindByPlan(at, end) : FindInOrder(at, end);
   }
 
   MatchResult FindByPlan(const uint8_t* at, const uint8_t* end) {
-    StartScan scan(state_, matcher_.Subject(), at, end);
+    StartScan scan(state_, plan_, matcher_.Subject(), at, end);
     MatchResult result = MatchResult::kFail;
     for (at = scan.Next(at); at != nullptr; at = scan.Next(scan.Behind(at))) {
       result = MatchAt(at, end);
@@ -146,12 +151,18 @@ class Driver {
       if (result != MatchResult::kFail || anchoring_ == Anchoring::kStart) {
         return result;
       }
-      do {
-        if (at >= end) {
+      if (at >= end) {
+        return MatchResult::kFail;
+      }
+      if (anchoring_ == Anchoring::kLineStart) {
+        const int32_t newline = kernels::FindByte(at, static_cast<int32_t>(end - at), '\n');
+        if (newline == kNotFound) {
           return MatchResult::kFail;
         }
+        at += newline + 1;
+      } else {
         at += matcher_.IsUtf8() ? ReadUtf8(at, end).length : 1;
-      } while (anchoring_ == Anchoring::kLineStart && at[-1] != '\n');
+      }
     }
   }
 
@@ -224,7 +235,7 @@ class Driver {
   int32_t length_;
   const int32_t firstAlternative_;
   Anchoring anchoring_ = Anchoring::kNone;
-  bool skips_ = false;  // start positions at which the plan says no match begins
+  const SearchPlan* plan_ = nullptr;  // by which start positions are passed over, if any are
   int32_t found_ = 0;
 };
 

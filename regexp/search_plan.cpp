@@ -3,6 +3,8 @@
 #include "regexp/bytes.h"
 #include "regexp/program_walk.h"
 #include "regexp/properties.h"
+#include "strings/kernels/block.h"
+#include "strings/kernels/commonness.h"
 
 namespace vekch::regexp {
 namespace {
@@ -10,33 +12,30 @@ namespace {
 constexpr int32_t kMostRecords = 2000;  // of a program that gets a plan
 constexpr int32_t kMostWindow = 8;      // bits of a filter's byte
 constexpr int32_t kMostRounds = 8;
+constexpr int32_t kLongSubject = 128;  // for which a plan pays at once
+constexpr int32_t kManySearches = 4;
 constexpr int32_t kSlack = 4;  // levels that loops and the last test may take beside the records
+
+// How often the bytes up to a value occur in texts, in about a thousand bytes.
+struct Weights {
+  int32_t upTo[256];
+
+  constexpr Weights() : upTo() {
+    int32_t sum = 0;
+    for (int32_t value = 0; value < 256; ++value) {
+      const int32_t commonness = kernels::kCommonness.of[value];
+      // The commonest byte but for its special rank has 78; frequencies fall as ranks rise.
+      sum += commonness == 0 ? 1 : commonness == 255 ? 10 : 400 / (84 - commonness);
+      upTo[value] = sum;
+    }
+  }
+};
+constexpr Weights kWeights;
+constexpr int32_t kEverySecond = 500;
+constexpr int32_t kRarePair = 60;  // of a thousand places
 
 int32_t Plus(int64_t a, int64_t b) {
   return a + b < INT32_MAX ? static_cast<int32_t>(a + b) : INT32_MAX;
-}
-
-// ---- How deep a match can get.
-
-// Every record takes a level, and a repetition one more; a group that is repeated takes its levels
-// again each time. `work` has an entry for each group.
-int32_t MostDepth(const ProgramWalk& walk, int32_t* work) {
-  int32_t depth = kSlack;
-  int32_t nesting = 0;
-  for (int32_t i = 0; i < walk.count; ++i) {
-    const ProgramNode& node = walk.nodes[i];
-    depth = Plus(depth, 2);
-    if (IsOpening(node)) {
-      work[nesting++] = depth;
-      depth = 2;
-    } else if (node.op == OpGroupEnd) {
-      const ProgramNode* const quantifier = walk.QuantifierAt(i + 1);
-      const int64_t times = quantifier == nullptr ? 1 : quantifier->b + int64_t{1};
-      const int64_t all = depth * times;
-      depth = Plus(work[--nesting], all < INT32_MAX ? all : INT32_MAX);
-    }
-  }
-  return depth;
 }
 
 // ---- The sets of a match's first bytes.
@@ -328,8 +327,7 @@ class PlanMaker {
       : state(patternState), walk(*patternState), plan(searchPlan), work(scratch) {}
 
   void Run() {
-    plan->mostDepth = MostDepth(walk, reinterpret_cast<int32_t*>(work));
-    const bool isSingle = GroupsOf(state)[0].minimum == 0;  // no alternatives at top level
+    const bool isSingle = InfoOf(state)->firstAlternative == 0;  // no alternatives at top level
     plan->strategy = SearchPlan::kEverywhere;
     if (isSingle && (BeginsLine() || UseLeadingLiteral() || UseLiteralBefore() || UseRun())) {
       return;
@@ -451,11 +449,82 @@ class PlanMaker {
 
   void UseFilter() {
     FilterMaker maker(walk, work, plan);
-    maker.SetTopLevel(GroupsOf(state)[0].minimum);
+    maker.SetTopLevel(InfoOf(state)->firstAlternative);
     plan->window = static_cast<uint8_t>(maker.Run());
     if (plan->window != 0) {
-      Use(SearchPlan::kFilter, maker.Levels() < 0 ? plan->mostDepth : maker.Levels());
+      Use(SearchPlan::kFilter, maker.Levels() < 0 ? InfoOf(state)->mostDepth : maker.Levels());
+      UsePair();
     }
+  }
+
+  // The two of the known bytes that texts hold least often, if they are rare, and sets of few
+  // ranges.
+  void UsePair() {
+    kernels::BytePair& pair = plan->pair;
+    int32_t best[2] = {kEverySecond, kEverySecond};
+    for (int32_t place = 0; place < plan->window; ++place) {
+      kernels::PairRanges ranges;
+      const int32_t count = RangesAt(place, &ranges);
+      const int32_t weight = count == 0 ? kEverySecond : WeightOf(ranges, count);
+      const int32_t worse = best[0] > best[1] ? 0 : 1;
+      if (weight < best[worse]) {
+        best[worse] = weight;
+        pair.offsets[worse] = place;
+        pair.sets[worse] = ranges;
+        pair.rangeCount = count > pair.rangeCount ? count : pair.rangeCount;
+      }
+    }
+    if (best[0] < kEverySecond && best[1] == kEverySecond) {
+      pair.offsets[1] = pair.offsets[0];
+      pair.sets[1] = pair.sets[0];
+    }
+    if (best[0] * best[1] < kRarePair * kEverySecond) {
+      plan->strategy = SearchPlan::kPair;
+    }
+  }
+
+  // The ranges of bytes that may stand at a place: 1, 2 or 4 of them, 0 for more.
+  int32_t RangesAt(int32_t place, kernels::PairRanges* ranges) const {
+    const kernels::Block bit = kernels::Splat(static_cast<uint8_t>(1U << place));
+    int32_t count = 0;
+    uint32_t previous = 0;  // whether the byte below the current 16 is a member
+    bool isOpen = false;
+    for (int32_t base = 0; base < 256; base += kernels::kBlock) {
+      const kernels::Block members = kernels::LoadAny(plan->bytes + base) & bit;
+      const uint32_t bits = kernels::LaneBits(members == bit);
+      for (uint32_t changes = bits ^ ((bits << 1 | previous) & 0xFFFFU); changes != 0;
+           changes &= changes - 1) {
+        const int32_t value = base + kernels::LowestBit(changes);
+        if (isOpen) {
+          ranges->highest[count++] = static_cast<uint8_t>(value - 1);
+        } else if (count == kernels::kMostPairRanges) {
+          return 0;
+        } else {
+          ranges->lowest[count] = static_cast<uint8_t>(value);
+        }
+        isOpen = !isOpen;
+      }
+      previous = bits >> 15;
+    }
+    if (isOpen) {
+      ranges->highest[count++] = 255;
+    }
+    for (int32_t i = count; i > 0 && i < kernels::kMostPairRanges; ++i) {
+      ranges->lowest[i] = ranges->lowest[count - 1];
+      ranges->highest[i] = ranges->highest[count - 1];
+    }
+    return count == 3 ? 4 : count;
+  }
+
+  static int32_t WeightOf(const kernels::PairRanges& ranges, int32_t count) {
+    int32_t weight = 0;
+    for (int32_t i = 0; i < count; ++i) {
+      const bool isRepeated = i > 0 && ranges.lowest[i] == ranges.lowest[i - 1];
+      weight += isRepeated ? 0
+                           : kWeights.upTo[ranges.highest[i]] -
+                                 (ranges.lowest[i] == 0 ? 0 : kWeights.upTo[ranges.lowest[i] - 1]);
+    }
+    return weight < kEverySecond ? weight : kEverySecond;
   }
 
   // "\b" in front of a word byte.
@@ -480,16 +549,27 @@ class PlanMaker {
 
 }  // namespace
 
-void MakePlan(RegExpState* state, uint8_t* room, uint8_t* roomEnd) {
-  constexpr int64_t kScratch = 2 * (kMostRecords + 1) + 4 * RegExpTableSize;
-  if (state->nodeCount > kMostRecords ||
-      roomEnd - room < static_cast<int64_t>(sizeof(SearchPlan)) + kScratch) {
-    return;
+const SearchPlan* PlanFor(RegExpState* state, int32_t length) {
+  SearchInfo* const info = InfoOf(state);
+  if (info->plan != nullptr) {
+    return info->plan;
   }
-  auto* const plan = reinterpret_cast<SearchPlan*>(room);
+  if (info->room == nullptr || (length < kLongSubject && info->searches < kManySearches)) {
+    ++info->searches;
+    return nullptr;
+  }
+  constexpr int64_t kScratch = 2 * (kMostRecords + 1);
+  auto* const roomEnd = reinterpret_cast<uint8_t*>(GroupsOf(state) + RegExpTableSize);
+  if (state->nodeCount > kMostRecords ||
+      roomEnd - info->room < static_cast<int64_t>(sizeof(SearchPlan)) + kScratch) {
+    info->room = nullptr;
+    return nullptr;
+  }
+  auto* const plan = reinterpret_cast<SearchPlan*>(info->room);
   *plan = {};
-  PlanMaker(state, plan, room + sizeof(SearchPlan)).Run();
-  state->workTableA[0][1] = reinterpret_cast<uintptr_t>(plan);
+  PlanMaker(state, plan, info->room + sizeof(SearchPlan)).Run();
+  info->plan = plan;
+  return plan;
 }
 
 }  // namespace vekch::regexp

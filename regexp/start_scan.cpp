@@ -33,16 +33,20 @@ const uint8_t* FindWindowBackward(const uint8_t* at, const uint8_t* end, const S
   return nullptr;
 }
 
+VEK_INLINE bool FitsWindow(const uint8_t* at, const SearchPlan& plan) {
+  int32_t i = 0;
+  while (i < plan.window && (plan.bytes[at[i]] >> i & 1) != 0) {
+    ++i;
+  }
+  return i == plan.window;
+}
+
 const uint8_t* FindWindowForward(const uint8_t* at, const uint8_t* end, const SearchPlan& plan) {
   const uint8_t* const last = end - plan.window;
+  const uint8_t* const bytes = plan.bytes;
   for (; at <= last; ++at) {
-    if ((plan.bytes[*at] & 1) == 0) {
-      continue;
-    }
-    if (plan.window == 1 || (plan.bytes[at[1]] & 2) != 0) {
-      if (plan.window <= 2 || (plan.bytes[at[2]] & 4) != 0) {
-        return at;
-      }
+    if ((bytes[*at] & 1) != 0 && FitsWindow(at, plan)) {
+      return at;
     }
   }
   return nullptr;
@@ -50,10 +54,10 @@ const uint8_t* FindWindowForward(const uint8_t* at, const uint8_t* end, const Se
 
 }  // namespace
 
-StartScan::StartScan(const RegExpState* state, const uint8_t* subject, const uint8_t* from,
-                     const uint8_t* end)
+StartScan::StartScan(const RegExpState* state, const SearchPlan* plan, const uint8_t* subject,
+                     const uint8_t* from, const uint8_t* end)
     : program_(ProgramOf(state)),
-      plan_(PlanOf(state)),
+      plan_(plan),
       subject_(subject),
       from_(from),
       end_(end),
@@ -72,6 +76,7 @@ const uint8_t* StartScan::Next(const uint8_t* at) {
         at = NextInRun(at);
         break;
       case SearchPlan::kFilter:
+      case SearchPlan::kPair:
         at = NextByFilter(at);
         break;
       default:
@@ -151,13 +156,44 @@ const uint8_t* StartScan::NextInRun(const uint8_t* at) {
   }
 }
 
-const uint8_t* StartScan::NextByFilter(const uint8_t* at) const {
+const uint8_t* StartScan::NextByFilter(const uint8_t* at) {
   for (;; ++at) {
-    at = plan_->window < kLeastToSkip ? FindWindowForward(at, end_, *plan_)
-                                      : FindWindowBackward(at, end_, *plan_);
+    at = plan_->strategy == SearchPlan::kPair ? NextPair(at) : NextWindow(at);
     if (at == nullptr || plan_->isAtWordStart == 0 || at == subject_ || !IsWordByte(at[-1])) {
       return at;
     }
+  }
+}
+
+const uint8_t* StartScan::NextWindow(const uint8_t* at) {
+  return plan_->window < kLeastToSkip ? FindWindowForward(at, end_, *plan_)
+                                      : FindWindowBackward(at, end_, *plan_);
+}
+
+// Places are looked at 64 at a time, and remembered; the last ones by the filter alone.
+const uint8_t* StartScan::NextPair(const uint8_t* at) {
+  const uint8_t* const end = end_ - (plan_->window - 1);
+  for (;;) {
+    if (pairsFrom_ == nullptr || at - pairsFrom_ >= kernels::kGroup) {
+      if (end - at < kernels::kGroup) {
+        return NextWindow(at);
+      }
+      pairsFrom_ = kernels::FindPairs(at, end, plan_->pair, &pairs_);
+      if (pairs_ == 0) {
+        at = pairsFrom_;
+        pairsFrom_ = nullptr;
+        continue;
+      }
+      at = pairsFrom_ > at ? pairsFrom_ : at;
+    }
+    pairs_ = pairs_ >> (at - pairsFrom_) << (at - pairsFrom_);
+    for (; pairs_ != 0; pairs_ &= pairs_ - 1) {
+      at = pairsFrom_ + kernels::LowestBit(pairs_);
+      if (FitsWindow(at, *plan_)) {
+        return at;
+      }
+    }
+    at = pairsFrom_ + kernels::kGroup;
   }
 }
 

@@ -13,8 +13,8 @@ class StartScan {
  public:
   // The text from `from` to `end`, of a subject that begins at `subject`. Places are those that a
   // walk from `from` on meets, by characters or by bytes.
-  StartScan(const RegExpState* state, const uint8_t* subject, const uint8_t* from,
-            const uint8_t* end);
+  StartScan(const RegExpState* state, const SearchPlan* plan, const uint8_t* subject,
+            const uint8_t* from, const uint8_t* end);
 
   // The first place from `at` on where a match may begin, or null. `at` is a place, or lies one
   // behind the end.
@@ -27,7 +27,9 @@ class StartScan {
   const uint8_t* NextLineStart(const uint8_t* at) const;
   const uint8_t* NextLiteral(const uint8_t* at) const;
   const uint8_t* NextInRun(const uint8_t* at);
-  const uint8_t* NextByFilter(const uint8_t* at) const;
+  const uint8_t* NextByFilter(const uint8_t* at);
+  const uint8_t* NextWindow(const uint8_t* at);
+  const uint8_t* NextPair(const uint8_t* at);
   bool IsPlace(const uint8_t* at) const;
 
   const ProgramNode* program_;
@@ -38,6 +40,8 @@ class StartScan {
   const bool isUtf8_;
   const uint8_t* runStart_ = nullptr;    // where the run may begin that the literal ends
   const uint8_t* runLiteral_ = nullptr;  // the literal
+  const uint8_t* pairsFrom_ = nullptr;   // 64 places that have been looked at
+  uint64_t pairs_ = 0;                   // those of them that have the two bytes
 };
 
 }  // namespace vekch::regexp

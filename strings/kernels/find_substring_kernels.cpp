@@ -16,6 +16,7 @@
 // Both directions run the same code: a direction says where the scan starts, which candidate of a
 // step comes first, and how the two-way method indexes its strings.
 
+#include "strings/kernels/commonness.h"
 #include "strings/kernels/compare_kernels.h"
 #include "strings/kernels/find_kernels.h"
 #include "strings/kernels/scan.h"
@@ -28,23 +29,6 @@ constexpr int32_t kLongSource = 1024;  // positions from which choosing bytes pa
 constexpr int32_t kRare = 32;          // a byte below this commonness is rare
 
 constexpr int32_t kGaveUp = -2;  // in place of a position: misled too often
-
-// Byte values from the most to the less common in text; what is not listed is rarer still.
-constexpr char kCommonBytes[] =
-    " etaoinsrhldcumfpgwybv,.\nkTIASECx-ROPLNDMFq0\"j1H'2WU)(B/:zGV=;_3Y*549K867J<>";
-
-struct Commonness {
-  uint8_t of[256];
-
-  constexpr Commonness() : of() {
-    constexpr int32_t kCount = sizeof kCommonBytes - 1;
-    for (int32_t i = 0; i < kCount; ++i) {
-      of[static_cast<uint8_t>(kCommonBytes[i])] = static_cast<uint8_t>(kCount - i);
-    }
-    of[0] = 255;  // fills binary files
-  }
-};
-constexpr Commonness kCommonness;
 
 // ---- The choice of bytes
 

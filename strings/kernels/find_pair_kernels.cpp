@@ -1,0 +1,68 @@
+#include "strings/kernels/find_pair_kernels.h"
+
+#include "strings/kernels/scan.h"
+
+namespace vekch::kernels {
+namespace {
+
+template <int32_t kRanges>
+struct HasPair {
+  static constexpr Hits kHits = Hits::kSetLanes;
+  const uint8_t* places[2];
+  ByteRange ranges[2][kRanges];
+
+  VEK_INLINE HasPair(const uint8_t* source, const BytePair& pair) {
+    for (int32_t side = 0; side < 2; ++side) {
+      places[side] = source + pair.offsets[side];
+      for (int32_t r = 0; r < kRanges; ++r) {
+        ranges[side][r] = MakeRange(pair.sets[side].lowest[r], pair.sets[side].highest[r]);
+      }
+    }
+  }
+
+  template <class Load>
+  VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
+    return InAny(load(places[0] + i), ranges[0]) & InAny(load(places[1] + i), ranges[1]);
+  }
+
+  VEK_INLINE static Block InAny(Block b, const ByteRange* ranges) {
+    Block hits = InRange(b, ranges[0]);
+#pragma GCC unroll 4
+    for (int32_t r = 1; r < kRanges; ++r) {
+      hits = hits | InRange(b, ranges[r]);
+    }
+    return hits;
+  }
+};
+
+template <int32_t kRanges>
+VEK_INLINE const uint8_t* FindGroup(const uint8_t* from, const uint8_t* end, const BytePair& pair,
+                                    uint64_t* hits) {
+  const HasPair<kRanges> probe(from, pair);
+  const ptrdiff_t last = end - from - kGroup;
+  ptrdiff_t i = 0;
+  for (; i <= last; i += kGroup) {
+    *hits = GroupBits(probe, i);
+    if (*hits != 0) {
+      return from + i;
+    }
+  }
+  *hits = 0;
+  return from + i;
+}
+
+}  // namespace
+
+VEK_KERNEL const uint8_t* FindPairs(const uint8_t* from, const uint8_t* end, const BytePair& pair,
+                                    uint64_t* hits) {
+  switch (pair.rangeCount) {
+    case 1:
+      return FindGroup<1>(from, end, pair, hits);
+    case 2:
+      return FindGroup<2>(from, end, pair, hits);
+    default:
+      return FindGroup<4>(from, end, pair, hits);
+  }
+}
+
+}  // namespace vekch::kernels

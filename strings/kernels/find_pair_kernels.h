@@ -1,0 +1,33 @@
+// Search for places where two bytes, at a fixed distance from each other, belong to one set each.
+
+#ifndef VEKCH_STRINGS_KERNELS_FIND_PAIR_KERNELS_H
+#define VEKCH_STRINGS_KERNELS_FIND_PAIR_KERNELS_H
+
+#include <stdint.h>
+
+namespace vekch::kernels {
+
+constexpr int32_t kMostPairRanges = 4;
+
+// A set of bytes as ranges, of which there are 1, 2 or 4; the last may stand there repeatedly.
+struct PairRanges {
+  uint8_t lowest[kMostPairRanges];
+  uint8_t highest[kMostPairRanges];
+};
+
+struct BytePair {
+  int32_t offsets[2];  // of the two bytes behind a place, none of them negative
+  int32_t rangeCount;
+  PairRanges sets[2];
+};
+
+// Looks at the places from `from` on, 64 at a time, as long as 64 remain before `end`: returns the
+// first of 64 places of which some have both bytes, and a bit for each of them in `hits`; or the
+// first of the places that remain, with `hits` 0. The bytes behind the places are read, also
+// behind `end`.
+const uint8_t* FindPairs(const uint8_t* from, const uint8_t* end, const BytePair& pair,
+                         uint64_t* hits);
+
+}  // namespace vekch::kernels
+
+#endif
