@@ -9,6 +9,13 @@ namespace {
 
 constexpr int32_t kDepthShare = 4;  // the depth may be this part of the steps
 constexpr int32_t kLineStart = 0x80;
+
+// One level is the search's own.
+constexpr int32_t DepthOf(int32_t matchLimit) { return matchLimit / kDepthShare - 1; }
+
+// No more frames than levels are ever needed, but for conditions within conditions, of which the
+// number of groups allows some hundreds, and for repetitions of atomic groups, which take no level:
+// past some of them, the depth counts as used up.
 constexpr int32_t kChunksAhead = 16;
 
 }  // namespace
@@ -22,7 +29,10 @@ Matcher::Matcher(RegExpState* patternState, const uint8_t* subject, int32_t leng
       subjectEnd_(subject + length),
       isUtf8_(patternState->characterFormat != 0),
       undoesLess_(patternState->matchLimit / kDepthShare > InfoOf(patternState)->mostDepth &&
-                  InfoOf(patternState)->readsOpenGroups == 0) {
+                  InfoOf(patternState)->readsOpenGroups == 0),
+      budget_(DepthOf(patternState->matchLimit), patternState->matchLimit),
+      mostChunks_(DepthOf(patternState->matchLimit) / (kFramesInChunk - kSpareFrames) +
+                  kChunksAhead) {
   static_assert(sizeof(RegExpFindResult) == sizeof patternState->workTableB[0]);
 }
 
@@ -40,12 +50,8 @@ MatchResult Matcher::Match(const ProgramNode* first, const uint8_t* start, const
   sub_ = nullptr;
   skew_ = 0;
   chunk_ = nullptr;
-  // One level is the search's own. No more frames than levels are ever needed, but for conditions
-  // within conditions, of which the number of groups allows some hundreds, and for repetitions of
-  // atomic groups, which take no level: past some of them, the depth counts as used up.
-  const int32_t depth = state_->matchLimit / kDepthShare - 1;
-  chunksLeft_ = depth / (kFramesInChunk - kSpareFrames) + kChunksAhead;
-  Run({first, start, Budget(depth, state_->matchLimit), OnAbort()}, Flow::kNext);
+  chunksLeft_ = mostChunks_;
+  Run(first, start, budget_, OnAbort(), Flow::kNext);
   return result_;
 }
 
@@ -97,6 +103,13 @@ VEK_INLINE Flow Matcher::Execute(Registers* r) {
       case OpClass:
         flow = Character(r);
         break;
+      case OpCapture:
+      case OpGroup:
+        flow = OpenGroup(r);
+        break;
+      case OpGroupEnd:
+        flow = EndGroup(r);
+        break;
       default:
         flow = Record(r);
         break;
@@ -108,8 +121,6 @@ VEK_INLINE Flow Matcher::Execute(Registers* r) {
 Flow Matcher::Record(Registers* r) {
   switch (r->node->op) {
     case OpBackref:
-    case OpClass:
-    case OpCharType:
     case OpAnyByte:
     case OpCodePoint:
     case OpCategory:
@@ -134,13 +145,9 @@ Flow Matcher::Record(Registers* r) {
       return LookAround(r);
     case OpOptionGroup:
     case OpConditional:
-    case OpCapture:
-    case OpGroup:
       return OpenGroup(r);
     case OpAtomic:
       return Atomic(r);
-    case OpGroupEnd:
-      return EndGroup(r);
     case OpSetOptions:  // the records hold the options that are in force where they stand
       ++r->node;
       return Flow::kNext;
@@ -400,7 +407,9 @@ void Matcher::Undo(const Frame& frame) {
 
 // ---- The chunks.
 
-void Matcher::Run(Registers r, Flow flow) {
+void Matcher::Run(const ProgramNode* node, const uint8_t* at, Budget budget, OnAbort onAbort,
+                  Flow flow) {
+  Registers r = {node, at, budget, onAbort};
   Chunk chunk;
   chunk.below = chunk_;
   chunk_ = &chunk;
@@ -431,7 +440,9 @@ void Matcher::Run(Registers r, Flow flow) {
     }
   }
   flow_ = flow;
-  registers_ = r;
+  if (chunk_ != nullptr) {
+    registers_ = r;
+  }
 }
 
 // Returns with what the chunk whose turn it is then has to go on with.
@@ -441,7 +452,7 @@ Flow Matcher::RunInNewChunk(Registers* r, Flow flow) {
   }
   --chunksLeft_;
   chunk_->top = top_;
-  Run(*r, flow);
+  Run(r->node, r->at, r->budget, r->onAbort, flow);
   *r = registers_;
   return flow_;
 }

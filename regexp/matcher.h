@@ -89,7 +89,7 @@ class Matcher {
   };
 
   // ---- matcher.cpp
-  void Run(Registers r, Flow flow);
+  void Run(const ProgramNode* node, const uint8_t* at, Budget budget, OnAbort onAbort, Flow flow);
   Flow RunInNewChunk(Registers* r, Flow flow);
   Flow Execute(Registers* registers);
   Flow Record(Registers* r);
@@ -235,6 +235,8 @@ class Matcher {
   // The depth can't run out, and no group is read while it is open: slots and entries that every
   // match sets anew need not be put back.
   const bool undoesLess_;
+  const Budget budget_;       // with which each match begins
+  const int32_t mostChunks_;  // beyond the first
 
   const uint8_t* start_ = nullptr;    // of the match
   const uint8_t* limit_ = nullptr;    // end of the text that is matched

@@ -114,12 +114,12 @@ int32_t Matcher::RepetitionLength(const ProgramNode& atom, const uint8_t* at) co
 // ---- What must follow.
 
 // Only while the records before the test could have been passed.
-bool Matcher::FollowApplies(const FollowNote& note, Budget budget) const {
+VEK_INLINE bool Matcher::FollowApplies(const FollowNote& note, Budget budget) const {
   return note.kind != FollowNote::kAnything &&
          budget.Depth() >= static_cast<int64_t>(note.passes) && lowestDepth_ == 0;
 }
 
-bool Matcher::CanFollow(const FollowNote& note, const uint8_t* at) const {
+VEK_INLINE bool Matcher::CanFollow(const FollowNote& note, const uint8_t* at) const {
   if (at >= limit_) {
     return false;
   }
@@ -147,7 +147,7 @@ Flow Matcher::Repeat(Registers* r, const ProgramNode& atom) {
 }
 
 // Whether all that an atom accepts are single bytes.
-bool Matcher::IsOfBytes(const ProgramNode& atom) const {
+VEK_INLINE bool Matcher::IsOfBytes(const ProgramNode& atom) const {
   if (atom.op == OpChar || atom.op == OpAnyByte) {
     return true;
   }
@@ -158,8 +158,8 @@ bool Matcher::IsOfBytes(const ProgramNode& atom) const {
   return set != nullptr && (!isUtf8_ || set->wide == Wide::kOutside);
 }
 
-const uint8_t* Matcher::EndOfBytes(const ProgramNode& atom, const uint8_t* at,
-                                   const uint8_t* end) const {
+VEK_INLINE const uint8_t* Matcher::EndOfBytes(const ProgramNode& atom, const uint8_t* at,
+                                              const uint8_t* end) const {
   if (atom.op == OpAnyByte) {
     return end;
   }
@@ -176,7 +176,7 @@ const uint8_t* Matcher::EndOfBytes(const ProgramNode& atom, const uint8_t* at,
   return at;
 }
 
-Flow Matcher::RepeatBytes(Registers* r, const ProgramNode& atom) {
+VEK_INLINE Flow Matcher::RepeatBytes(Registers* r, const ProgramNode& atom) {
   const ProgramNode& quantifier = *BehindAtom(atom);
   const int64_t room = limit_ - r->at;
   if (quantifier.a > room) {
@@ -187,7 +187,7 @@ Flow Matcher::RepeatBytes(Registers* r, const ProgramNode& atom) {
   return end < lowest ? Flow::kFail : TryFrom(r, atom, Choice::kBytes, end, lowest);
 }
 
-Flow Matcher::RepeatCharacters(Registers* r, const ProgramNode& atom) {
+VEK_INLINE Flow Matcher::RepeatCharacters(Registers* r, const ProgramNode& atom) {
   const ProgramNode& quantifier = *BehindAtom(atom);
   const uint8_t* end = r->at;
   const uint8_t* lowest = end;
@@ -216,8 +216,8 @@ Flow Matcher::RepeatCharacters(Registers* r, const ProgramNode& atom) {
 }
 
 // Goes on behind a repetition that ends at `end`, or further left, down to `lowest`.
-Flow Matcher::TryFrom(Registers* r, const ProgramNode& atom, Choice choice, const uint8_t* end,
-                      const uint8_t* lowest) {
+VEK_INLINE Flow Matcher::TryFrom(Registers* r, const ProgramNode& atom, Choice choice,
+                                 const uint8_t* end, const uint8_t* lowest) {
   const ProgramNode& quantifier = *BehindAtom(atom);
   r->budget.TakeDepth();
   const auto follow = NoteOf<FollowNote>(quantifier);
@@ -243,8 +243,8 @@ Flow Matcher::TryFrom(Registers* r, const ProgramNode& atom, Choice choice, cons
 }
 
 // Where the repetition that ends at `at` ends with one character less.
-const uint8_t* Matcher::GivenBack(const ProgramNode& atom, Choice choice, const uint8_t* at,
-                                  const uint8_t* lowest) {
+VEK_INLINE const uint8_t* Matcher::GivenBack(const ProgramNode& atom, Choice choice,
+                                             const uint8_t* at, const uint8_t* lowest) {
   if (choice == Choice::kBytes) {
     return at - 1;
   }
