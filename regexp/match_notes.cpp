@@ -233,7 +233,7 @@ class NoteWriter {
     int32_t serial = 0;
     for (int32_t i = 0; i < count_; ++i) {
       const ProgramNode& node = nodes_[i];
-      depth += 2;
+      depth = depth < INT32_MAX - 2 ? depth + 2 : INT32_MAX;
       if (IsOpening(node)) {
         const int32_t own = node.a < 0 ? -node.a : node.a;
         groups_[own] = {serial, static_cast<int32_t>(depth), 0, {}};
