@@ -32,16 +32,20 @@ class Driver {
         firstAlternative_(InfoOf(state)->firstAlternative) {}
 
   vekStatus Run() {
-    length_ = LengthToLastLiteral();
+    isLoneLiteral_ = IsLoneLiteral();
+    length_ = isLoneLiteral_ ? length_ : LengthToLastLiteral();
     const bool findsAll = HasOption(RegExpOptionG);
     if (state_->searchMode == 2 && !findsAll) {
       return FindAlternatives();
+    }
+    if (isLoneLiteral_) {
+      return findsAll ? FindAll() : FindOne();
     }
     if (state_->searchMode == 1) {
       StartAtFirstLiteral();
     }
     anchoring_ = AnchoringOfProgram();
-    if (anchoring_ == Anchoring::kNone) {
+    if (anchoring_ != Anchoring::kStart) {
       const SearchPlan* const plan = PlanFor(state_, length_);
       const bool applies = plan != nullptr && plan->strategy != SearchPlan::kEverywhere &&
                            state_->matchLimit / 4 > plan->depth;
@@ -113,6 +117,28 @@ class Driver {
     return isStartAnchor && !isOptional ? Anchoring::kStart : Anchoring::kNone;
   }
 
+  // The pattern is one literal, which the matcher would find where it is found; depth for it and
+  // for the end behind it is there.
+  bool IsLoneLiteral() const {
+    constexpr int32_t kLeastDepth = 2;
+    return state_->nodeCount == 1 && IsLiteral(program_[0]) &&
+           state_->matchLimit / 4 > kLeastDepth &&
+           (!matcher_.IsUtf8() || !IsUtf8Continuation(Literal(program_[0]).bytes[0]));
+  }
+
+  MatchResult FindLoneLiteral(const uint8_t* at, const uint8_t* end) {
+    const Literal literal(program_[0]);
+    const int32_t found =
+        FindFirst(at, static_cast<int32_t>(end - at), literal, IsCaseless(program_[0].c));
+    if (found == kNotFound) {
+      return MatchResult::kFail;
+    }
+    matcher_.ClearSlots();  // groups can have been dropped that a match reports all the same
+    matcher_.Slots()[0].pointer = at + found;
+    matcher_.Slots()[0].length = literal.length;
+    return MatchResult::kOk;
+  }
+
   // ---- Start positions.
 
   MatchResult MatchAt(const uint8_t* at, const uint8_t* end) {
@@ -130,11 +156,14 @@ class Driver {
 
   // Tries the start positions from `at` on, the one at the end included.
   MatchResult FindFrom(const uint8_t* at, const uint8_t* end) {
+    if (isLoneLiteral_) {
+      return FindLoneLiteral(at, end);
+    }
     return plan_ != nullptr ? FindByPlan(at, end) : FindInOrder(at, end);
   }
 
   MatchResult FindByPlan(const uint8_t* at, const uint8_t* end) {
-    StartScan scan(state_, plan_, matcher_.Subject(), at, end);
+    StartScan scan(state_, plan_, matcher_.Subject(), at, end, anchoring_ == Anchoring::kLineStart);
     MatchResult result = MatchResult::kFail;
     for (at = scan.Next(at); at != nullptr; at = scan.Next(scan.Behind(at))) {
       result = MatchAt(at, end);
@@ -235,6 +264,7 @@ class Driver {
   int32_t length_;
   const int32_t firstAlternative_;
   Anchoring anchoring_ = Anchoring::kNone;
+  bool isLoneLiteral_ = false;
   const SearchPlan* plan_ = nullptr;  // by which start positions are passed over, if any are
   int32_t found_ = 0;
 };

@@ -1,6 +1,7 @@
 #include "regexp/search_plan.h"
 
 #include "regexp/bytes.h"
+#include "regexp/literal.h"
 #include "regexp/program_walk.h"
 #include "regexp/properties.h"
 #include "strings/kernels/block.h"
@@ -29,10 +30,15 @@ struct Weights {
       upTo[value] = sum;
     }
   }
+
+  constexpr int32_t Of(uint8_t lowest, uint8_t highest) const {
+    return upTo[highest] - (lowest == 0 ? 0 : upTo[lowest - 1]);
+  }
 };
 constexpr Weights kWeights;
 constexpr int32_t kEverySecond = 500;
 constexpr int32_t kRarePair = 60;  // of a thousand places
+constexpr int32_t kFewRanges = 2;  // which are tested faster than a window
 
 int32_t Plus(int64_t a, int64_t b) {
   return a + b < INT32_MAX ? static_cast<int32_t>(a + b) : INT32_MAX;
@@ -329,6 +335,9 @@ class PlanMaker {
   void Run() {
     const bool isSingle = InfoOf(state)->firstAlternative == 0;  // no alternatives at top level
     plan->strategy = SearchPlan::kEverywhere;
+    for (int32_t value = 0; value < 256; ++value) {
+      work[value] = 0;
+    }
     if (isSingle && (BeginsLine() || UseLeadingLiteral() || UseLiteralBefore() || UseRun())) {
       return;
     }
@@ -388,52 +397,90 @@ class PlanMaker {
     return true;
   }
 
-  // Sets of bytes one behind the other, at least one of them repeated without end, then a literal.
+  // Sets and literals one behind the other, at least one of them repeated without end: the rarest
+  // literal behind it ends a run of the bytes that may stand before it.
   bool UseRun() {
     int32_t passes = 0;
     int32_t least = 0;
     int32_t sets = 0;
     bool isEndless = false;
-    bool isSimple = true;  // one set, no more than one of which must be there
     int32_t i = walk.SkipPassed(0, &passes);
-    for (; i < walk.count && AddToRun(walk.nodes[i]); i = walk.SkipPassed(i, &passes)) {
+    for (; i < walk.count; i = walk.SkipPassed(i, &passes)) {
+      if (isEndless && IsExactLiteral(i)) {
+        ConsiderLiteral(i, least, passes, sets == 1 && least <= 1 && passes == 2);
+      }
+      const int32_t width = AddToRun(walk.nodes[i]);
+      if (width == 0) {
+        break;
+      }
       const int32_t behind = walk.BehindAtom(i);
       const ProgramNode* const quantifier = walk.QuantifierAt(behind);
-      least = Plus(least, quantifier == nullptr ? 1 : quantifier->a);
+      least =
+          quantifier == nullptr ? Plus(least, width) : Plus(least, int64_t{quantifier->a} * width);
       isEndless = isEndless || (quantifier != nullptr && quantifier->b == RegExpUnbounded);
-      isSimple = ++sets == 1 && least <= 1 && passes == 0;
+      ++sets;
       passes += 2;
       i = quantifier == nullptr ? behind : behind + 1;
     }
-    const bool isAhead =
-        i < walk.count && walk.nodes[i].op == OpLookahead && !walk.HasAlternatives(i);
-    const int32_t literal = isAhead ? i + 1 : i;
-    if (!isEndless || !IsExactLiteral(literal)) {
-      for (uint8_t& byte : plan->bytes) {
-        byte = 0;
-      }
-      return false;
+    if (isEndless && i < walk.count && walk.nodes[i].op == OpLookahead &&
+        !walk.HasAlternatives(i) && IsExactLiteral(i + 1)) {
+      ConsiderLiteral(i + 1, least, passes + 2, sets == 1 && least <= 1 && passes == 2);
     }
-    plan->literal = literal;
-    plan->distance = least;
-    const ProgramNode& node = walk.nodes[literal];
-    const uint8_t first = node.op == OpString ? RunOf(node)[0] : static_cast<uint8_t>(node.a);
-    plan->runDecides = isSimple && plan->bytes[first] == 0 && !LooksBack(literal);
-    return Use(SearchPlan::kRunLiteral, passes + kSlack);
+    return plan->strategy == SearchPlan::kRunLiteral;
   }
 
-  bool AddToRun(const ProgramNode& node) {
-    if (node.op != OpCharType && node.op != OpClass) {
-      return false;
+  // Takes the literal if it is the first one, or rarer by far, in a run that ends with the line.
+  void ConsiderLiteral(int32_t index, int32_t least, int32_t passes, bool isSimple) {
+    const int32_t weight = RarestOf(walk.nodes[index]);
+    const bool isFirst = plan->strategy != SearchPlan::kRunLiteral;
+    if (!isFirst && (weight * 2 >= literalWeight || work['\n'] != 0)) {
+      return;
     }
-    const CharacterSet* const set = SetNoteOf(node);
-    if (set == nullptr || set->wide != Wide::kOutside) {
-      return false;
+    literalWeight = weight;
+    plan->literal = index;
+    plan->distance = least;
+    for (int32_t value = 0; value < 256; ++value) {
+      plan->bytes[value] = work[value];
+    }
+    const uint8_t first = Literal(walk.nodes[index]).bytes[0];
+    plan->runDecides = isSimple && work[first] == 0 && !LooksBack(index);
+    Use(SearchPlan::kRunLiteral, passes + kSlack);
+  }
+
+  static int32_t RarestOf(const ProgramNode& node) {
+    const Literal literal(node);
+    int32_t rarest = INT32_MAX;
+    for (int32_t i = 0; i < literal.length; ++i) {
+      const int32_t weight = kWeights.Of(literal.bytes[i], literal.bytes[i]);
+      rarest = weight < rarest ? weight : rarest;
+    }
+    return rarest;
+  }
+
+  // Adds the bytes of an atom to those of the run, which are gathered in `work`; returns how many
+  // it takes at least, 0 if it can be no part of a run.
+  int32_t AddToRun(const ProgramNode& node) {
+    if (IsLiteral(node)) {
+      const Literal literal(node);
+      for (int32_t i = 0; i < literal.length; ++i) {
+        const uint8_t byte = literal.bytes[i];
+        work[byte] = 0xFF;
+        if (IsCaseless(node.c) && IsAsciiLetter(byte)) {
+          work[byte ^ 0x20] = 0xFF;
+        }
+      }
+      return literal.length;
+    }
+    const CharacterSet* const set =
+        node.op == OpCharType || node.op == OpClass ? SetNoteOf(node) : nullptr;
+    if (set == nullptr) {
+      return 0;
     }
     for (int32_t value = 0; value < 256; ++value) {
-      plan->bytes[value] |= set->member[value];
+      const bool isWide = value >= 0x80 && set->wide != Wide::kOutside;
+      work[value] |= isWide ? 0xFF : set->member[value];
     }
-    return true;
+    return 1;
   }
 
   // Whether what stands from a record on may depend on where the match began.
@@ -474,11 +521,15 @@ class PlanMaker {
         pair.rangeCount = count > pair.rangeCount ? count : pair.rangeCount;
       }
     }
-    if (best[0] < kEverySecond && best[1] == kEverySecond) {
-      pair.offsets[1] = pair.offsets[0];
-      pair.sets[1] = pair.sets[0];
+    for (int32_t side = 0; side < 2; ++side) {
+      if (best[side] == kEverySecond) {  // only one place has a set that serves
+        pair.offsets[side] = pair.offsets[1 - side];
+        pair.sets[side] = pair.sets[1 - side];
+      }
     }
-    if (best[0] * best[1] < kRarePair * kEverySecond) {
+    const bool isKnown = best[0] < kEverySecond || best[1] < kEverySecond;
+    const bool isRare = best[0] * best[1] < kRarePair * kEverySecond;
+    if (isKnown && (isRare || pair.rangeCount <= kFewRanges)) {
       plan->strategy = SearchPlan::kPair;
     }
   }
@@ -520,9 +571,7 @@ class PlanMaker {
     int32_t weight = 0;
     for (int32_t i = 0; i < count; ++i) {
       const bool isRepeated = i > 0 && ranges.lowest[i] == ranges.lowest[i - 1];
-      weight += isRepeated ? 0
-                           : kWeights.upTo[ranges.highest[i]] -
-                                 (ranges.lowest[i] == 0 ? 0 : kWeights.upTo[ranges.lowest[i] - 1]);
+      weight += isRepeated ? 0 : kWeights.Of(ranges.lowest[i], ranges.highest[i]);
     }
     return weight < kEverySecond ? weight : kEverySecond;
   }
@@ -544,7 +593,8 @@ class PlanMaker {
   RegExpState* state;
   ProgramWalk walk;
   SearchPlan* plan;
-  uint8_t* work;
+  uint8_t* work;  // at least 256 bytes
+  int32_t literalWeight = 0;
 };
 
 }  // namespace

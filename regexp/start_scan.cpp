@@ -55,38 +55,43 @@ const uint8_t* FindWindowForward(const uint8_t* at, const uint8_t* end, const Se
 }  // namespace
 
 StartScan::StartScan(const RegExpState* state, const SearchPlan* plan, const uint8_t* subject,
-                     const uint8_t* from, const uint8_t* end)
+                     const uint8_t* from, const uint8_t* end, bool atLineStarts)
     : program_(ProgramOf(state)),
       plan_(plan),
       subject_(subject),
       from_(from),
       end_(end),
-      isUtf8_(state->characterFormat != 0) {}
+      isUtf8_(state->characterFormat != 0),
+      atLineStarts_(atLineStarts) {}
 
 const uint8_t* StartScan::Next(const uint8_t* at) {
-  for (; at != nullptr && at <= end_; ++at) {
-    switch (plan_->strategy) {
-      case SearchPlan::kLineStart:
-        at = NextLineStart(at);
-        break;
-      case SearchPlan::kLiteral:
-        at = NextLiteral(at);
-        break;
-      case SearchPlan::kRunLiteral:
-        at = NextInRun(at);
-        break;
-      case SearchPlan::kFilter:
-      case SearchPlan::kPair:
-        at = NextByFilter(at);
-        break;
-      default:
-        break;
-    }
-    if (at == nullptr || IsPlace(at)) {
+  while (at != nullptr && at <= end_) {
+    at = Candidate(at);
+    if (at != nullptr && atLineStarts_ && at != from_ && !IsLineStart(at)) {
+      at = NextLineStart(at);
+    } else if (at == nullptr || IsPlace(at)) {
       return at;
+    } else {
+      ++at;
     }
   }
   return nullptr;
+}
+
+const uint8_t* StartScan::Candidate(const uint8_t* at) {
+  switch (plan_->strategy) {
+    case SearchPlan::kLineStart:
+      return NextLineStart(at);
+    case SearchPlan::kLiteral:
+      return NextLiteral(at);
+    case SearchPlan::kRunLiteral:
+      return NextInRun(at);
+    case SearchPlan::kFilter:
+    case SearchPlan::kPair:
+      return NextByFilter(at);
+    default:
+      return at;
+  }
 }
 
 const uint8_t* StartScan::Behind(const uint8_t* at) const {
@@ -109,7 +114,7 @@ bool StartScan::IsPlace(const uint8_t* at) const {
 }
 
 const uint8_t* StartScan::NextLineStart(const uint8_t* at) const {
-  if (at == subject_ || at[-1] == '\n') {
+  if (IsLineStart(at)) {
     return at;
   }
   const auto length = static_cast<int32_t>(end_ - at);
