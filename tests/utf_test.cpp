@@ -1,91 +1,43 @@
 // The conversions against a model that follows the rules word by word: every code point, every
 // short input, random well-formed and malformed text at every place, length and capacity.
 
-#include <gtest/gtest.h>
+#include <utility>
 
-#include <cstring>
-#include <random>
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include "tests/guarded_buffer.h"
+#include "tests/sweep.h"
 #include "vekch/vekch.h"
 
 namespace vekch::test {
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-using Units = std::vector<uint16_t>;
-
 constexpr int32_t kPlenty = 4096;
-constexpr uint8_t kUntouched = 0xA7;
 
-uint16_t Swapped(uint32_t unit) { return static_cast<uint16_t>((unit >> 8) | (unit << 8)); }
+// ---- The model. Units are pairs of bytes, the lower one first, or the higher one if swapped.
 
-// ---- The model.
-
-template <class To>
-struct Result {
-  int32_t read = 0;
-  std::vector<To> written;
-};
-
-int LeadingOnes(uint8_t byte) {
-  int ones = 0;
-  while (ones < 8 && (byte << ones & 0x80) != 0) {
-    ++ones;
-  }
-  return ones;
-}
-
-int ShortestLength(uint64_t value) {
+int ShortestLength(uint32_t value) {
   int length = 1;
-  for (const uint64_t limit : {0x80ULL, 0x800ULL, 0x10000ULL, 0x200000ULL, 0x4000000ULL}) {
+  for (const uint32_t limit : {0x80U, 0x800U, 0x10000U, 0x200000U, 0x4000000U}) {
     length += value >= limit ? 1 : 0;
   }
   return length;
 }
 
 // The value and the length of the sequence at p, or the first byte and 1.
-std::pair<uint32_t, int32_t> ModelCharacter(const uint8_t* p, int32_t left) {
-  const std::pair<uint32_t, int32_t> firstAlone(*p, 1);
-  const int length = LeadingOnes(*p);
-  if (length < 2 || length > 6 || length > left) {
-    return firstAlone;
+std::pair<uint32_t, int> ModelCharacter(const uint8_t* p, size_t left) {
+  int length = 0;
+  while (length < 8 && (*p << length & 0x80) != 0) {
+    ++length;
   }
-  uint32_t value = *p & ((1U << (7 - length)) - 1);
-  for (int i = 1; i < length; ++i) {
-    if (p[i] / 64 != 2) {
-      return firstAlone;
-    }
+  uint32_t value = *p & ((1U << (7 - length % 7)) - 1);
+  bool valid = length >= 2 && length <= 6 && static_cast<size_t>(length) <= left;
+  for (int i = 1; valid && i < length; ++i) {
+    valid = p[i] / 64 == 2;
     value = value * 64 + p[i] % 64;
   }
-  return ShortestLength(value) == length ? std::make_pair(value, length) : firstAlone;
+  valid = valid && ShortestLength(value) == length;
+  return valid ? std::make_pair(value, length) : std::make_pair(uint32_t{*p}, 1);
 }
 
-void ModelConvert(const Bytes& from, int32_t capacity, bool swap, Result<uint16_t>* result) {
-  const auto length = static_cast<int32_t>(from.size());
-  int32_t room = capacity;
-  while (result->read < length && room > 0) {
-    const auto [value, taken] =
-        ModelCharacter(&from[static_cast<size_t>(result->read)], length - result->read);
-    result->read += taken;
-    if (value > 0xFFFF) {
-      const auto high = static_cast<uint16_t>(0xD800 + (((value - 0x10000) >> 10) & 0x3FF));
-      const auto low = static_cast<uint16_t>(0xDC00 + (value & 0x3FF));
-      result->written.push_back(swap ? low : high);
-      result->written.push_back(swap ? high : low);
-      room -= 2;
-    } else {
-      result->written.push_back(swap ? Swapped(value) : static_cast<uint16_t>(value));
-      room -= 1;
-    }
-  }
-}
-
-void AppendUtf8(Bytes* text, uint32_t value, int length = 0) {
-  length = length != 0 ? length : ShortestLength(value);
+void AppendUtf8(Bytes* text, uint32_t value, int length) {
   const uint32_t mark = length == 1 ? 0 : 0xFF00U >> length;
   for (int i = length - 1; i >= 0; --i) {
     const uint32_t bits = value >> (6 * i);
@@ -93,365 +45,263 @@ void AppendUtf8(Bytes* text, uint32_t value, int length = 0) {
   }
 }
 
-void ModelConvert(const Units& from, int32_t capacity, bool swap, Result<uint8_t>* result) {
-  const auto unit = [&](size_t i) { return swap ? Swapped(from[i]) : from[i]; };
-  for (size_t i = 0; i < from.size(); i = static_cast<size_t>(result->read)) {
-    uint32_t value = unit(i);
-    int32_t taken = 1;
-    if (value / 0x400 == 0x36 && i + 1 < from.size() && unit(i + 1) / 0x400 == 0x37) {
-      value = 0x10000 + value % 0x400 * 0x400 + unit(i + 1) % 0x400;
-      taken = 2;
-    }
-    Bytes character;
-    AppendUtf8(&character, value);
-    if (result->written.size() + character.size() > static_cast<size_t>(capacity)) {
-      return;
-    }
-    result->written.insert(result->written.end(), character.begin(), character.end());
-    result->read += taken;
-  }
+void AppendUnit(Bytes* text, uint32_t unit, bool swap) {
+  text->push_back(static_cast<uint8_t>(swap ? unit >> 8 : unit));
+  text->push_back(static_cast<uint8_t>(swap ? unit : unit >> 8));
 }
 
-vekStatus Convert(const uint8_t* from, int32_t* length, uint16_t* to, int32_t* room, int32_t swap) {
-  return veksConvertUTF_8u16u(from, length, to, room, swap);
+uint32_t UnitAt(const Bytes& text, size_t i, bool swap) {
+  return i + 1 < text.size() ? text[i + (swap ? 1 : 0)] + text[i + (swap ? 0 : 1)] * 256U : 0;
 }
 
-vekStatus Convert(const uint16_t* from, int32_t* length, uint8_t* to, int32_t* room, int32_t swap) {
-  return veksConvertUTF_16u8u(from, length, to, room, swap);
+// What was read and what was written, in one number.
+int32_t Both(int32_t read, int32_t written) { return read * 100000 + written; }
+
+Output ToUnits(const Input& in) {
+  const bool swap = in.x != 0;
+  Output out;
+  size_t read = 0;
+  while (read < in.text.size() && Size(out.stored) < 2 * in.y) {
+    const auto [value, length] = ModelCharacter(&in.text[read], in.text.size() - read);
+    read += static_cast<size_t>(length);
+    if (value <= 0xFFFF) {
+      AppendUnit(&out.stored, value, swap);
+      continue;
+    }
+    // A pair is written whole even where one unit is left; in swapped order it comes low first, and
+    // its bytes are not swapped.
+    const uint32_t high = 0xD800 + (((value - 0x10000) >> 10) & 0x3FF);
+    const uint32_t low = 0xDC00 + (value & 0x3FF);
+    AppendUnit(&out.stored, swap ? low : high, false);
+    AppendUnit(&out.stored, swap ? high : low, false);
+  }
+  out.number = Both(static_cast<int32_t>(read), Size(out.stored) / 2);
+  return out;
 }
 
-// ---- Source and destination at chosen distances from pages that can't be touched.
-
-template <class From, class To>
-class Bench {
- public:
-  void Expect(const std::vector<From>& text, int32_t capacity, int32_t swap, size_t sourceShift = 0,
-              size_t destinationShift = 0) {
-    Result<To> expected;
-    ModelConvert(text, capacity, swap != 0, &expected);
-    // The unit of overrun has room exactly where the model needs it.
-    const size_t room = std::max(static_cast<size_t>(capacity), expected.written.size());
-    uint8_t* from = source_.AtEnd(text.size() * sizeof(From), sourceShift);
-    uint8_t* to = destination_.AtEnd(room * sizeof(To), destinationShift);
-    if (!text.empty()) {
-      std::memcpy(from, text.data(), text.size() * sizeof(From));
+Output ToBytes(const Input& in) {
+  Output out;
+  size_t read = 0;
+  while (read < in.text.size()) {
+    uint32_t value = UnitAt(in.text, read, in.x != 0);
+    const uint32_t next = UnitAt(in.text, read + 2, in.x != 0);
+    const bool pair = value / 0x400 == 0x36 && next / 0x400 == 0x37;
+    value = pair ? 0x10000 + value % 0x400 * 0x400 + next % 0x400 : value;
+    if (Size(out.stored) + ShortestLength(value) > in.y) {
+      break;
     }
-    std::memset(to, kUntouched, room * sizeof(To) + destinationShift);
-    auto read = static_cast<int32_t>(text.size());
-    int32_t written = capacity;
-    ASSERT_EQ(Convert(reinterpret_cast<const From*>(from), &read, reinterpret_cast<To*>(to),
-                      &written, swap),
-              StatusNoError);
-    ASSERT_EQ(read, expected.read) << Describe(text, capacity, swap);
-    ASSERT_EQ(written, static_cast<int32_t>(expected.written.size()))
-        << Describe(text, capacity, swap);
-    const size_t size = expected.written.size() * sizeof(To);
-    ASSERT_TRUE(size == 0 || std::memcmp(to, expected.written.data(), size) == 0)
-        << Describe(text, capacity, swap);
-    for (size_t i = size; i < room * sizeof(To) + destinationShift; ++i) {
-      ASSERT_EQ(to[i], kUntouched) << "at " << i << ' ' << Describe(text, capacity, swap);
-    }
+    AppendUtf8(&out.stored, value, ShortestLength(value));
+    read += pair ? 4 : 2;
   }
+  out.number = Both(static_cast<int32_t>(read / 2), Size(out.stored));
+  return out;
+}
 
- private:
-  static std::string Describe(const std::vector<From>& text, int32_t capacity, int32_t swap) {
-    std::ostringstream line;
-    line << "swapped " << swap << ", capacity " << capacity << ", source" << std::hex;
-    for (const From value : text) {
-      line << ' ' << +value;
-    }
-    return line.str();
-  }
+// `x` says whether units are swapped, `y` is the capacity.
+const Function kToUnits = {
+    "ToUnits",
+    [](Call& c) {
+      int32_t written = c.y;
+      const vekStatus status =
+          veksConvertUTF_8u16u(c.text, &c.length, reinterpret_cast<uint16_t*>(c.to), &written, c.x);
+      c.number = Both(c.length, written);
+      return status;
+    },
+    ToUnits};
 
-  GuardedBuffer source_{kPlenty * 4};
-  GuardedBuffer destination_{kPlenty * 8};
-};
-
-using ToUnits = Bench<uint8_t, uint16_t>;
-using ToBytes = Bench<uint16_t, uint8_t>;
+const Function kToBytes = {"ToBytes",
+                           [](Call& c) {
+                             c.length /= 2;
+                             int32_t written = c.y;
+                             const vekStatus status =
+                                 veksConvertUTF_16u8u(reinterpret_cast<const uint16_t*>(c.text),
+                                                      &c.length, c.to, &written, c.x);
+                             c.number = Both(c.length, written);
+                             return status;
+                           },
+                           ToBytes};
 
 // ---- Texts.
 
-class Texts {
+class Texts : public Random {
  public:
-  explicit Texts(unsigned seed) : random_(seed) {}
+  using Random::Random;
 
-  uint32_t Below(uint32_t limit) { return static_cast<uint32_t>(random_()) % limit; }
-
-  uint32_t Of(std::initializer_list<uint32_t> values) {
-    return values.begin()[Below(static_cast<uint32_t>(values.size()))];
-  }
+  size_t Of(std::initializer_list<size_t> values) { return values.begin()[Below(values.size())]; }
 
   // A value whose shortest form has so many bytes, often one at the edge of the range.
-  uint32_t Value(int length) {
-    static constexpr uint32_t kLimits[7] = {0,        0x80,      0x800,     0x10000,
-                                            0x200000, 0x4000000, 0x80000000};
-    const uint32_t lowest = length == 1 ? 0 : kLimits[length - 1];
-    const uint32_t highest = kLimits[length] - 1;
-    const uint32_t any = lowest + Below(highest - lowest + 1);
-    return Of({lowest, highest, any, any, any, any});
+  uint32_t Value(size_t length) {
+    static constexpr size_t kLimits[] = {0, 0x80, 0x800, 0x10000, 0x200000, 0x4000000, 0x80000000};
+    const size_t lowest = kLimits[length - 1];
+    const size_t highest = kLimits[length] - 1;
+    const size_t any = lowest + Below(highest - lowest + 1);
+    return static_cast<uint32_t>(Of({lowest, highest, any, any, any, any}));
   }
 
   // Runs of characters of one length each, up to the longest; the share of faults is in percent.
-  Bytes Utf8(size_t size, int longest, uint32_t faults) {
+  Bytes Utf8(size_t size, size_t longest, size_t faults) {
     Bytes text;
     while (text.size() < size) {
-      const int length = 1 + static_cast<int>(Below(static_cast<uint32_t>(longest)));
-      for (uint32_t run = 1 + Below(Of({1, 2, 9, 40})); run > 0; --run) {
-        if (Below(100) < faults) {
-          AppendFault(&text);
-        } else {
-          AppendUtf8(&text, Value(length));
+      const size_t length = 1 + Below(longest);
+      for (size_t run = 1 + Below(Of({1, 2, 9, 40})); run > 0; --run) {
+        const bool fault = Below(100) < faults;
+        const size_t bytes = fault ? 1 + Below(6) : length;
+        // Overlong forms among the faults; others are cut or have a byte changed.
+        AppendUtf8(&text, Value(fault ? 1 + Below(bytes) : bytes), static_cast<int>(bytes));
+        text.resize(text.size() - (fault ? Below(2) : 0));
+        if (fault && !text.empty() && Below(2) == 0) {
+          text[text.size() - 1 - Below(std::min<size_t>(text.size(), 2))] = static_cast<uint8_t>(
+              Of({0x80, 0xBF, 0xC0, 0xC1, 0xFE, 0xFF, Below(256), Below(256)}));
         }
       }
     }
-    text.resize(size);
-    return text;
+    return text.substr(0, size);
   }
 
-  Units Utf16(size_t size, uint32_t kinds, uint32_t faults, bool swap) {
-    Units text;
-    while (text.size() < size) {
-      const uint32_t kind = Below(kinds);
-      for (uint32_t run = 1 + Below(Of({1, 2, 9, 40})); run > 0; --run) {
+  // The same of units: of one to three bytes in UTF-8, and of surrogates, which are also the
+  // faults.
+  Bytes Utf16(size_t units, size_t kinds, size_t faults, bool swap) {
+    Bytes text;
+    while (text.size() < 2 * units) {
+      const size_t kind = 1 + Below(kinds);
+      for (size_t run = 1 + Below(Of({1, 2, 9, 40})); run > 0; --run) {
         if (Below(100) < faults) {
-          text.push_back(static_cast<uint16_t>(0xD800 + Below(0x800)));
-        } else if (kind < 3) {
-          const uint32_t value = Value(static_cast<int>(kind) + 1);
-          text.push_back(static_cast<uint16_t>(value / 0x800 == 0x1B ? 0xFFFD : value));
+          AppendUnit(&text, static_cast<uint32_t>(0xD800 + Below(0x800)), swap);
+        } else if (kind < 4) {
+          const uint32_t value = Value(kind);
+          AppendUnit(&text, value / 0x800 == 0x1B ? 0xFFFD : value, swap);
         } else {
-          text.push_back(static_cast<uint16_t>(0xD800 + Of({0, 0x3FF, Below(0x400)})));
-          text.push_back(static_cast<uint16_t>(0xDC00 + Of({0, 0x3FF, Below(0x400)})));
+          AppendUnit(&text, static_cast<uint32_t>(0xD800 + Of({0, 0x3FF, Below(0x400)})), swap);
+          AppendUnit(&text, static_cast<uint32_t>(0xDC00 + Of({0, 0x3FF, Below(0x400)})), swap);
         }
       }
     }
-    text.resize(size);
-    for (uint16_t& unit : text) {
-      unit = swap ? Swapped(unit) : unit;
-    }
-    return text;
+    return text.substr(0, 2 * units);
   }
-
- private:
-  void AppendFault(Bytes* text) {
-    switch (Below(4)) {
-      case 0:  // any byte
-        text->push_back(static_cast<uint8_t>(Of({0x80, 0xBF, 0xC0, 0xC1, 0xFE, 0xFF, Below(256)})));
-        break;
-      case 1: {  // an overlong form
-        const int length = 2 + static_cast<int>(Below(5));
-        AppendUtf8(text, Value(1 + static_cast<int>(Below(static_cast<uint32_t>(length) - 1))),
-                   length);
-        break;
-      }
-      case 2:  // a form of any length, cut
-        AppendUtf8(text, Value(2 + static_cast<int>(Below(5))));
-        text->pop_back();
-        break;
-      default:  // a form of any length, one byte changed
-        AppendUtf8(text, Value(2 + static_cast<int>(Below(5))));
-        *(text->end() - 1 - static_cast<ptrdiff_t>(Below(2))) = static_cast<uint8_t>(Below(256));
-    }
-  }
-
-  std::mt19937 random_;
 };
 
 // ---- Tests.
 
 TEST(UtfTest, WhatTheContractNames) {
   const struct {
+    const Function& function;
     Bytes from;
-    int32_t swap;
-    int32_t capacity;
-    int32_t read;
-    Units to;
-  } toUnits[] = {
-      {{0xC0, 0x80}, 0, 9, 2, {0xC0, 0x80}},
-      {{0xF0, 0x9F, 0x98, 0x80}, 0, 9, 4, {0xD83D, 0xDE00}},
-      {{0xF0, 0x9F, 0x98, 0x80}, 1, 9, 4, {0xDE00, 0xD83D}},
-      {{0xF0, 0x9F, 0x98, 0x80, 'A'}, 0, 1, 4, {0xD83D, 0xDE00}},  // one unit over
-      {{'A'}, INT32_MIN, 9, 1, {0x4100}},
-      {{0xED, 0xA0, 0xBD}, 0, 9, 3, {0xD83D}},
-      {{0xF7, 0xBF, 0xBF, 0xBF}, 0, 9, 4, {0xDBBF, 0xDFFF}},  // 0x1FFFFF
-      {{0xFD, 0xBF, 0xBF, 0xBF, 0xBF, 0xBF}, 0, 9, 6, {0xDBBF, 0xDFFF}},
-      {{0xE2, 0x82}, 0, 9, 2, {0xE2, 0x82}},
-      {{0xFE, 0x80}, 1, 9, 2, {0xFE00, 0x8000}},
-  };
-  for (const auto& row : toUnits) {
-    Units to(row.to.size() + 8);
-    auto read = static_cast<int32_t>(row.from.size());
-    int32_t written = row.capacity;
-    EXPECT_EQ(veksConvertUTF_8u16u(row.from.data(), &read, to.data(), &written, row.swap), 0);
-    EXPECT_EQ(read, row.read);
-    to.resize(static_cast<size_t>(written));
-    EXPECT_EQ(to, row.to);
-  }
-  const struct {
-    Units from;
-    int32_t swap;
-    int32_t capacity;
-    int32_t read;
+    int32_t swapped, capacity, read;
     Bytes to;
-  } toBytes[] = {
-      {{0xD83D, 0x41}, 0, 9, 2, {0xED, 0xA0, 0xBD, 0x41}},
-      {{0xDE00}, 0, 9, 1, {0xED, 0xB8, 0x80}},
-      {{0xD83D}, 0, 9, 1, {0xED, 0xA0, 0xBD}},
-      {{'a', 0xD83D}, 0, 3, 1, {'a'}},
-      {{0xD83D, 0xD83D, 0xDE00}, 0, 9, 3, {0xED, 0xA0, 0xBD, 0xF0, 0x9F, 0x98, 0x80}},
-      {{0x3DD8, 0x00DE}, 1, 9, 2, {0xF0, 0x9F, 0x98, 0x80}},
-      {{0xD83D, 0xDE00}, 0, 3, 0, {}},
-      {{0x20AC}, 0, 2, 0, {}},
+  } rows[] = {
+      {kToUnits, "\xC0\x80"_b, 0, 9, 2, "\xC0\0\x80\0"_b},
+      {kToUnits, "\xF0\x9F\x98\x80"_b, 0, 9, 4, "\x3D\xD8\x00\xDE"_b},
+      {kToUnits, "\xF0\x9F\x98\x80"_b, 1, 9, 4, "\x00\xDE\x3D\xD8"_b},
+      {kToUnits, "\xF0\x9F\x98\x80\x41"_b, 0, 1, 4, "\x3D\xD8\x00\xDE"_b},  // one unit over
+      {kToUnits, "A"_b, INT32_MIN, 9, 1, "\0A"_b},
+      {kToUnits, "\xED\xA0\xBD"_b, 0, 9, 3, "\x3D\xD8"_b},
+      {kToUnits, "\xF7\xBF\xBF\xBF"_b, 0, 9, 4, "\xBF\xDB\xFF\xDF"_b},  // 0x1FFFFF
+      {kToUnits, "\xFD\xBF\xBF\xBF\xBF\xBF"_b, 0, 9, 6, "\xBF\xDB\xFF\xDF"_b},
+      {kToUnits, "\xE2\x82"_b, 0, 9, 2, "\xE2\0\x82\0"_b},
+      {kToUnits, "\xFE\x80"_b, 1, 9, 2, "\0\xFE\0\x80"_b},
+      {kToBytes, "\x3D\xD8\x41\0"_b, 0, 9, 2, "\xED\xA0\xBD\x41"_b},
+      {kToBytes, "\x00\xDE"_b, 0, 9, 1, "\xED\xB8\x80"_b},
+      {kToBytes, "a\0\x3D\xD8"_b, 0, 3, 1, "a"_b},
+      {kToBytes, "\x3D\xD8\x3D\xD8\x00\xDE"_b, 0, 9, 3, "\xED\xA0\xBD\xF0\x9F\x98\x80"_b},
+      {kToBytes, "\xD8\x3D\xDE\x00"_b, 1, 9, 2, "\xF0\x9F\x98\x80"_b},
+      {kToBytes, "\x3D\xD8\x00\xDE"_b, 0, 3, 0, ""_b},
+      {kToBytes, "\xAC\x20"_b, 0, 2, 0, ""_b},
   };
-  for (const auto& row : toBytes) {
-    Bytes to(16);
-    auto read = static_cast<int32_t>(row.from.size());
-    int32_t written = row.capacity;
-    EXPECT_EQ(veksConvertUTF_16u8u(row.from.data(), &read, to.data(), &written, row.swap), 0);
-    EXPECT_EQ(read, row.read);
-    to.resize(static_cast<size_t>(written));
-    EXPECT_EQ(to, row.to);
+  Sweep sweep;
+  for (const auto& row : rows) {
+    const Input in = {row.from, {}, row.swapped, row.capacity};
+    const Output expected = row.function.model(in);
+    EXPECT_EQ(expected.stored, row.to);
+    EXPECT_EQ(expected.number / 100000, row.read);
+    sweep.Expect(row.function, in);
   }
 }
 
-TEST(UtfTest, NullPointersAndEmptyTexts) {
-  const uint8_t bytes[2] = {'a', 'b'};
-  const uint16_t units[2] = {'a', 'b'};
-  for (int nulls = 0; nulls < 16; ++nulls) {
-    for (const int32_t length : {INT32_MIN, -1, 0, 2}) {
-      for (const int32_t capacity : {INT32_MIN, -1, 0, 2}) {
-        const vekStatus status = nulls != 0 ? StatusNullPointer : StatusNoError;
-        const bool empty = length <= 0 || capacity <= 0;
-        const auto check = [&](const auto* from, auto* to) {
-          const auto before = to[0];
-          int32_t read = length;
-          int32_t written = capacity;
-          EXPECT_EQ(
-              Convert((nulls & 1) != 0 ? nullptr : from, (nulls & 2) != 0 ? nullptr : &read,
-                      (nulls & 4) != 0 ? nullptr : to, (nulls & 8) != 0 ? nullptr : &written, 0),
-              status);
-          EXPECT_EQ(read, nulls != 0 ? length : empty ? 0 : length);
-          EXPECT_EQ(written, nulls != 0 ? capacity : empty ? 0 : capacity);
-          EXPECT_EQ(to[0] == before, nulls != 0 || empty);
-        };
-        uint16_t toUnits[2] = {};
-        uint8_t toBytes[2] = {};
-        check(bytes, toUnits);
-        check(units, toBytes);
-      }
+TEST(UtfTest, WithoutTextOrRoomNothingIsWritten) {
+  uint16_t units[2] = {'a', 'b'};
+  uint8_t bytes[2] = {'c', 'd'};
+  for (const auto& [length, capacity] :
+       {std::make_pair(0, 2), {2, 0}, {-1, 2}, {2, -1}, {INT32_MIN, 1}, {1, INT32_MIN}}) {
+    for (const bool toUnits : {true, false}) {
+      int32_t read = length;
+      int32_t written = capacity;
+      EXPECT_EQ(toUnits ? veksConvertUTF_8u16u(bytes, &read, units, &written, 0)
+                        : veksConvertUTF_16u8u(units, &read, bytes, &written, 0),
+                StatusNoError);
+      EXPECT_TRUE(read == 0 && written == 0) << length << ", " << capacity;
+      EXPECT_TRUE(units[0] == 'a' && bytes[0] == 'c') << length << ", " << capacity;
     }
   }
 }
 
 // Alone, and as one long text of which every step sees some.
 TEST(UtfTest, EveryCodePoint) {
-  ToUnits toUnits;
-  ToBytes toBytes;
+  Sweep sweep(3 * kPlenty);
   Bytes bytes;
-  Units units;
+  Bytes units[2];  // in their order and swapped
   for (uint32_t value = 0; value <= 0x10FFFF; ++value) {
     Bytes character;
-    AppendUtf8(&character, value);
-    Units pair = {static_cast<uint16_t>(value)};
-    if (value > 0xFFFF) {
-      pair = {static_cast<uint16_t>(0xD7C0 + (value >> 10)),
-              static_cast<uint16_t>(0xDC00 + value % 0x400)};
-    }
-    const Units swappedPair = {Swapped(pair.front()), Swapped(pair.back())};
-    toUnits.Expect(character, 2, 0);
-    toUnits.Expect(character, 2, 1);
-    toBytes.Expect(pair, 4, 0);
-    toBytes.Expect(value > 0xFFFF ? swappedPair : Units{swappedPair[0]}, 4, 1);
-    bytes.insert(bytes.end(), character.begin(), character.end());
-    units.insert(units.end(), pair.begin(), pair.end());
-    if (units.size() > 500 || value == 0x10FFFF) {
-      toUnits.Expect(bytes, kPlenty, 0);
-      toUnits.Expect(bytes, kPlenty, 1);
-      toBytes.Expect(units, kPlenty, 0);
-      for (uint16_t& unit : units) {
-        unit = Swapped(unit);
+    AppendUtf8(&character, value, ShortestLength(value));
+    bytes += character;
+    for (const int32_t swap : {0, 1}) {
+      Bytes pair;
+      AppendUnit(&pair, value > 0xFFFF ? 0xD7C0 + (value >> 10) : value, swap != 0);
+      if (value > 0xFFFF) {
+        AppendUnit(&pair, 0xDC00 + value % 0x400, swap != 0);
       }
-      toBytes.Expect(units, kPlenty, 1);
+      units[swap] += pair;
+      sweep.Expect(kToUnits, {character, {}, swap, 2});
+      sweep.Expect(kToBytes, {pair, {}, swap, 4});
+    }
+    if (bytes.size() > 1500 || value == 0x10FFFF) {
+      for (const int32_t swap : {0, 1}) {
+        sweep.Expect(kToUnits, {bytes, {}, swap, kPlenty});
+        sweep.Expect(kToBytes, {units[swap], {}, swap, kPlenty});
+        units[swap].clear();
+      }
       bytes.clear();
-      units.clear();
-    }
-  }
-}
-
-// Compared with the model's characters directly: there are 16 million of them.
-TEST(UtfTest, EveryInputOfOneTwoAndThreeBytes) {
-  for (uint32_t input = 0; input < 1U << 24; ++input) {
-    const uint8_t bytes[3] = {static_cast<uint8_t>(input), static_cast<uint8_t>(input >> 8),
-                              static_cast<uint8_t>(input >> 16)};
-    for (int32_t length = 3; length == 3 || (length > 0 && input >> (8 * length) == 0); --length) {
-      uint16_t units[4] = {};
-      int32_t read = length;
-      int32_t written = 3;
-      veksConvertUTF_8u16u(bytes, &read, units, &written, 0);
-      int32_t count = 0;
-      for (int32_t i = 0; i < length; ++count) {
-        const auto [value, taken] = ModelCharacter(bytes + i, length - i);
-        ASSERT_EQ(units[count], value) << std::hex << input;
-        i += taken;
-      }
-      ASSERT_TRUE(read == length && written == count) << std::hex << input;
     }
   }
 }
 
 // All sequences of four bytes at the edges of the ranges, where the steps see them.
 TEST(UtfTest, EdgesOfTheByteRangesInsideLongText) {
-  ToUnits bench;
-  const Bytes edges = {0x00, 0x7F, 0x80, 0x8F, 0x90, 0x9F, 0xA0, 0xBF, 0xC0,
-                       0xC1, 0xC2, 0xDF, 0xE0, 0xE1, 0xED, 0xEF, 0xF0, 0xF1,
-                       0xF4, 0xF7, 0xF8, 0xFB, 0xFC, 0xFD, 0xFE, 0xFF};
-  const char* fillers[] = {"a", "\xD0\x96", "\xE3\x81\x82", "\xF0\x9F\x98\x80",
-                           "\xC3\xA9 x\xE2\x80\xA6"};
+  Sweep sweep;
+  const Bytes edges =
+      "\x00\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC2\xDF\xE0\xE1\xED\xEF\xF0\xF1\xF4\xF7\xF8\xFB"
+      "\xFC\xFD\xFE\xFF"_b;
+  const Bytes fillers[] = {"a"_b, "\xD0\x96"_b, "\xE3\x81\x82"_b, "\xF0\x9F\x98\x80"_b,
+                           "\xC3\xA9 x\xE2\x80\xA6"_b};
   const size_t count = edges.size();
   for (size_t i = 0; i < count * count * count * count; ++i) {
-    const std::string filler = fillers[i % 5];
-    Bytes text;
-    while (text.size() < i % 19) {
-      text.insert(text.end(), filler.begin(), filler.end());
-    }
+    const auto fill = [&, end = i % 19](Bytes text, size_t size) {
+      while (text.size() < std::max(size, end)) {
+        text += fillers[i % 5];
+      }
+      return text;
+    };
+    Bytes text = fill({}, 0);
     for (size_t j = 1; j < count * count * count * count; j *= count) {
       text.push_back(edges[i / j % count]);
     }
-    while (text.size() < 75) {
-      text.insert(text.end(), filler.begin(), filler.end());
-    }
-    bench.Expect(text, 80, static_cast<int32_t>(i / 5 % 2));
+    sweep.Expect(kToUnits, {fill(text, 75), {}, static_cast<int32_t>(i / 5 % 2), 80});
   }
 }
 
-TEST(UtfTest, RandomTextAtEveryLengthAndPlace) {
+TEST(UtfTest, RandomTextAtEveryLengthPlaceAndCapacity) {
   Texts texts(1);
-  ToUnits toUnits;
-  ToBytes toBytes;
+  Sweep sweep(3 * kPlenty);
   for (size_t length = 0; length <= 260; ++length) {
-    for (size_t shift = 0; shift < 64; ++shift) {
-      const int longest = 1 + static_cast<int>(shift % 6);
-      const uint32_t faults = texts.Of({0, 0, 1, 5, 30});
-      const auto swap = static_cast<int32_t>(shift / 6 % 2);
-      toUnits.Expect(texts.Utf8(length, longest, faults), kPlenty, swap, shift % 16, shift / 4);
-      toBytes.Expect(texts.Utf16(length, 1 + static_cast<uint32_t>(shift % 4), faults, swap != 0),
-                     kPlenty, swap, shift / 4, shift % 16);
-    }
-  }
-}
-
-TEST(UtfTest, EveryCapacity) {
-  Texts texts(2);
-  ToUnits toUnits;
-  ToBytes toBytes;
-  for (int round = 0; round < 120; ++round) {
-    const uint32_t faults = texts.Of({0, 0, 1, 10});
-    const int32_t swap = round % 2;
-    const Bytes bytes = texts.Utf8(150, 1 + round % 6, faults);
-    const Units units = texts.Utf16(90, 1 + static_cast<uint32_t>(round % 4), faults, swap != 0);
-    for (int32_t capacity = 0; capacity <= 280; ++capacity) {
-      toUnits.Expect(bytes, capacity, swap);
-      toBytes.Expect(units, capacity, swap);
+    for (size_t round = 0; round < 192; ++round) {
+      const size_t faults = texts.Of({0, 0, 1, 5, 30});
+      const auto swap = static_cast<int32_t>(round / 6 % 2);
+      const auto capacity =
+          static_cast<int32_t>(round < 64 ? kPlenty : texts.Below(2 * length + 1));
+      sweep.Expect(kToUnits, {texts.Utf8(length, 1 + round % 6, faults), {}, swap, capacity},
+                   round * 5 + length);
+      sweep.Expect(kToBytes,
+                   {texts.Utf16(length, 1 + round % 4, faults, swap != 0), {}, swap, capacity},
+                   round * 5 + length);
     }
   }
 }
