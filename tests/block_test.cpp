@@ -1,135 +1,96 @@
 // The block kernels and the cache budget, beneath the exported functions: linked from the archive.
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstring>
-#include <random>
 #include <utility>
 #include <vector>
 
 #include "strings/block_routines.h"
 #include "strings/kernels/cache_budget.h"
-#include "tests/guarded_buffer.h"
+#include "tests/sweep.h"
 
 namespace vekch::test {
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-
-constexpr int32_t kLongest = 300;
 constexpr size_t kChunk = size_t{256} * 1024;
 
-Bytes RandomBytes(size_t length, unsigned seed = 1) {
-  std::mt19937 random(seed);
-  Bytes bytes(length);
-  for (uint8_t& byte : bytes) {
-    byte = static_cast<uint8_t>(random());
-  }
-  return bytes;
+Output Copied(const Input& in) { return {kNoNumber, in.text}; }
+Output Filled(const Input& in) { return {kNoNumber, Bytes(in.text.size(), 0xC5)}; }
+
+// Bytes in front of the first boundary, which kernels past the cache leave to their callers.
+int32_t Head(const Call& c) {
+  return std::min(static_cast<int32_t>(-reinterpret_cast<uintptr_t>(c.to) % 16), c.length);
 }
 
-void FillBytes(const uint8_t* source, uint8_t* destination, int32_t length) {
-  kernels::Fill(*source, destination, length);
+template <void (*kKernel)(const uint8_t*, uint8_t*, int32_t)>
+vekStatus Copy(Call& c) {
+  kKernel(c.text, c.to, c.length);
+  return StatusNoError;
 }
 
-void FillBytesPastCache(const uint8_t* source, uint8_t* destination, int32_t length) {
-  kernels::FillPastCache(*source, destination, length);
+vekStatus Fill(Call& c) {
+  kernels::Fill(0xC5, c.to, c.length);
+  return StatusNoError;
 }
 
-struct Kernel {
-  const char* name;
-  void (*run)(const uint8_t*, uint8_t*, int32_t);
-  bool fills;
-  bool alignedOnly;
+vekStatus CopyPastCache(Call& c) {
+  const int32_t head = Head(c);
+  std::copy_n(c.text, head, c.to);
+  kernels::CopyPastCache(c.text + head, c.to + head, c.length - head);
+  return StatusNoError;
+}
+
+vekStatus FillPastCache(Call& c) {
+  const int32_t head = Head(c);
+  std::fill_n(c.to, head, uint8_t{0xC5});
+  kernels::FillPastCache(0xC5, c.to + head, c.length - head);
+  return StatusNoError;
+}
+
+const Function kKernels[] = {
+    {"Copy", Copy<kernels::Copy>, Copied},
+    {"Move", Copy<kernels::Move>, Copied, kAnyPlace},
+    {"Fill", Fill, Filled},
+    {"CopyPastCache", CopyPastCache, Copied},
+    {"FillPastCache", FillPastCache, Filled},
 };
 
-void PrintTo(const Kernel& kernel, std::ostream* out) { *out << kernel.name; }
-
-class BlockTest : public testing::TestWithParam<Kernel> {
- protected:
-  // Runs the kernel and expects exactly `length` bytes of the result.
-  void ExpectStored(const uint8_t* source, uint8_t* destination, size_t length) {
-    const auto expected = [&](size_t i) { return GetParam().fills ? source[0] : source[i]; };
-    constexpr size_t kMargin = 16;
-    uint8_t before[kMargin];
-    std::memcpy(before, destination - kMargin, kMargin);
-    std::memset(destination, ~source[0], length);
-    GetParam().run(source, destination, static_cast<int32_t>(length));
-    ASSERT_EQ(std::memcmp(before, destination - kMargin, kMargin), 0) << length;
-    for (size_t i = 0; i < length; ++i) {
-      ASSERT_EQ(destination[i], expected(i)) << "byte " << i << " of " << length;
-    }
-  }
-
-  bool Takes(const uint8_t* destination) const {
-    return !GetParam().alignedOnly || reinterpret_cast<uintptr_t>(destination) % 16 == 0;
-  }
-};
-
-TEST_P(BlockTest, EveryLengthAndMisalignment) {
-  const Bytes text = RandomBytes(kLongest + 16);
-  GuardedBuffer from(text.size());
-  GuardedBuffer to(text.size() + 64);
+TEST(BlockTest, EveryLengthAndMisalignment) {
+  Sweep sweep;
+  Random random(1);
   for (size_t length = 0; length <= kLongest; ++length) {
-    for (size_t shifts = 0; shifts < 256; ++shifts) {
-      uint8_t* source = shifts % 2 == 0 ? from.AtEnd(std::max<size_t>(length, 1), shifts % 16)
-                                        : from.AtStart(shifts % 16);
-      uint8_t* destination = to.AtEnd(length, shifts / 16);
-      if (Takes(destination)) {
-        std::memcpy(source, text.data(), std::max<size_t>(length, 1));
-        // The bytes behind the destination, up to the page that can't be touched.
-        std::memset(destination + length, 0x77, shifts / 16);
-        ExpectStored(source, destination, length);
-        ASSERT_TRUE(std::all_of(destination + length, destination + length + shifts / 16,
-                                [](uint8_t byte) { return byte == 0x77; }));
+    const Bytes text = random.Text(length);
+    for (size_t place = 0; place < 256; ++place) {
+      for (const Function& function : kKernels) {
+        sweep.Expect(function, {text}, place + length % 2 * 256);
       }
     }
   }
 }
 
 // Around every threshold, with a remainder of every size, at every alignment.
-TEST_P(BlockTest, LargeBlocks) {
-  const size_t most = 3 * kChunk + 64;
-  const Bytes text = RandomBytes(most + 32);
-  GuardedBuffer from(text.size());
-  GuardedBuffer to(text.size() + 64);
-  std::vector<std::pair<size_t, size_t>> cases;  // length and shift
+TEST(BlockTest, LargeBlocks) {
+  Sweep sweep(3 * kChunk + 128);
+  const Bytes text = Random(2).Text(3 * kChunk + 64);
   for (size_t i = 0; i < 16; ++i) {
-    cases.insert(cases.end(), {{2 * kChunk - 1 + i, i}, {3 * kChunk + 1, i}, {3 * kChunk + i, 0}});
-    cases.insert(cases.end(), {{kChunk + 128 + i, i * 5}, {kChunk - i, i * 3}, {5000 + i, i * 7}});
-  }
-  for (const auto& [length, shift] : cases) {
-    uint8_t* source = from.AtEnd(length, shift % 16);
-    std::memcpy(source, text.data(), length);
-    for (size_t place = 0; place < 16; ++place) {
-      uint8_t* destination = to.AtEnd(length, place);
-      if (Takes(destination) &&
-          (length < 6000 || (place * 5 + shift) % 4 == 0 || GetParam().alignedOnly)) {
-        ExpectStored(source, destination, length);
+    for (const size_t length : {2 * kChunk - 1 + i, 3 * kChunk + 1, 3 * kChunk + i,
+                                kChunk + 128 + i, kChunk - i, 5000 + i}) {
+      for (size_t place = 0; place < 512; place += length < 6000 ? 15 : 135) {
+        for (const Function& function : kKernels) {
+          sweep.Expect(function, {text.substr(0, length)}, place + i);
+        }
       }
     }
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, BlockTest,
-                         testing::Values(Kernel{"Copy", kernels::Copy, false, false},
-                                         Kernel{"Move", kernels::Move, false, false},
-                                         Kernel{"Fill", FillBytes, true, false},
-                                         Kernel{"CopyPastCache", kernels::CopyPastCache, false,
-                                                true},
-                                         Kernel{"FillPastCache", FillBytesPastCache, true, true}),
-                         [](const auto& test) { return test.param.name; });
-
-TEST(BlockMoveTest, OverlapInBothDirections) {
-  const Bytes text = RandomBytes(4200);
+TEST(BlockTest, MoveWithOverlapInBothDirections) {
+  const Bytes text = Random(3).Text(4200);
   const auto expectMoved = [&](size_t from, size_t to, size_t length) {
     Bytes moved = text;
-    Bytes expected = text;
-    std::copy_n(text.begin() + static_cast<ptrdiff_t>(from), length,
-                expected.begin() + static_cast<ptrdiff_t>(to));
     kernels::Move(moved.data() + from, moved.data() + to, static_cast<int32_t>(length));
-    ASSERT_EQ(moved, expected) << length << " bytes from " << from << " to " << to;
+    ASSERT_EQ(moved, Bytes(text).replace(to, length, text, from, length))
+        << length << " bytes from " << from << " to " << to;
   };
   for (size_t length = 0; length <= kLongest; ++length) {
     for (size_t shift = 0; shift <= 80; ++shift) {
@@ -143,21 +104,20 @@ TEST(BlockMoveTest, OverlapInBothDirections) {
   }
 }
 
-TEST(BlockRoutinesTest, ChecksInOrder) {
-  uint8_t from[4] = {1, 2, 3, 4};
+TEST(BlockTest, ChecksInOrder) {
+  const Bytes from = "abcd"_b;
   for (const int32_t length : {INT32_MIN, -1, 0, 4}) {
     const vekStatus expected = length < 1 ? StatusSizeError : StatusNoError;
-    for (const auto routine : {BlockCopy, BlockMove}) {
-      uint8_t to[4] = {9, 9, 9, 9};
-      EXPECT_EQ(routine(nullptr, to, length), StatusNullPointer);
-      EXPECT_EQ(routine(from, nullptr, length), StatusNullPointer);
-      EXPECT_EQ(routine(from, to, length), expected);
-      EXPECT_EQ(to[0], length < 1 ? 9 : 1);
+    const auto fill = [](const uint8_t* source, uint8_t* to, int32_t n) {
+      return source == nullptr ? StatusNullPointer : BlockFill(*source, to, n);
+    };
+    for (vekStatus (*routine)(const uint8_t*, uint8_t*, int32_t) : {BlockCopy, BlockMove, +fill}) {
+      Bytes to = "...."_b;
+      EXPECT_EQ(routine(nullptr, to.data(), length), StatusNullPointer);
+      EXPECT_EQ(routine(from.data(), nullptr, length), StatusNullPointer);
+      EXPECT_EQ(routine(from.data(), to.data(), length), expected);
+      EXPECT_EQ(to[0], length < 1 ? '.' : 'a');
     }
-    uint8_t to[4] = {9, 9, 9, 9};
-    EXPECT_EQ(BlockFill(7, nullptr, length), StatusNullPointer);
-    EXPECT_EQ(BlockFill(7, to, length), expected);
-    EXPECT_EQ(to[3], length < 1 ? 9 : 7);
   }
 }
 
