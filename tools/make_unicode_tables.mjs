@@ -1,9 +1,9 @@
-// Makes the Unicode 5.1 tables of the pattern compiler and matcher, and the record list that their
-// tests compare them with, from the npm package that tools/unicode_package.mjs fetches.
+// Makes the Unicode 5.1 tables of the pattern compiler and matcher from the npm package that
+// tools/unicode_package.mjs fetches.
 //
 //   node tools/make_unicode_tables.mjs
 //
-// A test makes the files again and compares them to the byte.
+// A test makes the file again and compares it to the byte.
 //
 // The tables answer for every code point what a walk over the database's records would:
 //
@@ -262,48 +262,6 @@ ${array('uint16_t kClassCategory', masks)}` +
     '}  // namespace vekch::regexp\n';
 }
 
-// The records in runs of one category: code points passed over, length of the run, category. The
-// mappings in runs of one distance: first, number, step, distance.
-function writeTestRecords({ classes, deltas }) {
-  const runs = [];
-  let behind = 0;
-  const masks = Object.values(kCategories).map(([, mask]) => mask);
-  for (let codePoint = 0; codePoint <= kLastRecord;) {
-    let end = codePoint + 1;
-    while (classes[end] === classes[codePoint]) {
-      ++end;
-    }
-    if (isListed(classes[codePoint])) {
-      runs.push(`{${codePoint - behind},${end - codePoint},${masks[classes[codePoint]]}}`);
-      behind = end;
-    }
-    codePoint = end;
-  }
-  const mappings = [];
-  deltas.forEach((delta, codePoint) => {
-    const run = mappings.at(-1);
-    if (delta === 0) {
-      return;
-    }
-    const step = run && codePoint - (run.first + (run.count - 1) * run.step);
-    if (run && run.delta === delta && (run.count === 1 ? step <= 2 : step === run.step)) {
-      run.step = step;
-      ++run.count;
-    } else {
-      mappings.push({ first: codePoint, count: 1, step: 1, delta });
-    }
-  });
-  return `${kFirstLine}
-constexpr RecordRun kRecordRuns[] = {
-${wrapped(runs)}
-};
-
-constexpr LowerCaseRun kLowerCaseRuns[] = {
-${wrapped(mappings.map(({ first, count, step, delta }) => `{${first},${count},${step},${delta}}`))}
-};
-`;
-}
-
 // The files' paths in the tree and their texts.
 export async function makeFiles(unpacked) {
   const { longNames, classes } = await readCategories(unpacked);
@@ -320,7 +278,6 @@ export async function makeFiles(unpacked) {
   const data = { classes, deltas, scripts, scriptOf, blocks: await readBlocks(unpacked) };
   return {
     'regexp/unicode_5_1_tables.cpp': writeTables(data),
-    'tests/unicode_5_1_records.inc': writeTestRecords(data),
   };
 }
 
