@@ -3,14 +3,13 @@
 
 binary_rules.py --exports LIST [--definition DEF] [--expect RULE,...] LIBRARY
 
-Reads the headers of the file, then asks nm for its symbols and objdump for its code. Every breach
-is printed as "RULE: what is wrong"; the exit code is 0 if there is none. With --expect it is 0 if
-exactly these rules are broken: so the negative controls show that each rule can fail.
+Asks objdump for its headers and its code, and nm for its symbols. Every breach is printed as
+"RULE: what is wrong"; the exit code is 0 if there is none. With --expect it is 0 if exactly these
+rules are broken: so the negative controls show that each rule can fail.
 """
 
 import argparse
 import re
-import struct
 import subprocess
 import sys
 from dataclasses import dataclass, field
@@ -20,20 +19,24 @@ PAGE = 4096
 KERNEL_SYMBOL = re.compile(r"_ZZ?NK?5vekch7kernels")
 
 
+def run(*command):
+    return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout
+
+
 @dataclass
 class Section:
     name: str
     start: int
-    size: int
+    end: int
     writable: bool
     executable: bool
-    data: bytes = b""
 
 
 @dataclass
 class Image:
     """What both formats have in common; `breaches` are those that only the format knows."""
 
+    headers: str
     soname: str = ""
     wanted_soname: str = ""
     exports: dict = field(default_factory=dict)  # name to ordinal, None in ELF
@@ -41,136 +44,78 @@ class Image:
     sections: list = field(default_factory=list)
     breaches: list = field(default_factory=list)
 
+    def find(self, pattern):
+        return re.findall(pattern, self.headers, re.MULTILINE)
 
-def text_at(data, offset):
-    return data[offset : data.index(b"\0", offset)].decode()
 
-
-def read_elf(data):
-    image = Image(wanted_soname="libvekchm7.so.1")
-    program_offset, section_offset = struct.unpack_from("<QQ", data, 0x20)
-    program_count, _, section_count, names_index = struct.unpack_from("<4H", data, 0x38)
-    headers = [
-        struct.unpack_from("<IIQQQQIIQQ", data, section_offset + 64 * i)
-        for i in range(section_count)
-    ]
-    for name, _, flags, address, _, size, *_ in headers:
-        if flags & 2:  # present in memory
-            name = text_at(data, headers[names_index][4] + name)
-            image.sections.append(
-                Section(name, address, size, bool(flags & 1), bool(flags & 4))
-            )
-
-    def entries(kind, layout, skipped=0):
-        header = next(header for header in headers if header[1] == kind)
-        return struct.iter_unpack(layout, data[header[4] + skipped : header[4] + header[5]])
-
-    dynamic = {}
-    symbol_table = next(header for header in headers if header[1] == 11)
-    strings = headers[symbol_table[6]][4]
-    for tag, value in entries(6, "<QQ"):
-        dynamic[tag] = value
-        if tag == 1:
-            image.imports.append("the library " + text_at(data, strings + value))
-        elif tag == 14:
-            image.soname = text_at(data, strings + value)
-        elif tag in (12, 13, 25, 26, 32):
-            image.breaches.append(("loading", f"dynamic tag {tag}: code that runs on loading"))
-    if not dynamic.get(30, 0) & 8 and not dynamic.get(0x6FFFFFFB, 0) & 1:
-        image.breaches.append(("writable", "not bound at loading: the offset table stays writable"))
-
-    for name, info, _, index, _, _ in entries(11, "<IBBHQQ", skipped=24):
-        name = text_at(data, strings + name)
-        if index == 0 and info >> 4 != 2:  # weak start-up references may stay open
-            image.imports.append(name)
-        elif index not in (0, 0xFFF1):  # not the name of the version itself
-            image.exports[name] = None
-
-    check_elf_segments(image, data, program_offset, program_count)
+def read_image(options):
+    image = Image(run(options.objdump, "-p", "-h", "-w", options.library))
+    section = r"^ *\d+ (\S+) +(\w+)  (\w+)  \w+  \w+  2\*\*\d+ +(.*ALLOC.*)$"
+    for name, size, start, flags in image.find(section):
+        start, size = int(start, 16), int(size, 16)
+        image.sections.append(
+            Section(name, start, start + size, "READONLY" not in flags, "CODE" in flags)
+        )
+    (read_elf if "file format elf" in image.headers else read_pe)(image, options)
     return image
 
 
-def check_elf_segments(image, data, offset, count):
-    segments = [struct.unpack_from("<IIQQQQQQ", data, offset + 56 * i) for i in range(count)]
-    kinds = {s[0]: s for s in segments}
-    if 0x6474E551 not in kinds or kinds[0x6474E551][1] & 1:
+def read_elf(image, options):
+    image.wanted_soname = "libvekchm7.so.1"
+    dynamic = dict(image.find(r"^  ([A-Z_0-9]+) +(\S+)$"))
+    image.soname = dynamic.get("SONAME", "")
+    image.imports = ["the library " + name for name in image.find(r"^  NEEDED +(\S+)$")]
+    for tag in ("INIT", "FINI", "INIT_ARRAY", "FINI_ARRAY", "PREINIT_ARRAY"):
+        if tag in dynamic:
+            image.breaches.append(("loading", f"{tag}: code that runs on loading"))
+    if not int(dynamic.get("FLAGS", "0"), 16) & 8 and not int(dynamic.get("FLAGS_1", "0"), 16) & 1:
+        image.breaches.append(("writable", "not bound at loading: the offset table stays writable"))
+    symbols = run(options.nm, "-D", options.library)
+    for kind, name in re.findall(r"^[0-9a-f ]+ (\w) ([^@\n]+)", symbols, re.MULTILINE):
+        if kind == "U":  # weak start-up references may stay open
+            image.imports.append(name)
+        elif kind not in "Awv":  # nor the name of the version itself
+            image.exports[name] = None
+
+    segment = r"^ *(\w+) off .* vaddr 0x(\w+) .*\n +filesz .* memsz 0x(\w+) flags (...)$"
+    segments = [(kind, int(start, 16), int(start, 16) + int(size, 16), flags)
+                for kind, start, size, flags in image.find(segment)]
+    if not any(kind == "STACK" and "x" not in flags for kind, _, _, flags in segments):
         image.breaches.append(("stack", "the stack is executable"))
     # What the loader relocates is writable until then and read-only ever after, in whole pages.
-    relro = kinds.get(0x6474E552)
-    relro_start, relro_end = (relro[3], relro[3] + relro[6]) if relro else (0, 0)
-    for kind, flags, _, start, _, _, size, _ in segments:
-        if kind != 1 or not flags & 2:
-            continue
-        if flags & 1:
-            image.breaches.append(("writable", f"writable code at {start:#x}"))
-        if start < relro_start or start + size > relro_end or relro_end % PAGE:
-            image.breaches.append(
-                ("writable", f"{start:#x} to {start + size:#x} stays writable after loading")
-            )
+    sealed = [(start, end) for kind, start, end, _ in segments if kind == "RELRO"] or [(0, 0)]
+    sealed_start, sealed_end = sealed[0]
+    for kind, start, end, flags in segments:
+        if kind == "LOAD" and "w" in flags and (
+            "x" in flags or start < sealed_start or end > sealed_end or sealed_end % PAGE
+        ):
+            image.breaches.append(("writable", f"{start:#x} to {end:#x} stays writable"))
     for section in image.sections:
-        if relro_start <= section.start and section.start + section.size <= relro_end:
+        if sealed_start <= section.start and section.end <= sealed_end:
             section.writable = section.name.startswith((".tdata", ".tbss"))
 
 
-def read_pe(data):
-    image = Image(wanted_soname="vekchm7.dll")
-    pe = struct.unpack_from("<I", data, 0x3C)[0]
-    section_count = struct.unpack_from("<H", data, pe + 6)[0]
-    optional = pe + 24
-    entry = struct.unpack_from("<I", data, optional + 16)[0]
-    base = struct.unpack_from("<Q", data, optional + 24)[0]
-    characteristics = struct.unpack_from("<H", data, optional + 70)[0]
-    directories = [struct.unpack_from("<II", data, optional + 112 + 8 * i) for i in range(16)]
-    table = optional + struct.unpack_from("<H", data, pe + 20)[0]
-    for i in range(section_count):
-        name, size, address, raw_size, raw, flags = struct.unpack_from(
-            "<8sIIII12xI", data, table + 40 * i
-        )
-        image.sections.append(
-            Section(
-                name.rstrip(b"\0").decode(), base + address, size,
-                bool(flags & 0x80000000), bool(flags & 0x20000000),
-                data[raw : raw + min(size, raw_size)],
-            )
-        )
-
-    def at(address):
-        for section in image.sections:
-            offset = base + address - section.start
-            if 0 <= offset < section.size:
-                return section.data[offset:]
-        return b""
-
-    def name_at(address):
-        return text_at(at(address), 0)
-
-    if not characteristics & 0x100:
+def read_pe(image, options):
+    image.wanted_soname = "vekchm7.dll"
+    image.soname = "".join(image.find(r"^Name \s+\w+ (\S+)$"))
+    image.imports = ["the library " + name for name in image.find(r"^\s+DLL Name: (\S+)$")]
+    for number, what in image.find(r"^Entry ([9bd]) (?!0+ )\S+ \S+ (.*)"):
+        image.breaches.append(("imports", f"directory {number}: {what}"))
+    if "NX_COMPAT" not in image.headers:
         image.breaches.append(("stack", "stack and heap are executable"))
-    if not at(entry).startswith(b"\xb8\x01\x00\x00\x00\xc3"):
+    entry, base = (int(image.find(rf"^{name}\s+(\w+)$")[0], 16)
+                   for name in ("AddressOfEntryPoint", "ImageBase"))
+    code = run(options.objdump, "-s", f"--start-address={base + entry}",
+               f"--stop-address={base + entry + 6}", options.library)
+    if " b8010000 00c3 " not in code:
         image.breaches.append(("loading", "the entry function is more than 'return 1'"))
-    for number, what in ((9, "thread-local storage"), (11, "bound imports"), (13, "late imports")):
-        if directories[number][0]:
-            image.breaches.append(("imports", what))
-    if directories[1][0]:
-        start, size = directories[1]
-        for descriptor in struct.iter_unpack("<5I", at(start)[: size // 20 * 20]):
-            if not any(descriptor):
-                break
-            image.imports.append("the library " + name_at(descriptor[3]))
     # The linker leaves the empty descriptor that ends an import table: 20 bytes and their padding.
     for section in image.sections:
-        if section.name == ".idata" and section.size <= 24 and not any(section.data):
+        if section.name == ".idata" and section.end - section.start <= 24:
             section.writable = False
-
-    if directories[0][0]:
-        header = struct.unpack_from("<IIHH7I", at(directories[0][0]))
-        _, _, _, _, name, ordinal_base, _, count, _, names, ordinals = header
-        image.soname = name_at(name)
-        for i in range(count):
-            address = struct.unpack_from("<I", at(names), 4 * i)[0]
-            ordinal = struct.unpack_from("<H", at(ordinals), 2 * i)[0]
-            image.exports[name_at(address)] = ordinal_base + ordinal
-    return image
+    name = r"^\t\[ *(\d+)\] (?:\+base\[ *\d+\] +\w+ )?(\w+)$"
+    for ordinal, name in image.find(name):
+        image.exports[name] = int(ordinal) + int(image.find(r"^Ordinal Base\s+(\d+)$")[0])
 
 
 # ---- The rules.
@@ -210,16 +155,12 @@ def definition_breaches(path, exports):
 
 def section_breaches(image):
     for section in image.sections:
-        if section.writable and section.size:
-            yield "writable", f"section {section.name} of {section.size} bytes"
+        if section.writable and section.start != section.end:
+            yield "writable", f"section {section.name} from {section.start:#x} to {section.end:#x}"
     if image.imports:
         yield "imports", ", ".join(image.imports)
     if image.soname != image.wanted_soname:
         yield "soname", f"the library calls itself '{image.soname}', not '{image.wanted_soname}'"
-
-
-def run(*command):
-    return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout
 
 
 def kernel_breaches(image, nm, library):
@@ -231,7 +172,7 @@ def kernel_breaches(image, nm, library):
             continue
         address = int(address, 16)
         for section in image.sections:
-            if not section.start <= address < section.start + section.size:
+            if not section.start <= address < section.end:
                 continue
             if not section.executable and "kDescriptorTable" not in name:
                 continue
@@ -298,9 +239,7 @@ def instruction_breaches(objdump, library):
 
 def breaches(options):
     exports = read_exports(options.exports)
-    with open(options.library, "rb") as file:
-        data = file.read()
-    image = read_elf(data) if data.startswith(b"\x7fELF") else read_pe(data)
+    image = read_image(options)
     yield from list_breaches(exports)
     yield from export_breaches(image, exports)
     if options.definition:
