@@ -6,21 +6,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <string>
 
+#include "fuzz/fuzz_input.h"
 #include "tests/program_checks.h"
 #include "vekch/vekch.h"
 
 namespace {
-
-template <class T>
-using Block = std::unique_ptr<T, decltype(&std::free)>;
-
-template <class T>
-Block<T> MakeBlock(size_t size) {
-  return {static_cast<T*>(std::malloc(size)), &std::free};
-}
 
 void Require(bool holds, const std::string& what) {
   if (!holds) {
@@ -29,18 +21,10 @@ void Require(bool holds, const std::string& what) {
   }
 }
 
-std::string OptionLetters(uint8_t bits) {
-  std::string letters;
-  for (const char letter : {'s', 'm', 'i', 'x', 'g'}) {
-    letters += (bits & 1) != 0 ? std::string(1, letter) : "";
-    bits = static_cast<uint8_t>(bits >> 1);
-  }
-  return letters;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  using namespace vekch::fuzz;
   if (size == 0) {
     return 0;
   }

@@ -1,0 +1,796 @@
+// What a failure puts back is held in the arguments of the recursion (the places in the program and
+// in the subject, the options, the open groups) or, for the slots of captures, in a trail of old
+// values: a record that fails takes the trail back to where it found it. An abort leaves the slots
+// as they are, for the record that turns it into a failure or a match.
+
+#include "tests/match_model.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "regexp/program.h"
+#include "regexp/properties.h"
+
+namespace vekch::test {
+namespace {
+
+using regexp::MatchPropertyItem;
+
+bool IsAsciiLetter(int32_t c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+bool IsDigit(int32_t c) { return c >= '0' && c <= '9'; }
+bool IsWord(int32_t c) { return IsAsciiLetter(c) || IsDigit(c) || c == '_'; }
+bool IsSpace(int32_t c) { return c == 9 || c == 10 || c == 12 || c == 13 || c == 32; }
+bool IsMark(int32_t c) { return regexp::MatchCategory(c, regexp::kCategoryM, 0); }
+int32_t ToUpper(int32_t c) { return c >= 'a' && c <= 'z' ? c - 0x20 : c; }
+bool Has(uint32_t options, uint32_t option) { return (options & option) != 0; }
+
+bool IsOfType(int32_t c, int32_t letter, uint32_t options) {
+  switch (letter) {
+    case '.':
+      return c != '\n' || Has(options, RegExpOptionS);
+    case 'd':
+    case 'D':
+      return IsDigit(c) == (letter == 'd');
+    case 's':
+    case 'S':
+      return IsSpace(c) == (letter == 's');
+    case 'w':
+    case 'W':
+      return IsWord(c) == (letter == 'w');
+    default:
+      return false;
+  }
+}
+
+bool HasItem(const ProgramNode& item, int32_t c, uint32_t options) {
+  const bool folds = Has(options, RegExpOptionI);
+  const int32_t other = folds && IsAsciiLetter(c) ? c ^ 0x20 : c;
+  const auto lies = [&item](int32_t x) { return x >= item.a && x <= item.b; };
+  switch (item.op) {
+    case OpChar:
+      return c == item.a || other == item.a;
+    case OpClassRange:
+      return lies(c) || lies(other);
+    case OpCharType:
+      return IsOfType(c, item.a, options);
+    default:
+      return MatchPropertyItem(c, &item, folds ? 1 : 0) >= 0;
+  }
+}
+
+bool InClass(const ProgramNode* head, int32_t c, uint32_t options) {
+  bool isMember = false;
+  for (const ProgramNode *item = head + 1, *end = item + head->b; item < end && !isMember;) {
+    // The items of a negated name are told by their first one.
+    const bool isNegated = item->c == -1 && (item->op == OpChar || item->op == OpClassRange);
+    const auto count = isNegated ? static_cast<int32_t>(item->ptr) : 1;
+    const bool isIn = std::any_of(
+        item, item + count, [&](const ProgramNode& each) { return HasItem(each, c, options); });
+    isMember = isIn != isNegated;
+    item += count;
+  }
+  return isMember != (head->a != 0);
+}
+
+int32_t EncodedLength(uint32_t codePoint) {
+  int32_t length = 1;
+  for (const uint32_t limit : {0x80U, 0x800U, 0x10000U, 0x200000U, 0x4000000U}) {
+    length += codePoint >= limit ? 1 : 0;
+  }
+  return length;
+}
+
+struct Character {
+  int32_t value;
+  int32_t length;
+};
+
+Character Decode(const uint8_t* p, const uint8_t* end) {
+  const Character byte = {*p, 1};
+  int32_t length = 0;
+  while (length < 8 && (*p << length & 0x80) != 0) {
+    ++length;
+  }
+  if (length < 2 || length > 6 || end - p < length) {
+    return byte;
+  }
+  uint32_t value = *p & (0x7FU >> length);
+  for (int32_t i = 1; i < length; ++i) {
+    if ((p[i] & 0xC0) != 0x80) {
+      return byte;
+    }
+    value = value << 6 | (p[i] & 0x3FU);
+  }
+  return EncodedLength(value) == length ? Character{static_cast<int32_t>(value), length} : byte;
+}
+
+// ---- Whether the program matches at one place.
+
+class Matcher {
+ public:
+  Matcher(const RegExpState& object, const uint8_t* text, int32_t textLength, int64_t mostSteps)
+      : state(object),
+        program(regexp::ProgramOf(&object)),
+        subject(text),
+        subjectLength(textLength),
+        workLeft(mostSteps) {}
+
+ protected:
+  enum Result { kOk, kFail, kAbort };
+
+  struct Slot {
+    int32_t start = 0;
+    int32_t length = -1;
+  };
+
+  // A group that is open: what is left to its repetition that runs.
+  struct Group {
+    const Group* outer;
+    int32_t open;  // its records
+    int32_t close;
+    int32_t next;
+    int32_t least;
+    int32_t most;
+    bool isLazy;
+    uint32_t options;
+    int32_t start;
+  };
+
+  struct Scene {
+    int32_t end;  // the record that ends the program, or the look-around that is tried
+    uint32_t options;
+    const Group* group;
+  };
+
+  Result Match(int32_t cursor, int32_t at, const Scene& scene) {
+    if (--workLeft < 0) {
+      return kOk;  // ends it all
+    }
+    if (depth < 0) {
+      --steps;
+      return kAbort;
+    }
+    if (steps - 1 < 0 || (at > end && cursor < scene.end)) {
+      return kFail;
+    }
+    if (cursor >= scene.end) {
+      return requiresNonEmpty && slots[0].length == 0 ? kFail : kOk;
+    }
+    const size_t mark = trail.size();
+    --depth;
+    --steps;
+    const Result result = Execute(cursor, at, scene);
+    ++depth;
+    if (result != kAbort || program[cursor].op != OpChar) {
+      ++steps;
+    }
+    if (result == kFail) {
+      Undo(mark);
+    }
+    return result;
+  }
+
+  int32_t NextAlternative(int32_t from, int32_t to, int32_t serial) const {
+    while (from < to && (program[from].op != OpAlternative || program[from].a != serial)) {
+      ++from;
+    }
+    return from;
+  }
+
+  uint32_t OptionsBehind(int32_t record) const { return static_cast<uint32_t>(program[record].b); }
+
+  Character Read(int32_t at, bool isUtf8) const {
+    return isUtf8 ? Decode(subject + at, subject + end) : Character{subject[at], 1};
+  }
+
+  const RegExpState& state;
+  const ProgramNode* const program;
+  const uint8_t* const subject;
+  const int32_t subjectLength;
+  int64_t workLeft;
+
+  int32_t end = 0;  // of what is searched
+  bool requiresNonEmpty = false;
+  int32_t steps = state.matchLimit;
+  int32_t depth = state.matchLimit / 4;
+  std::vector<Slot> slots;
+  std::vector<std::pair<size_t, Slot>> trail;
+
+ private:
+  void Set(size_t slot, Slot value) {
+    trail.emplace_back(slot, slots[slot]);
+    slots[slot] = value;
+  }
+
+  void SetLength(int32_t length) { Set(0, {slots[0].start, length}); }
+
+  void Undo(size_t mark) {
+    for (; trail.size() > mark; trail.pop_back()) {
+      slots[trail.back().first] = trail.back().second;
+    }
+  }
+
+  Result Execute(int32_t cursor, int32_t at, const Scene& scene) {
+    const ProgramNode& node = program[cursor];
+    switch (node.op) {
+      case OpAssert:
+        return Assert(cursor, at, scene);
+      case OpAlternative:
+        return node.a < 1 ? kOk : EndGroup(at, scene);
+      case OpGroupEnd:
+        return EndGroup(at, scene);
+      case OpSetOptions:
+        return Match(cursor + 1, at, {scene.end, static_cast<uint32_t>(node.a), scene.group});
+      case OpCapture:
+      case OpGroup:
+      case OpOptionGroup:
+      case OpConditional:
+        return OpenGroup(cursor, at, scene);
+      case OpLookahead:
+      case OpNegLookahead:
+      case OpLookbehind:
+      case OpNegLookbehind:
+        return LookAround(cursor, at, scene);
+      case OpAtomic: {
+        const ProgramNode* quantifier = QuantifierAt(cursor + node.b + 2, scene);
+        const bool isLazy = quantifier != nullptr && quantifier->op == OpLazy;
+        return quantifier == nullptr
+                   ? Atomic(cursor, at, scene, {1, 1, false, cursor + node.b + 2})
+                   : Atomic(cursor, at, scene,
+                            {quantifier->a, quantifier->b, isLazy, cursor + node.b + 3});
+      }
+      default:
+        return Consume(cursor, at, scene);
+    }
+  }
+
+  const ProgramNode* QuantifierAt(int32_t cursor, const Scene& scene) const {
+    return cursor < scene.end && regexp::IsQuantifier(program[cursor]) ? program + cursor : nullptr;
+  }
+
+  // ---- Records that consume.
+
+  struct Taken {
+    int32_t bytes;
+    int32_t reported;
+  };
+
+  bool HasBytes(const uint8_t* bytes, int32_t count, int32_t at, uint32_t options) const {
+    if (count > end - at) {
+      return false;
+    }
+    const bool folds = Has(options, RegExpOptionI);
+    return std::equal(bytes, bytes + count, subject + at, [folds](int32_t p, int32_t s) {
+      return s == p || (folds && IsAsciiLetter(s) && (s ^ p) == 0x20);
+    });
+  }
+
+  std::optional<Taken> Take(const ProgramNode& node, int32_t at, uint32_t options) const {
+    const auto taken = [](bool matches, int32_t bytes) {
+      return matches ? std::optional<Taken>({bytes, bytes}) : std::nullopt;
+    };
+    if (at >= end) {
+      return std::nullopt;
+    }
+    // The format counts for classes and types alone.
+    const bool isUtf8 = state.characterFormat == 1 || (node.op != OpClass && node.op != OpCharType);
+    const Character character = Read(at, isUtf8);
+    const int32_t folds = Has(options, RegExpOptionI) ? 1 : 0;
+    switch (node.op) {
+      case OpChar: {
+        const auto byte = static_cast<uint8_t>(node.a);
+        return taken(HasBytes(&byte, 1, at, options), 1);
+      }
+      case OpString:
+        return taken(HasBytes(regexp::RunOf(node), node.b, at, options), node.b);
+      case OpBackref: {
+        const Slot slot = slots[static_cast<size_t>(node.a)];
+        return taken(slot.length >= 0 && HasBytes(subject + slot.start, slot.length, at, options),
+                     slot.length);
+      }
+      case OpClass:
+        return taken(InClass(&node, character.value, options), character.length);
+      case OpCharType:
+        return taken(IsOfType(character.value, node.a, options), character.length);
+      case OpAnyByte:
+        return taken(true, 1);
+      case OpCodePoint:
+        return MatchPropertyItem(character.value, &node, folds) >= 0
+                   ? std::optional<Taken>(
+                         {character.length, EncodedLength(static_cast<uint32_t>(node.a))})
+                   : std::nullopt;
+      case OpCategory:
+      case OpRange:
+      case OpScript:
+        return taken(MatchPropertyItem(character.value, &node, folds) >= 0, character.length);
+      case OpGrapheme: {
+        int32_t behind = at + character.length;
+        while (behind < end && IsMark(Read(behind, true).value)) {
+          behind += Read(behind, true).length;
+        }
+        return taken(!IsMark(character.value), behind - at);
+      }
+      default:
+        return std::nullopt;
+    }
+  }
+
+  Result Consume(int32_t cursor, int32_t at, const Scene& scene) {
+    const ProgramNode& node = program[cursor];
+    const int32_t next = cursor + 1 + (node.op == OpClass ? node.b : 0);
+    if (const ProgramNode* quantifier = QuantifierAt(next, scene)) {
+      return Repeat(node, *quantifier, next + 1, at, scene);
+    }
+    if (node.op == OpClass) {
+      return Repeat(node, {OpGreedy, 1, 1, 0, 0}, next, at, scene);
+    }
+    const std::optional<Taken> taken = Take(node, at, scene.options);
+    if (!taken) {
+      return kFail;
+    }
+    SetLength(slots[0].length + taken->reported);
+    const Result result = Match(next, at + taken->bytes, scene);
+    return result == kAbort ? AbortBehind(node.op) : result;
+  }
+
+  static Result AbortBehind(uint32_t op) {
+    return op == OpChar || op == OpBackref       ? kAbort
+           : op == OpCharType || op == OpAnyByte ? kFail
+                                                 : kOk;
+  }
+
+  Result Repeat(const ProgramNode& node, const ProgramNode& quantifier, int32_t next, int32_t at,
+                const Scene& scene) {
+    struct Place {
+      int32_t at;
+      int32_t length;
+    };
+    const auto least = static_cast<size_t>(quantifier.a);
+    std::vector<Place> places = {{at, slots[0].length}};  // behind none, one, two ... of them
+    const auto most = static_cast<size_t>(std::max(quantifier.a, std::min(quantifier.b, end - at)));
+    while (places.size() <= most) {
+      const Place last = places.back();
+      const std::optional<Taken> taken = Take(node, last.at, scene.options);
+      if (!taken) {
+        break;
+      }
+      places.push_back({last.at + taken->bytes, last.length + taken->reported});
+    }
+    if (places.size() <= least) {
+      return kFail;
+    }
+    places.erase(places.begin(), places.begin() + static_cast<ptrdiff_t>(least));
+    if (quantifier.op == OpGreedy) {
+      std::reverse(places.begin(), places.end());
+    }
+    const size_t mark = trail.size();
+    --depth;
+    Result result = kFail;
+    for (size_t i = 0; i < places.size() && result != kOk; ++i) {
+      Undo(mark);
+      SetLength(places[i].length);
+      result = Match(next, places[i].at, scene);
+    }
+    ++depth;
+    return result == kOk ? kOk : kFail;
+  }
+
+  // ---- Groups.
+
+  Result OpenGroup(int32_t cursor, int32_t at, const Scene& scene) {
+    const ProgramNode& node = program[cursor];
+    const int32_t close = cursor + node.b + 1;
+    const ProgramNode* quantifier = QuantifierAt(close + 1, scene);
+    Group group = {scene.group, cursor, close, close + 1, 1, 1, false, scene.options, at};
+    if (quantifier != nullptr) {
+      group.next = close + 2;
+      group.least = quantifier->a;
+      group.most = quantifier->b;
+      group.isLazy = quantifier->op == OpLazy;
+    }
+    if (node.op == OpOptionGroup) {
+      group.options = static_cast<uint32_t>(node.c);
+    }
+    if (group.most == 0 || (group.isLazy && group.least == 0)) {
+      const Result skipped = Match(group.next, at, scene);
+      if (group.most == 0 || skipped != kFail) {
+        return skipped;
+      }
+    }
+    const Slot old = slots[static_cast<size_t>(node.op == OpCapture ? node.c : 0)];
+    if (node.op == OpCapture) {
+      Set(static_cast<size_t>(node.c), {at, 0});
+    }
+    const Result result = TryBody(group, at, scene.end);
+    if (result != kFail) {
+      return result;
+    }
+    if (group.least > 0 || group.isLazy) {
+      return kFail;
+    }
+    if (node.op == OpCapture) {
+      Set(static_cast<size_t>(node.c), old);
+    }
+    return Match(group.next, at, {scene.end, OptionsBehind(close), scene.group});
+  }
+
+  // One repetition, and all that follows.
+  Result TryBody(const Group& group, int32_t at, int32_t programEnd) {
+    const ProgramNode& open = program[group.open];
+    Scene inside = {programEnd, group.options, &group};
+    int32_t first = group.open + 1;
+    if (open.op == OpConditional) {
+      const ProgramNode& condition = program[first];
+      Result holds = kFail;
+      if (condition.op == OpBackref) {
+        holds =
+            condition.a < state.captureCount && slots[static_cast<size_t>(condition.a)].length != -1
+                ? kOk
+                : kFail;
+        first += 1;
+      } else {
+        const int32_t behind = first + condition.b + 2;
+        holds = Match(first, at, {behind, group.options, &group});
+        first = behind;
+      }
+      if (holds == kFail) {
+        first = NextAlternative(first, group.close, open.a);
+        if (first < group.close) {
+          inside.options = OptionsBehind(first++);
+        }
+      }
+      return holds == kAbort ? kAbort : Match(first, at, inside);
+    }
+    for (;;) {
+      const Result result = Match(first, at, inside);
+      const int32_t alternative = NextAlternative(first, group.close, open.a);
+      if (result != kFail || alternative == group.close) {
+        return result;
+      }
+      inside.options = OptionsBehind(alternative);
+      first = alternative + 1;
+      SetLength(at - slots[0].start);
+    }
+  }
+
+  // The end of a repetition. What is aborted behind it has failed.
+  Result EndGroup(int32_t at, const Scene& scene) {
+    const Group& group = *scene.group;
+    const ProgramNode& open = program[group.open];
+    const Scene after = {scene.end, OptionsBehind(group.close), group.outer};
+    const int32_t consumed = at - group.start;
+    Group again = group;
+    --again.least;
+    --again.most;
+    again.start = at;
+    if (open.op == OpCapture) {
+      Set(static_cast<size_t>(open.c), {at - consumed, consumed});
+    }
+    const bool isLast = (again.most < 1 && !group.isLazy) || consumed == 0;
+    if (!isLast) {
+      if (depth - 1 < 0) {
+        return kFail;
+      }
+      const size_t mark = trail.size();
+      if (group.isLazy && again.least < 1) {
+        if (Match(group.next, at, after) == kOk) {
+          return kOk;
+        }
+        Undo(mark);
+      }
+      const Result result = again.most > 0 ? TryBody(again, at, scene.end) : kFail;
+      if (result != kFail || again.least > 0 || group.isLazy) {
+        return result == kOk ? kOk : kFail;
+      }
+    }
+    return Match(group.next, at, after) == kOk ? kOk : kFail;
+  }
+
+  // ---- Look-arounds and atomic groups: programs of their own.
+
+  // Tries what is inside. Slot 0 is afterwards as before, `*taken` is what it grew by; the captures
+  // of a match stay for good.
+  Result TryInside(int32_t cursor, int32_t at, const Scene& scene, int32_t* taken) {
+    const int32_t close = cursor + program[cursor].b + 1;
+    const size_t mark = trail.size();
+    const int32_t length = slots[0].length;
+    Scene inside = {close, scene.options, scene.group};
+    for (int32_t first = cursor + 1;;) {
+      const Result result = Match(first, at, inside);
+      if (result == kOk) {
+        *taken = slots[0].length - length;
+        slots[0].length = length;
+        trail.resize(mark);
+      }
+      const int32_t alternative = NextAlternative(first, close, program[cursor].a);
+      if (result != kFail || alternative == close) {
+        return result;
+      }
+      inside.options = OptionsBehind(alternative);
+      first = alternative + 1;
+    }
+  }
+
+  Result LookAround(int32_t cursor, int32_t at, const Scene& scene) {
+    const ProgramNode& node = program[cursor];
+    const bool isPositive = node.op == OpLookahead || node.op == OpLookbehind;
+    Result result = kFail;
+    if (!regexp::IsLookbehind(node) || at >= node.c) {
+      const int32_t from = regexp::IsLookbehind(node) ? StepBack(at, node.c) : at;
+      int32_t taken = 0;
+      result = TryInside(cursor, from, scene, &taken);
+    }
+    return result == kAbort                ? kAbort
+           : (result == kOk) == isPositive ? Match(cursor + node.b + 2, at, scene)
+                                           : kFail;
+  }
+
+  int32_t StepBack(int32_t at, int32_t count) const {
+    std::vector<int32_t> starts;
+    for (int32_t i = 0; i < at; i += Read(i, true).length) {
+      starts.push_back(i);
+    }
+    const auto back = static_cast<size_t>(count);
+    return count == 0 ? at : starts.size() < back ? at - count : starts[starts.size() - back];
+  }
+
+  struct Repetition {
+    int32_t least;
+    int32_t most;
+    bool isLazy;
+    int32_t next;
+  };
+
+  Result Atomic(int32_t cursor, int32_t at, const Scene& scene, Repetition left) {
+    if (left.isLazy && left.least < 1) {
+      const Result result = Match(left.next, at, scene);
+      if (result != kFail) {
+        return result;
+      }
+    }
+    int32_t taken = 0;
+    const Result inside = left.most < 1 ? kFail : TryInside(cursor, at, scene, &taken);
+    if (inside == kAbort || (inside == kFail && (left.least > 0 || left.isLazy))) {
+      return inside;
+    }
+    if (taken > 0) {
+      const size_t mark = trail.size();
+      SetLength(slots[0].length + taken);
+      const Repetition less = {left.least - 1, left.most - 1, left.isLazy, left.next};
+      const Result result = Atomic(cursor, at + taken, scene, less);
+      if (result != kFail || less.least >= 0 || left.isLazy) {
+        return result;
+      }
+      Undo(mark);
+    }
+    return Match(left.next, at, scene);
+  }
+
+  // ---- Assertions.
+
+  Result Assert(int32_t cursor, int32_t at, const Scene& scene) {
+    const ProgramNode* quantifier = QuantifierAt(cursor + 1, scene);
+    const bool isOptional = quantifier != nullptr && quantifier->a == 0;
+    return isOptional || Holds(program[cursor].a, at, scene.options)
+               ? Match(cursor + (quantifier == nullptr ? 1 : 2), at, scene)
+               : kFail;
+  }
+
+  bool Holds(int32_t letter, int32_t at, uint32_t options) const {
+    const bool isStart = at == 0;
+    const bool isEnd = at == end;
+    const bool isBehindNewline = !isStart && subject[at - 1] == '\n';
+    const bool isAtNewline = !isEnd && subject[at] == '\n';
+    const bool isLastNewline = isAtNewline && at + 1 == end;
+    const bool isBoundary =
+        (!isStart && IsWord(subject[at - 1])) != (at < subjectLength && IsWord(subject[at]));
+    const bool byLines = Has(options, RegExpOptionM);
+    switch (letter) {
+      case 'A':
+      case 'G':
+        return isStart;
+      case 'Z':
+        return isEnd || isLastNewline;
+      case 'z':
+        return isEnd;
+      case '^':
+        return isStart || (byLines && isBehindNewline && !isEnd);
+      case '$':
+        return isEnd || isLastNewline || (byLines && isAtNewline);
+      case 'b':
+      case 'B':
+        return isBoundary == (letter == 'b');
+      case 0x80:
+        return isStart || isBehindNewline;
+      default:
+        return false;
+    }
+  }
+};
+
+// ---- Where it matches.
+
+class Searcher : Matcher {
+ public:
+  using Matcher::Matcher;
+
+  SearchAnswer Run(int32_t room) {
+    windowEnd = subjectLength;
+    if (state.requiredLiteralIndex >= 0) {
+      const ProgramNode& literal = program[state.requiredLiteralIndex];
+      const int32_t last = FindLiteral(literal, (literal.c & RegExpOptionI) != 0, true);
+      windowEnd = last < 0 ? 0 : last + LiteralLength(literal);
+    }
+    const bool findsAll = Has(state.compileFlags, RegExpOptionG);
+    const bool folds = Has(state.compileFlags, RegExpOptionI);
+    answer.count = room;
+    if (state.searchMode == 2 && !findsAll) {
+      FindLiterals(folds);
+      return answer;
+    }
+    const int32_t from =
+        state.searchMode == 1 ? std::max(FindLiteral(program[0], folds, false), 0) : 0;
+    ChooseStarts();
+    if (findsAll) {
+      FindAll(from);
+    } else {
+      FindOne(from);
+    }
+    answer.isComplete = workLeft >= 0;
+    return answer;
+  }
+
+ private:
+  enum class Starts { kAnywhere, kFirst, kLines };
+
+  static int32_t LiteralLength(const ProgramNode& literal) {
+    return literal.op == OpChar ? 1 : literal.b;
+  }
+
+  // The first or last place of a literal in the window, -1 for none.
+  int32_t FindLiteral(const ProgramNode& literal, bool folds, bool last) const {
+    const auto byte = static_cast<uint8_t>(literal.a);
+    const uint8_t* text = literal.op == OpChar ? &byte : regexp::RunOf(literal);
+    int32_t found = -1;
+    for (int32_t i = 0; i + LiteralLength(literal) <= windowEnd && (last || found < 0); ++i) {
+      const bool isHere = std::equal(
+          text, text + LiteralLength(literal), subject + i,
+          [folds](int32_t a, int32_t b) { return folds ? ToUpper(a) == ToUpper(b) : a == b; });
+      found = isHere ? i : found;
+    }
+    return found;
+  }
+
+  void FindLiterals(bool folds) {
+    answer.count = 0;
+    int32_t best = -1;
+    for (int32_t i = 0; i < state.nodeCount; i += 2) {
+      const int32_t place = FindLiteral(program[i], folds, false);
+      if (place >= 0 && (best < 0 || place < best)) {
+        best = place;
+        answer.results = {{subject + place, LiteralLength(program[i])}};
+        answer.count = 1;
+      }
+    }
+  }
+
+  void ChooseStarts() {
+    const ProgramNode& first = program[0];
+    if (state.nodeCount < 1 || first.op != OpAssert ||
+        NextAlternative(0, state.nodeCount, 0) < state.nodeCount) {
+      return;
+    }
+    if (first.a == '^' && Has(state.compileFlags, RegExpOptionM)) {
+      starts = Starts::kLines;
+    } else if (first.a == '^' || first.a == 'A' || first.a == 'G') {
+      const bool isOptional =
+          state.nodeCount > 1 && regexp::IsQuantifier(program[1]) && program[1].a == 0;
+      starts = isOptional ? Starts::kAnywhere : Starts::kFirst;
+    }
+  }
+
+  void FindOne(int32_t from) {
+    answer.count = std::min(answer.count, state.captureCount);
+    const Result result = TryStarts(from, windowEnd);
+    if (result == kAbort || (result == kFail && steps < 0)) {
+      answer.count = result == kAbort ? 0 : answer.count;
+      answer.status = StatusRegExpMatchLimit;
+    } else if (result == kFail) {
+      answer.count = 0;
+    } else {
+      Append(0, answer.count);
+      answer.status =
+          answer.count < state.captureCount ? StatusRegExpResultsTruncated : StatusNoError;
+    }
+  }
+
+  void FindAll(int32_t at) {
+    const int32_t room = answer.count;
+    const int32_t firstSlot = state.captureCount > 1 ? 1 : 0;
+    const auto written = [this] { return static_cast<int32_t>(answer.results.size()); };
+    while (at <= windowEnd && written() < room && TryStarts(at, windowEnd) == kOk) {
+      Append(firstSlot, room - written());
+      at = std::min(slots[0].start + slots[0].length, windowEnd);
+      if (slots[0].length == 0) {
+        if (written() < room && at < windowEnd) {
+          requiresNonEmpty = true;
+          if (TryStarts(at, at + 1) == kOk) {
+            Append(firstSlot, room - written());
+          }
+          requiresNonEmpty = false;
+        }
+        ++at;
+      }
+    }
+    if (steps < 0) {
+      answer.status = StatusRegExpMatchLimit;
+      answer.results.clear();
+      return;
+    }
+    answer.count = written();
+    answer.status = written() != 0 && written() < state.captureCount - firstSlot
+                        ? StatusRegExpResultsTruncated
+                        : StatusNoError;
+  }
+
+  void Append(int32_t slot, int32_t most) {
+    for (; slot < state.captureCount && most > 0; ++slot, --most) {
+      const Slot& from = slots[static_cast<size_t>(slot)];
+      answer.results.push_back({from.length < 0 ? nullptr : subject + from.start, from.length});
+    }
+  }
+
+  Result TryStarts(int32_t from, int32_t to) {
+    end = to;
+    --depth;
+    Result result = kFail;
+    for (int32_t at = from; at <= to; at = NextStart(at)) {
+      result = TryAlternatives(at);
+      if (result != kFail) {
+        break;
+      }
+    }
+    ++depth;
+    return result;
+  }
+
+  int32_t NextStart(int32_t at) const {
+    if (starts == Starts::kFirst) {
+      return end + 1;
+    }
+    do {
+      at += at < end ? Read(at, state.characterFormat == 1).length : 1;
+    } while (starts == Starts::kLines && at <= end && subject[at - 1] != '\n');
+    return at;
+  }
+
+  Result TryAlternatives(int32_t at) {
+    slots.assign(static_cast<size_t>(state.captureCount), {});
+    Scene scene = {state.nodeCount, state.compileFlags, nullptr};
+    for (int32_t first = 0;;) {
+      slots[0] = {at, 0};
+      trail.clear();
+      const Result result = Match(first, at, scene);
+      const int32_t alternative = NextAlternative(first, state.nodeCount, 0);
+      if (result != kFail || alternative == state.nodeCount) {
+        return result;
+      }
+      scene.options = OptionsBehind(alternative);
+      first = alternative + 1;
+    }
+  }
+
+  int32_t windowEnd = 0;
+  Starts starts = Starts::kAnywhere;
+  SearchAnswer answer;
+};
+
+}  // namespace
+
+SearchAnswer AnswerOfModel(const RegExpState& state, const uint8_t* subject, int32_t length,
+                           int32_t room, int64_t mostSteps) {
+  return Searcher(state, subject, length, mostSteps).Run(room);
+}
+
+}  // namespace vekch::test

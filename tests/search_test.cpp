@@ -1,0 +1,728 @@
+// Searching: oddities by name with results worked out by hand, small worlds in full and large
+// patterns at random beside the model, arguments, and the stack that a search takes.
+//
+// Subjects lie in turn in front of and behind a page that can't be touched; objects and results end
+// at one.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <pthread.h>
+#endif
+
+#include "tests/guarded_buffer.h"
+#include "tests/match_model.h"
+#include "vekch/regexp_program.h"
+#include "vekch/vekch.h"
+
+namespace vekch::test {
+namespace {
+
+constexpr int32_t kDefaultLimit = 10000;
+constexpr int32_t kMostResults = 40;
+
+#ifdef VEKCH_TEST_INSTRUMENTED
+constexpr bool kIsInstrumented = true;
+constexpr size_t kShare = 8;  // one of so many cases is tried
+#else
+constexpr bool kIsInstrumented = false;
+constexpr size_t kShare = 1;
+#endif
+
+// ---- The stack that a call takes.
+
+constexpr size_t kPainted = 236 * 1024;
+
+// The bytes below the caller's frame: written from above, as the system grows a stack, or looked
+// through for the lowest that was written since.
+[[gnu::noinline]] size_t PaintStack(bool paints) {
+  constexpr size_t kOwnFrame = 256;
+  auto* top = static_cast<volatile uint8_t*>(__builtin_frame_address(0));
+  size_t depth = paints ? kOwnFrame : kPainted;
+  for (; paints && depth < kPainted; ++depth) {
+    *(top - depth) = 0xA5;
+  }
+  while (!paints && depth > kOwnFrame && *(top - depth + 1) == 0xA5) {
+    --depth;
+  }
+  return depth;
+}
+
+// How a search is run.
+struct Setting {
+  std::string options = {};
+  int32_t format = 1;
+  int32_t limit = kDefaultLimit;
+  int32_t room = kMostResults;
+};
+
+class Bench {
+ public:
+  bool Compile(const std::string& text, const Setting& how) {
+    pattern = text;
+    setting = how;
+    const auto* bytes = reinterpret_cast<const uint8_t*>(text.c_str());
+    int32_t size = 0;
+    int32_t offset = 0;
+    veksRegExpGetSize(bytes, &size);
+    state = reinterpret_cast<RegExpState*>(objects.AtEnd(static_cast<size_t>(size)));
+    if (veksRegExpInit(bytes, reinterpret_cast<const uint8_t*>(how.options.c_str()), state,
+                       &offset) != StatusNoError) {
+      return false;
+    }
+    Set(how);
+    return true;
+  }
+
+  void Set(const Setting& how) {
+    setting = how;
+    veksRegExpSetFormat(how.format, state);
+    veksRegExpSetMatchLimit(how.limit, state);
+  }
+
+  void Place(const std::string& bytes) {
+    isAtEnd = !isAtEnd;
+    subject = isAtEnd ? subjects.AtEnd(bytes.size()) : subjects.AtStart();
+    length = static_cast<int32_t>(bytes.size());
+    std::memcpy(subject, bytes.data(), bytes.size());
+  }
+
+  SearchAnswer AskModel(int64_t mostSteps = INT64_MAX) const {
+    return AnswerOfModel(*state, subject, length, setting.room, mostSteps);
+  }
+
+  SearchAnswer AskLibrary() {
+    const RegExpFindResult unwritten = {subject, -77};
+    auto* found = reinterpret_cast<RegExpFindResult*>(
+        results.AtEnd(static_cast<size_t>(setting.room) * sizeof(RegExpFindResult)));
+    std::fill_n(found, setting.room, unwritten);
+    SearchAnswer answer;
+    answer.count = setting.room;
+    if (measuresStack) {
+      PaintStack(true);
+    }
+    answer.status = veksRegExpFind_8u(subject, length, state, found, &answer.count);
+    if (measuresStack) {
+      stackTaken = PaintStack(false);
+    }
+    if (answer.status >= 0) {
+      answer.results.assign(found, found + answer.count);
+      // What is behind them was not written.
+      EXPECT_TRUE(std::all_of(found + answer.count, found + setting.room,
+                              [](const RegExpFindResult& each) { return each.length == -77; }))
+          << Describe();
+    }
+    return answer;
+  }
+
+  // "start+length", "-" for none, and the status where it is another one.
+  std::string Show(const SearchAnswer& answer) const {
+    std::string text = answer.status == StatusNoError                  ? ""
+                       : answer.status == StatusRegExpResultsTruncated ? "truncated "
+                       : answer.status == StatusRegExpMatchLimit       ? "limit "
+                                                                       : "? ";
+    text += answer.status < 0 ? std::to_string(answer.count) + " " : "";
+    for (const RegExpFindResult& each : answer.results) {
+      text += each.pointer == nullptr ? each.length == -1 ? "- " : "? "
+                                      : std::to_string(each.pointer - subject) + "+" +
+                                            std::to_string(each.length) + " ";
+    }
+    return text.substr(0, text.size() - (text.empty() ? 0 : 1));
+  }
+
+  std::string Describe() const {
+    return "/" + pattern + "/" + setting.options + " format " + std::to_string(setting.format) +
+           " limit " + std::to_string(setting.limit) + " room " + std::to_string(setting.room) +
+           " on " + testing::PrintToString(std::string(subject, subject + length));
+  }
+
+  // False if it is too much work for the model.
+  bool CompareWithModel() {
+    const SearchAnswer expected = AskModel(100000);
+    if (expected.isComplete) {
+      const SearchAnswer answer = AskLibrary();
+      const auto isSame = [](const RegExpFindResult& a, const RegExpFindResult& b) {
+        return a.pointer == b.pointer && a.length == b.length;
+      };
+      const bool agrees = answer.status == expected.status && answer.count == expected.count &&
+                          (expected.status < 0 ||
+                           std::equal(answer.results.begin(), answer.results.end(),
+                                      expected.results.begin(), expected.results.end(), isSame));
+      EXPECT_TRUE(agrees) << Describe() << "\nexpected " << Show(expected) << "\nbut got  "
+                          << Show(answer);
+    }
+    return expected.isComplete;
+  }
+
+  RegExpState* state = nullptr;
+  Setting setting;
+  bool measuresStack = false;
+  size_t stackTaken = 0;
+
+ private:
+  std::string pattern;
+  GuardedBuffer objects{RegExpFixedSize + RegExpSizePerByte * 20000};
+  GuardedBuffer subjects{100000};
+  GuardedBuffer results{kMostResults * sizeof(RegExpFindResult)};
+  uint8_t* subject = nullptr;
+  int32_t length = 0;
+  bool isAtEnd = false;
+};
+
+// ---- Oddities.
+
+struct Oddity {
+  const char* name;
+  const char* pattern;
+  std::string subject;
+  const char* expected;  // as Bench::Show shows it
+  Setting setting = {};
+};
+
+const Oddity kOddities[] = {
+    // What consumes.
+    {"a short subject fails a counted repetition", "a{2,3}", "a", ""},
+    {"letters fold in ASCII alone", "k\xC3\x89", "K\xC3\xA9", "", {"i"}},
+    {"bytes that differ in the case bit, but are no letters", "[@`]@", "``", "", {"i"}},
+    {"a back-reference needs a byte, even to match none", "(a*)b\\1", "b", ""},
+    {"an empty back-reference in front of a byte", "(a*)b\\1", "bc", "0+1 0+0"},
+    {"an optional back-reference at the end", "(a*)b\\1?", "b", "0+1 0+0"},
+    {"a back-reference to a group without a part", "(a)|b\\1", "b", ""},
+    {"a back-reference folds", "(a)\\1", "aA", "0+2 0+1", {"i"}},
+    {"a group that is open has captured nothing yet", "(a\\1b)", "ab", "0+2 0+2"},
+    {"a class takes a whole character", "[^a]", "\xC3\xA9", "0+2"},
+    {"and in the byte format one byte", "[^a]", "\xC3\xA9", "0+1", {"", 0}},
+    {"a byte of a class is a character's value", "[\\xE9x]", "\xC3\xA9", "0+2"},
+    {"a range folds", "[a-c]", "B", "0+1", {"i"}},
+    {"a property doesn't fold", "\\p{Lu}", "a", "", {"i"}},
+    {"a negated property in a negated class", "[^\\P{L}]", "1a", "1+1"},
+    {"a negated name is the complement of all its items", "[[:^alnum:]]", "aB1-", "3+1"},
+    {"\\C splits characters", "\\C\\C", "\xC3\xA9", "0+2"},
+    {"a character and its marks", "\\X", "e\xCC\x81x", "0+3"},
+    {"a mark alone is no \\X", "(\\X)", "\xCC\x81", ""},
+    {"a sequence that the subject cuts off", "(.)", "\xE2\x82", "0+1 0+1"},
+    {"a byte that is no UTF-8 is its own code point", "\\x{E9}", "\xE9", "0+2"},
+    {"whose length in UTF-8 may pass the end, where all ends", "\\x{E9}", "\xE9\xE9", "0+2", {"g"}},
+    {"a code point folds to one of another length", "\\x{2C65}", "\xC8\xBA", "0+3", {"i"}},
+    {"an atomic group goes on where that length leads", "(?>\\x{E9})b", "\xE9xb", "0+3"},
+    {"merged repetitions are greedy", "..+?", "abc", "0+3"},
+    // Assertions.
+    {"\\Z in front of a last newline", "a\\Z", "a\n", "0+1"},
+    {"\\z is the end alone", "a\\z", "a\n", ""},
+    {"$ without option m", "a$", "a\na\n", "2+1"},
+    {"$ with option m", "a$", "a\na\n", "0+1", {"m"}},
+    {"no line starts at the end", "^", "a\n", "0+0", {"gm"}},
+    {"every line start, and no other place", "^abc", "abcabc\nabc", "0+3 7+3", {"gm"}},
+    {"the start alone", "^abc", "x\nabc", ""},
+    {"an optional anchor is none", "^*abc", "xabc", "1+3"},
+    {"a repeated assertion is tested once", "x\\b{2}", "xx", "1+1"},
+    {"an optional assertion is not tested", "x\\b{0,2}", "xx", "0+1"},
+    {"the implicit anchor belongs to the first alternative", ".*b|c", "\nac", "2+1"},
+    // Groups.
+    {"a repetition of nothing is the last one", "(a|)*b", "b", "0+1 0+0"},
+    {"even where more are due", "(|a){2}", "a", "0+0 0+0"},
+    {"none at most", "(a){0}b", "ab", "1+1 -"},
+    {"a capture goes back with its repetition", "(a|b)*b", "abb", "0+3 1+1"},
+    {"a failed repetition leaves the one before in peace", "(?:(a|ab)c?)*d", "abcd", "0+4 0+2"},
+    {"alternatives in their order", "(a|ab)(c|bcd)(d*)", "abcd", "0+4 0+1 1+3 4+0"},
+    {"a lazy group first skips", "(a)*?(b?)", "ab", "0+0 - 0+0"},
+    {"a lazy group takes what it must", "(a){2,}?(a*)", "aaa", "0+3 1+1 2+1"},
+    {"options end with their group", "(?:a(?i)b)c", "aBC", ""},
+    {"and hold in its later alternatives", "((?i)a|b)c", "Bc", "0+2 0+1"},
+    {"but not in its next repetition", "(?:a(?i)|b)*c", "aAc", "2+1"},
+    {"options hold in later alternatives at top level", "(?i)a|b", "B", "0+1"},
+    {"a condition that holds not", "(a)?(?(1)x|y)", "y", "0+1 -"},
+    {"a condition that holds", "(a)?(?(1)x|y)", "ax", "0+2 0+1"},
+    {"the other branch is never tried", "(?(?=a)ab|ac)", "ac", ""},
+    {"a condition without a second branch", "(a)?(?(1)b)c", "abc c", "0+3 0+1"},
+    // Look-arounds and atomic groups.
+    {"an atomic group gives nothing back", "(?>a*)a", "aaa", ""},
+    {"but whole repetitions", "(?>ab)*ab", "abab", "0+4"},
+    {"nor does it try another alternative", "(?>a|ab)c", "abc", ""},
+    {"captures of a look-around stay when what follows fails", "(?=(a))x|a", "a", "0+1 0+1"},
+    {"even those of one that should not match", "(?:(?!(ab))x|a)", "ab", "0+1 0+2"},
+    {"until the next start", "(?=(a))x|b", "ab", "1+1 -"},
+    {"too little in front of it", "(?<=ab)c|(?<!ab)b", "bc", "0+1"},
+    {"literal text behind counts in bytes, the way back in characters", "(?<=\xC3\xA9)b",
+     "x\xC3\xA9"
+     "b",
+     ""},
+    {"which meet at the start", "(?<=\xC3\xA9)b",
+     "\xC3\xA9"
+     "b",
+     "2+1"},
+    {"a code point behind", "(?<=\\x{E9})b",
+     "x\xC3\xA9"
+     "b",
+     "3+1"},
+    {"the way back in characters in the byte format too",
+     "(?<=.)b",
+     "\xC3\xA9"
+     "b",
+     "2+1",
+     {"", 0}},
+    // Where the search begins and ends.
+    {"alternatives of literals: the earliest", "cat|dog", "hotdog cat", "3+3"},
+    {"of two at one place the first", "ab|abc", "abc", "0+2"},
+    {"a literal in front, though none of it is needed", "a*?b", "bab", "1+2"},
+    {"found by folding", "a+b", "xAB", "1+2", {"i"}},
+    {"nothing inside a character", "(\xA9)", "\xC3\xA9", ""},
+    {"unless the literal is looked for", "\xA9", "\xC3\xA9", "1+1"},
+    {"or bytes are", "(\xA9)", "\xC3\xA9", "1+1 1+1", {"", 0}},
+    {"fewer results than groups", "(a)(b)(c)", "abc", "truncated 0+3", {"", 1, kDefaultLimit, 1}},
+    // Every match.
+    {"empty matches, one a place", "x*", "ab", "0+0 1+0 2+0", {"g"}},
+    {"groups alone", "(a)(b)?", "aab", "0+1 - 1+1 2+1", {"g"}},
+    {"room for less than a match", "(a)(b)", "abab", "truncated 0+1", {"g", 1, kDefaultLimit, 1}},
+    {"room for less than two", "(a)(b)", "abab", "0+1 1+1 2+1", {"g", 1, kDefaultLimit, 3}},
+    {"behind an empty match one byte is tried", "(?:|ab|a)", "ab", "0+0 0+1 1+0 2+0", {"g"}},
+    {"as if it were the last", "(?:|a$)", "ab", "0+0 0+1 1+0 2+0", {"g"}},
+    {"but for word boundaries", "(?:|a\\b)", "ab", "0+0 1+0 2+0", {"g"}},
+    {"an alternative at top level may be empty again", "|a", "a", "0+0 0+0 1+0", {"g"}},
+    {"an empty look-ahead is refused with the match", "(?=a)a|x*", "a", "0+1 1+0", {"g"}},
+    // Limits.
+    {"no depth at all", "a", "a", "limit 0", {"", 1, 3}},
+    {"alternatives of literals need none", "a|b", "b", "0+1", {"", 1, 0}},
+    {"an abort behind a byte stays one", "a(b)", "ac", "limit 0", {"", 1, 4}},
+    {"behind a run it is a match", "ab(c)", "abd", "0+2 -", {"", 1, 4}},
+    {"behind a type it is a failure", ".(b)", "ac", "", {"", 1, 4}},
+    {"failures that cost too many steps", "a*(b)", "aaaaaa", "limit 2", {"", 1, 4}},
+    {"with every match the elements stay as many", "a*(b)", "aaaaaa", "limit 40", {"g", 1, 4}},
+    {"a repetition that has no depth left", "(a)*", "aaaa", "0+1 0+1", {"", 1, 24}},
+};
+
+TEST(SearchTest, Oddities) {
+  Bench bench;
+  for (const Oddity& test : kOddities) {
+    ASSERT_TRUE(bench.Compile(test.pattern, test.setting)) << test.name;
+    bench.Place(test.subject);
+    EXPECT_EQ(bench.Show(bench.AskLibrary()), test.expected) << test.name;
+    EXPECT_EQ(bench.Show(bench.AskModel()), test.expected) << test.name << ", by the model";
+  }
+}
+
+// ---- Small worlds.
+
+using Words = std::vector<std::string>;
+
+// Every text of up to `most` words.
+Words AllTexts(const Words& words, size_t most) {
+  Words texts = {""};
+  for (size_t begin = 0; most > 0; --most) {
+    for (const size_t end = texts.size(); begin < end; ++begin) {
+      for (const std::string& word : words) {
+        texts.push_back(texts[begin] + word);
+      }
+    }
+  }
+  return texts;
+}
+
+struct World {
+  const char* name;
+  Words words;  // of patterns
+  size_t mostWords;
+  Words letters;  // of subjects
+  size_t mostLetters;
+  Words options;
+  std::vector<int32_t> formats;
+  std::vector<int32_t> limits;
+  size_t least;  // patterns that compile
+};
+
+std::vector<int32_t> LimitsUpTo(int32_t last) {
+  std::vector<int32_t> limits = {kDefaultLimit};
+  for (; last >= 0; --last) {
+    limits.push_back(last);
+  }
+  return limits;
+}
+
+const Words kAtoms = {"a",   "b",   "\xC3\xA9", "\n",      ".", "[^a]", "\\w",
+                      "\\1", "\\C", "\\X",      "\\x{E9}", "^", "$",    "\\b"};
+const Words kBrackets = {"|", "(", ")", "(?:", "(?=", "(?!", "(?>", "(?<=", "(?(1)", "(?i)"};
+const Words kQuantifiers = {"*", "+?", "{2}"};
+
+Words Join(Words all, const Words& more) {
+  all.insert(all.end(), more.begin(), more.end());
+  return all;
+}
+
+const World kWorlds[] = {
+    {"AllWords",
+     Join(Join(kAtoms, kBrackets), kQuantifiers),
+     3,
+     {"a", "b", "\n", "\xC3\xA9"},
+     3,
+     {"", "m", "g", "gm"},
+     {0, 1},
+     {kDefaultLimit},
+     4000},
+    {"AllWordsWithLimits",
+     Join(Join(kAtoms, kBrackets), kQuantifiers),
+     3,
+     {"ab\xC3\xA9", "aab\na"},
+     1,
+     {"", "gi"},
+     {1},
+     LimitsUpTo(60),
+     4000},
+    {"Groups",
+     {"a", "b", "|", "(", ")", "*", "??", "{2}", "\\1"},
+     6,
+     {"a", "b"},
+     3,
+     {""},
+     {1},
+     {kDefaultLimit},
+     4000},
+    {"GroupsWithLimits",
+     {"a", "|", "(", ")", "*", "+?", "(?>"},
+     6,
+     {"aaa"},
+     1,
+     {"", "g"},
+     {1},
+     LimitsUpTo(48),
+     4000},
+};
+
+class SmallWorlds : public testing::TestWithParam<World> {};
+
+TEST_P(SmallWorlds, LikeTheModel) {
+  const World& world = GetParam();
+  const Words subjects = AllTexts(world.letters, world.mostLetters);
+  Bench bench;
+  size_t number = 0;
+  size_t compiled = 0;
+  for (const std::string& pattern : AllTexts(world.words, world.mostWords)) {
+    for (const std::string& options : world.options) {
+      if (++number % kShare != 0 || !bench.Compile(pattern, {options})) {
+        continue;
+      }
+      ++compiled;
+      for (const int32_t format : world.formats) {
+        for (const int32_t limit : world.limits) {
+          bench.Set({options, format, limit});
+          for (const std::string& subject : subjects) {
+            bench.Place(subject);
+            ASSERT_TRUE(bench.CompareWithModel()) << bench.Describe();
+            if (HasFailure()) {
+              return;
+            }
+          }
+        }
+      }
+    }
+  }
+  EXPECT_GT(compiled, world.least / kShare);
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, SmallWorlds, testing::ValuesIn(kWorlds),
+                         [](const auto& world) { return std::string(world.param.name); });
+
+// ---- Large patterns, at random.
+
+class Author {
+ public:
+  explicit Author(unsigned seed) : engine(seed) {}
+
+  size_t Below(size_t limit) { return engine() % limit; }
+  bool Chance(size_t percent) { return Below(100) < percent; }
+  std::string Pick(const Words& words) { return words[Below(words.size())]; }
+
+  std::string Pattern() {
+    groups = 0;
+    return Alternatives(3);
+  }
+
+  std::string Subject() {
+    static const Words kLetters = {"a",
+                                   "a",
+                                   "b",
+                                   "b",
+                                   "c",
+                                   "A",
+                                   "1",
+                                   " ",
+                                   "\n",
+                                   "\xC3\xA9",
+                                   "\xC3\x89",
+                                   "e\xCC\x81",
+                                   "\xE4\xB8\xAD",
+                                   "\xC3",
+                                   "\xE9"};
+    std::string text;
+    for (size_t left = Below(9); left > 0; --left) {
+      text += Pick(kLetters);
+    }
+    return text;
+  }
+
+ private:
+  std::string Alternatives(size_t depth) {
+    std::string text = Sequence(depth);
+    while (Chance(30)) {
+      text += "|" + (Chance(85) ? Sequence(depth) : "");
+    }
+    return text;
+  }
+
+  std::string Sequence(size_t depth) {
+    std::string text;
+    for (size_t left = 1 + Below(3); left > 0; --left) {
+      text += Item(depth);
+    }
+    return text;
+  }
+
+  std::string Item(size_t depth) {
+    static const Words kPlain = {"a", "b",   "c",   "ab",  "abc", "\xC3\xA9",
+                                 ".", "\\d", "\\w", "\\W", "\\s", "\\S"};
+    static const Words kRare = {
+        "[ab]",     "[^a]",     "[a-c\xC3\xA9]", "[[:^alpha:]]", "[^\\PL\\d]", "\\pL", "\\P{Lu}",
+        "\\p{Any}", "\\p{Han}", "\\x{E9}",       "\\x{4E2D}",    "\\C",        "\\X"};
+    static const Words kAsserts = {"^",   "$",   "\\b",  "\\B",   "\\A",   "\\G",
+                                   "\\z", "\\Z", "(?i)", "(?-i)", "(?s-m)"};
+    static const Words kOpenings = {"(?:", "(?:", "(?>", "(?i:", "(?=", "(?!"};
+    const size_t kind = depth == 0 ? Below(55) : Below(100);
+    if (kind < 32) {
+      return Pick(kPlain) + Quantifier();
+    }
+    if (kind < 47) {
+      return Pick(kRare) + Quantifier();
+    }
+    if (kind < 53) {
+      return Pick(kAsserts);
+    }
+    if (kind < 55) {
+      return (groups == 0 ? "a" : "\\" + std::to_string(1 + Below(groups))) + Quantifier();
+    }
+    if (kind < 75) {
+      ++groups;
+      return "(" + Alternatives(depth - 1) + ")" + Quantifier();
+    }
+    if (kind < 93) {
+      return Pick(kOpenings) + Alternatives(depth - 1) + ")" + Quantifier();
+    }
+    if (kind < 96) {
+      return Pick({"(?<=", "(?<!"}) + Pick(kPlain) + Pick(kPlain) + ")";
+    }
+    const std::string condition = groups > 0 && Chance(50)
+                                      ? "(" + std::to_string(1 + Below(groups)) + ")"
+                                      : Pick({"(?=", "(?!", "(?<="}) + Pick(kPlain) + ")";
+    return "(?" + condition + Sequence(depth - 1) + (Chance(70) ? "|" + Sequence(depth - 1) : "") +
+           ")" + Quantifier();
+  }
+
+  std::string Quantifier() {
+    static const Words kTimes = {"*",     "+",      "?",    "*?",     "+?", "{2}",
+                                 "{1,2}", "{0,1}?", "{2,}", "{1,3}?", "{0}"};
+    return Chance(45) ? Pick(kTimes) : "";
+  }
+
+  std::mt19937 engine;
+  size_t groups = 0;
+};
+
+TEST(SearchTest, LargePatternsLikeTheModel) {
+  Author author(20260);
+  Bench bench;
+  size_t compared = 0;
+  size_t tooMuch = 0;
+  for (size_t left = 60000 / kShare; left > 0; --left) {
+    const std::string pattern = author.Pattern();
+    const std::string options = author.Pick({"", "", "s", "m", "i", "g", "gi", "gm"});
+    if (!bench.Compile(pattern, {options})) {
+      continue;
+    }
+    for (size_t times = 0; times < 6; ++times) {
+      const auto room =
+          static_cast<int32_t>(author.Chance(80) ? kMostResults : 1 + author.Below(6));
+      const auto limit =
+          static_cast<int32_t>(author.Chance(50) ? kDefaultLimit : author.Below(150));
+      bench.Set({options, author.Chance(25) ? 0 : 1, limit, room});
+      bench.Place(author.Subject());
+      const bool wasCompared = bench.CompareWithModel();
+      if (HasFailure()) {
+        return;
+      }
+      ++(wasCompared ? compared : tooMuch);
+    }
+  }
+  EXPECT_GT(compared, 200000 / kShare);
+  EXPECT_LT(tooMuch, compared / 1000);
+}
+
+// ---- Arguments, in the order of the checks; each failure writes nothing.
+
+TEST(SearchTest, Arguments) {
+  Bench bench;
+  bench.Compile("a", {});
+  const uint8_t text[] = {'a'};
+  RegExpFindResult results[1];
+  std::vector<uint64_t> noObject(RegExpFixedSize / 8);
+  auto* none = reinterpret_cast<RegExpState*>(noObject.data());
+  struct Case {
+    const uint8_t* subject;
+    int32_t length;
+    RegExpState* state;
+    RegExpFindResult* results;
+    int32_t room;  // below INT_MIN + 1: no count
+    vekStatus status;
+  };
+  constexpr int32_t kNoCount = INT32_MIN;
+  const Case cases[] = {
+      {nullptr, -1, none, results, 0, StatusNullPointer},
+      {text, -1, nullptr, results, 0, StatusNullPointer},
+      {text, -1, none, nullptr, 0, StatusNullPointer},
+      {text, -1, none, results, kNoCount, StatusNullPointer},
+      {text, -1, none, results, 0, StatusLengthError},
+      {text, INT32_MIN, bench.state, results, 1, StatusLengthError},
+      {text, 1, none, results, 0, StatusSizeError},
+      {text, 1, bench.state, results, -1, StatusSizeError},
+      {text, 1, none, results, 1, StatusRegExpError},
+      {text, 0, none, results, 1, StatusRegExpError},
+      {text, 0, bench.state, results, 1, StatusNoError},
+  };
+  for (const Case& test : cases) {
+    results[0] = {text, -77};
+    int32_t count = test.room;
+    EXPECT_EQ(veksRegExpFind_8u(test.subject, test.length, test.state, test.results,
+                                test.room == kNoCount ? nullptr : &count),
+              test.status);
+    EXPECT_EQ(count, test.status == StatusNoError ? 0 : test.room);
+    EXPECT_TRUE(results[0].pointer == text && results[0].length == -77);
+  }
+}
+
+// ---- The stack.
+
+// As the header tells.
+constexpr size_t kStackPerLevel = 72;
+constexpr size_t kStackBeyond = 57344;
+
+constexpr size_t kSmallStack = (kIsInstrumented ? 4096 : 256) * 1024;
+constexpr size_t kModelStack = 64 << 20;
+
+using Work = std::function<void()>;
+
+void RunInThread(size_t stackSize, Work work) {
+#ifdef _WIN32
+  const auto run = [](void* what) -> DWORD {
+    (*static_cast<Work*>(what))();
+    return 0;
+  };
+  const HANDLE thread =
+      CreateThread(nullptr, stackSize, run, &work, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+  ASSERT_NE(thread, nullptr);
+  WaitForSingleObject(thread, INFINITE);
+  CloseHandle(thread);
+#else
+  const auto run = [](void* what) -> void* {
+    (*static_cast<Work*>(what))();
+    return nullptr;
+  };
+  pthread_t thread;
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, stackSize), 0);
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+#endif
+}
+
+struct Hungry {
+  std::string pattern;
+  std::string subject;
+};
+
+std::string Repeat(const std::string& text, size_t times) {
+  std::string all;
+  while (times-- > 0) {
+    all += text;
+  }
+  return all;
+}
+
+std::string Nest(const std::string& opening, size_t depth, const std::string& inside,
+                 const std::string& closing = ")") {
+  return Repeat(opening, depth) + inside + Repeat(closing, depth);
+}
+
+const Hungry kHungry[] = {
+    {"^(a)*[bc]", Repeat("a", 5000)},
+    {"^(?:a|b)*?[cd]", Repeat("ab", 3000)},
+    {"^(?:(a)|(b))*[cd]", Repeat("ab", 3000)},
+    {"^(?:a(b)*?)*[cd]", Repeat("abb", 2000)},
+    {"^(?:a(?=b)b(?<=b)(?!b))*[cd]", Repeat("ab", 3000)},
+    {"^((?>a)(?(2)|b))*[cd]", Repeat("ab", 3000)},
+    {"^(?:(a)(?(1)b|c))*[cd]", Repeat("ab", 3000)},
+    {"^(?:(?(?=a)a|b)(?i:B))*[cd]", Repeat("ab", 3000)},
+    {"^(?>a)*[bc]", Repeat("a", 90000)},
+    {"^(?>a)*?[bc]", Repeat("a", 90000)},
+    {"^(?>a|b){2,}[bc]", Repeat("ab", 40000)},
+    {"^" + Repeat("a.", 1300), Repeat("a", 2600)},
+    {"^" + Repeat("[ab]", 1300), Repeat("a", 2600)},
+    {"^" + Repeat("ab?(?i)(?-i)", 900), Repeat("a", 2600)},
+    {"^" + Repeat("\\pL\\x{E9}\\C\\X", 700), Repeat("a\xC3\xA9zz", 700)},
+    {"^(a)" + Repeat("\\1", 2600), Repeat("a", 2700)},
+    {"^" + Repeat("\\B", 2600), "--"},
+    {Nest("(", 998, "a", ")") + "*[bc]", "aaaab"},
+    {Nest("(?:b|", 999, "a"), "ba"},
+    {Nest("(?:b??", 999, "a", ")*?"), "aaaab"},
+    {Nest("(?i:", 999, "a"), "A"},
+    {Nest("(?=", 999, "a"), "a"},
+    {Nest("(?!", 999, "a"), "ab"},
+    {Nest("(?<=", 999, "a"), "a"},
+    {Nest("(?>", 999, "a", ")+"), "aaa"},
+    {Nest("(?(?=a)", 499, "a", "|b)"), "a"},
+    {Nest("(?(?=", 499, "a", ")a|b)") + "[cd]", "ab"},
+    {"^(?>a|bc|(?=d)d|(e))*[xy]", Repeat("abcde", 20)},
+};
+
+[[gnu::noinline]] void TouchStack() {
+  volatile uint8_t room[40000];
+  room[0] = 1;
+  static_cast<void>(room[0]);
+}
+
+TEST(SearchTest, StackIsAsTold) {
+  Bench bench;
+  bench.measuresStack = !kIsInstrumented;
+  size_t known = 40000;
+  RunInThread(kSmallStack, [&] {
+    if (bench.measuresStack) {
+      PaintStack(true);
+      TouchStack();
+      known = PaintStack(false);
+    }
+  });
+  EXPECT_TRUE(known >= 40000 && known < 42000) << known;
+  for (const Hungry& test : kHungry) {
+    for (const int32_t limit : {kDefaultLimit, 1000, 40, 0}) {
+      ASSERT_TRUE(bench.Compile(test.pattern, {"", 1, limit}));
+      bench.Place(test.subject);
+      SearchAnswer expected;
+      SearchAnswer answer;
+      RunInThread(kModelStack, [&] { expected = bench.AskModel(); });
+      RunInThread(kSmallStack, [&] { answer = bench.AskLibrary(); });
+      EXPECT_EQ(bench.Show(answer), bench.Show(expected)) << test.pattern.substr(0, 40);
+      EXPECT_LE(bench.stackTaken, kStackPerLevel * static_cast<size_t>(limit / 4) + kStackBeyond)
+          << test.pattern.substr(0, 40) << " limit " << limit;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vekch::test
