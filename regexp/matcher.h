@@ -20,7 +20,7 @@
 
 #include <stdint.h>
 
-#include "regexp/bytes.h"
+#include "regexp/literal.h"
 #include "regexp/match_frame.h"
 #include "regexp/match_notes.h"
 #include "unicode/utf8.h"
@@ -55,16 +55,14 @@ class Matcher {
 
   // Whether what begins at a record begins with a literal that does not stand at `at`.
   bool FailsAtOnce(const ProgramNode* first, const uint8_t* at, const uint8_t* end) const {
-    if (first >= program_ + state_->nodeCount) {
+    const ProgramNode* const programEnd = program_ + state_->nodeCount;
+    if (first >= programEnd || !IsLiteral(*first) ||
+        (first + 1 < programEnd && IsQuantifier(first[1]))) {
       return false;
     }
-    if (first->op == OpString) {
-      return at == end || !SameByte(*at, RunOf(*first)[0], IsCaseless(first->c));
-    }
-    const bool isChar = first->op == OpChar &&
-                        (first + 1 == program_ + state_->nodeCount || !IsQuantifier(first[1]));
-    return isChar &&
-           (at == end || !SameByte(*at, static_cast<uint8_t>(first->a), IsCaseless(first->c)));
+    const Literal literal(*first);
+    return end - at < literal.length ||
+           !SameBytes(at, literal.bytes, literal.length, IsCaseless(first->c));
   }
 
   // What is left of the steps. Aborts lower it for good, below zero as well.

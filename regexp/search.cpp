@@ -73,9 +73,30 @@ class Driver {
   // The pattern is alternatives of literals: the leftmost occurrence, and of two at one place that
   // of the alternative before.
   vekStatus FindAlternatives() {
+    plan_ = PlanFor(state_, length_);
+    const bool byPairs = plan_ != nullptr && plan_->strategy == SearchPlan::kWords;
+    *count_ = (byPairs ? FindWord() : FindEachWord()) ? 1 : 0;
+    return StatusNoError;
+  }
+
+  // Here places may lie within a character.
+  bool FindWord() {
+    const uint8_t* const end = start_ + length_;
+    StartScan scan(state_, plan_, start_, start_, end, false, false);
+    for (const uint8_t* at = scan.Next(start_); at != nullptr; at = scan.Next(at + 1)) {
+      for (int32_t i = 0; i < state_->nodeCount; i += 2) {
+        if (!matcher_.FailsAtOnce(program_ + i, at, end)) {
+          results_[0] = {at, Literal(program_[i]).length};
+          return true;
+        }
+      }
+    }
+    return false;
+  }
+
+  bool FindEachWord() {
     const bool caseless = HasOption(RegExpOptionI);
     int32_t best = kNotFound;
-    int32_t bestLength = 0;
     for (int32_t i = 0; i < state_->nodeCount; i += 2) {
       const Literal literal(program_[i]);
       // A later one counts only if it begins before the best.
@@ -84,14 +105,10 @@ class Driver {
       const int32_t at = FindFirst(start_, within, literal, caseless);
       if (at != kNotFound) {
         best = at;
-        bestLength = literal.length;
+        results_[0] = {start_ + best, literal.length};
       }
     }
-    *count_ = best == kNotFound ? 0 : 1;
-    if (best != kNotFound) {
-      results_[0] = {start_ + best, bestLength};
-    }
-    return StatusNoError;
+    return best != kNotFound;
   }
 
   void StartAtFirstLiteral() {
@@ -163,7 +180,8 @@ class Driver {
   }
 
   MatchResult FindByPlan(const uint8_t* at, const uint8_t* end) {
-    StartScan scan(state_, plan_, matcher_.Subject(), at, end, anchoring_ == Anchoring::kLineStart);
+    StartScan scan(state_, plan_, matcher_.Subject(), at, end, matcher_.IsUtf8(),
+                   anchoring_ == Anchoring::kLineStart);
     MatchResult result = MatchResult::kFail;
     for (at = scan.Next(at); at != nullptr; at = scan.Next(scan.Behind(at))) {
       result = MatchAt(at, end);

@@ -341,6 +341,9 @@ class PlanMaker {
     if (isSingle && (BeginsLine() || UseLeadingLiteral() || UseLiteralBefore() || UseRun())) {
       return;
     }
+    if (UseWords()) {
+      return;
+    }
     UseFilter();
     plan->isAtWordStart = isSingle && BeginsWord();
   }
@@ -494,6 +497,31 @@ class PlanMaker {
     return false;
   }
 
+  // The pattern is alternatives of literals, of three bytes or more.
+  bool UseWords() {
+    if (state->searchMode != 2) {
+      return false;
+    }
+    int32_t shortest = kMostWindow + 1;
+    for (int32_t i = 0; i < walk.count; i += 2) {
+      const int32_t length = Literal(walk.nodes[i]).length;
+      shortest = length < shortest ? length : shortest;
+    }
+    if (shortest < 3) {
+      return false;
+    }
+    auto* const table = reinterpret_cast<uint8_t*>(plan + 1);
+    kernels::ClearWords(table, kPairHashes / 8);
+    for (int32_t i = 0; i < walk.count; i += 2) {
+      const uint8_t* const bytes = Literal(walk.nodes[i]).bytes;
+      for (int32_t k = 0; k + 1 < shortest; ++k) {
+        table[PairHash(bytes[k], bytes[k + 1])] |= static_cast<uint8_t>(1U << k);
+      }
+    }
+    plan->window = static_cast<uint8_t>(shortest - 1);
+    return Use(SearchPlan::kWords, kSlack);
+  }
+
   void UseFilter() {
     FilterMaker maker(walk, work, plan);
     maker.SetTopLevel(InfoOf(state)->firstAlternative);
@@ -609,6 +637,7 @@ const SearchPlan* PlanFor(RegExpState* state, int32_t length) {
     return nullptr;
   }
   constexpr int64_t kScratch = 2 * (kMostRecords + 1);
+  static_assert(kScratch >= kPairHashes && kScratch >= 256);
   auto* const roomEnd = reinterpret_cast<uint8_t*>(GroupsOf(state) + RegExpTableSize);
   if (state->nodeCount > kMostRecords ||
       roomEnd - info->room < static_cast<int64_t>(sizeof(SearchPlan)) + kScratch) {
@@ -618,6 +647,7 @@ const SearchPlan* PlanFor(RegExpState* state, int32_t length) {
   auto* const plan = reinterpret_cast<SearchPlan*>(info->room);
   *plan = {};
   PlanMaker(state, plan, info->room + sizeof(SearchPlan)).Run();
+  info->room = nullptr;  // the plan's table may lie there
   info->plan = plan;
   return plan;
 }

@@ -9,6 +9,7 @@
 #include <stdint.h>
 
 #include "regexp/match_notes.h"
+#include "strings/kernels/block.h"
 #include "strings/kernels/find_pair_kernels.h"
 #include "vekch/regexp_program.h"
 
@@ -22,10 +23,11 @@ struct SearchPlan {
     kRunLiteral,  // within a run of bytes that a literal ends
     kFilter,      // by the sets that a match's first bytes belong to
     kPair,        // the same, and two of those bytes are rare enough to look for them first
+    kWords,  // by the pairs of bytes that the literals begin with, of which the pattern is made
   };
 
   Strategy strategy;
-  uint8_t window;         // kFilter, kPair: how many bytes are known
+  uint8_t window;         // how many bytes are known, or pairs of bytes
   uint8_t isAtWordStart;  // no match begins behind a word byte
   uint8_t runDecides;     // kRunLiteral: what fails in a run's beginning fails all along the run
   int32_t depth;          // that has to be there for places to be passed over
@@ -36,6 +38,18 @@ struct SearchPlan {
   // byte of the run.
   uint8_t bytes[256];
 };
+
+// kWords: bit k for the hash of two bytes that may stand at the places k and k + 1 of a match; a
+// letter counts in both cases. The table follows the plan.
+constexpr int32_t kPairHashes = 2048;
+
+VEK_INLINE uint32_t PairHash(uint8_t first, uint8_t second) {
+  return ((first & 0xDFU) << 4 ^ (second & 0xDFU)) & (kPairHashes - 1);
+}
+
+inline const uint8_t* PairTableOf(const SearchPlan& plan) {
+  return reinterpret_cast<const uint8_t*>(&plan + 1);
+}
 
 // The plan of a compiled pattern for a search in so many bytes, or null for none: there is no room
 // for one, or it would take longer to make than it could save.

@@ -9,17 +9,19 @@ namespace {
 constexpr int32_t kLongestCharacter = 6;
 constexpr int32_t kLeastToSkip = 4;  // bytes of a window that is looked at from its end
 
-// The first place where all bytes of the window are possible. From the window's end: the bytes that
-// were possible there say how far the next window can be.
-const uint8_t* FindWindowBackward(const uint8_t* at, const uint8_t* end, const SearchPlan& plan) {
-  const int32_t window = plan.window;
+// The first of the places before `end` behind which a whole window is possible, by what `placesOf`
+// tells of each byte of it. From the window's end: what was possible there says how far the next
+// window can be.
+template <class PlacesOf>
+VEK_INLINE const uint8_t* FindBackward(const uint8_t* at, const uint8_t* end, int32_t window,
+                                       PlacesOf placesOf) {
   const uint32_t all = (1U << window) - 1;
   while (end - at >= window) {
     uint32_t places = all;
     int32_t shift = window;
     int32_t i = window;
     do {
-      places &= plan.bytes[at[--i]];
+      places &= placesOf(at + --i);
       if ((places & 1) != 0) {
         if (i == 0) {
           return at;
@@ -55,13 +57,13 @@ const uint8_t* FindWindowForward(const uint8_t* at, const uint8_t* end, const Se
 }  // namespace
 
 StartScan::StartScan(const RegExpState* state, const SearchPlan* plan, const uint8_t* subject,
-                     const uint8_t* from, const uint8_t* end, bool atLineStarts)
+                     const uint8_t* from, const uint8_t* end, bool isUtf8, bool atLineStarts)
     : program_(ProgramOf(state)),
       plan_(plan),
       subject_(subject),
       from_(from),
       end_(end),
-      isUtf8_(state->characterFormat != 0),
+      isUtf8_(isUtf8),
       atLineStarts_(atLineStarts) {}
 
 const uint8_t* StartScan::Next(const uint8_t* at) {
@@ -89,6 +91,8 @@ const uint8_t* StartScan::Candidate(const uint8_t* at) {
     case SearchPlan::kFilter:
     case SearchPlan::kPair:
       return NextByFilter(at);
+    case SearchPlan::kWords:
+      return NextWord(at);
     default:
       return at;
   }
@@ -171,8 +175,18 @@ const uint8_t* StartScan::NextByFilter(const uint8_t* at) {
 }
 
 const uint8_t* StartScan::NextWindow(const uint8_t* at) {
-  return plan_->window < kLeastToSkip ? FindWindowForward(at, end_, *plan_)
-                                      : FindWindowBackward(at, end_, *plan_);
+  if (plan_->window < kLeastToSkip) {
+    return FindWindowForward(at, end_, *plan_);
+  }
+  const uint8_t* const bytes = plan_->bytes;
+  return FindBackward(at, end_, plan_->window,
+                      [bytes](const uint8_t* p) { return uint32_t{bytes[*p]}; });
+}
+
+const uint8_t* StartScan::NextWord(const uint8_t* at) const {
+  const uint8_t* const table = PairTableOf(*plan_);
+  return FindBackward(at, end_ - 1, plan_->window,
+                      [table](const uint8_t* p) { return uint32_t{table[PairHash(p[0], p[1])]}; });
 }
 
 // Places are looked at 64 at a time, and remembered; the last ones by the filter alone.

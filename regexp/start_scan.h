@@ -15,7 +15,7 @@ class StartScan {
   // walk from `from` on meets, by characters or by bytes; behind `from` itself those where a line
   // begins, if so asked.
   StartScan(const RegExpState* state, const SearchPlan* plan, const uint8_t* subject,
-            const uint8_t* from, const uint8_t* end, bool atLineStarts);
+            const uint8_t* from, const uint8_t* end, bool isUtf8, bool atLineStarts);
 
   // The first place from `at` on where a match may begin, or null. `at` is a place, or lies one
   // behind the end.
@@ -33,6 +33,7 @@ class StartScan {
   const uint8_t* NextByFilter(const uint8_t* at);
   const uint8_t* NextWindow(const uint8_t* at);
   const uint8_t* NextPair(const uint8_t* at);
+  const uint8_t* NextWord(const uint8_t* at) const;
   bool IsPlace(const uint8_t* at) const;
 
   const ProgramNode* program_;
