@@ -13,14 +13,60 @@
 namespace vekch::regexp {
 namespace {
 
+// ---- What literals alone tell.
+
+bool HasOption(const RegExpState& state, int32_t option) {
+  return (state.compileFlags & static_cast<uint32_t>(option)) != 0;
+}
+
+// The pattern is one literal, which the matcher would find where it is found; depth for it and for
+// the end behind it is there.
+bool IsLoneLiteral(const RegExpState& state) {
+  constexpr int32_t kLeastDepth = 2;
+  const ProgramNode& node = *ProgramOf(&state);
+  return state.nodeCount == 1 && IsLiteral(node) && state.matchLimit / 4 > kLeastDepth &&
+         (state.characterFormat == 0 || !IsUtf8Continuation(Literal(node).bytes[0]));
+}
+
+// No match ends behind the last occurrence of the literal that every match ends with.
+int32_t LengthToLastLiteral(const uint8_t* subject, int32_t length, const RegExpState& state) {
+  if (state.requiredLiteralIndex < 0) {
+    return length;
+  }
+  const ProgramNode& node = ProgramOf(&state)[state.requiredLiteralIndex];
+  const Literal literal(node);
+  const int32_t at = FindLast(subject, length, literal, IsCaseless(node.c));
+  return at == kNotFound ? 0 : at + literal.length;
+}
+
+// The first match of a pattern that is one literal. Groups that the compiler has dropped took no
+// part in it.
+vekStatus FindLoneLiteral(const uint8_t* subject, int32_t length, const RegExpState& state,
+                          RegExpFindResult* results, int32_t* count) {
+  const ProgramNode& node = *ProgramOf(&state);
+  const Literal literal(node);
+  const int32_t at = FindFirst(subject, length, literal, IsCaseless(node.c));
+  if (at == kNotFound) {
+    *count = 0;
+    return StatusNoError;
+  }
+  results[0] = {subject + at, literal.length};
+  *count = *count < state.captureCount ? *count : state.captureCount;
+  for (int32_t slot = 1; slot < *count; ++slot) {
+    results[slot] = {nullptr, -1};
+  }
+  return *count < state.captureCount ? StatusRegExpResultsTruncated : StatusNoError;
+}
+
 // ---- The driver.
 
 enum class Anchoring { kNone, kStart, kLineStart };
 
 class Driver {
  public:
-  Driver(const uint8_t* subject, int32_t length, RegExpState* state, Report report,
-         RegExpFindResult* results, int32_t* count)
+  // No match ends behind the first `usedLength` bytes of the subject.
+  Driver(const uint8_t* subject, int32_t length, int32_t usedLength, RegExpState* state,
+         Report report, RegExpFindResult* results, int32_t* count)
       : state_(state),
         program_(ProgramOf(state)),
         matcher_(state, subject, length),
@@ -28,13 +74,12 @@ class Driver {
         results_(results),
         count_(count),
         start_(subject),
-        length_(length),
+        length_(usedLength),
+        isLoneLiteral_(IsLoneLiteral(*state)),
         firstAlternative_(InfoOf(state)->firstAlternative) {}
 
   vekStatus Run() {
-    isLoneLiteral_ = IsLoneLiteral();
-    length_ = isLoneLiteral_ ? length_ : LengthToLastLiteral();
-    const bool findsAll = HasOption(RegExpOptionG);
+    const bool findsAll = HasOption(*state_, RegExpOptionG);
     if (state_->searchMode == 2 && !findsAll) {
       return FindAlternatives();
     }
@@ -55,21 +100,6 @@ class Driver {
   }
 
  private:
-  bool HasOption(int32_t option) const {
-    return (state_->compileFlags & static_cast<uint32_t>(option)) != 0;
-  }
-
-  // No match ends behind the last occurrence of the literal that every match ends with.
-  int32_t LengthToLastLiteral() const {
-    if (state_->requiredLiteralIndex < 0) {
-      return length_;
-    }
-    const ProgramNode& node = program_[state_->requiredLiteralIndex];
-    const Literal literal(node);
-    const int32_t at = FindLast(start_, length_, literal, IsCaseless(node.c));
-    return at == kNotFound ? 0 : at + literal.length;
-  }
-
   // The pattern is alternatives of literals: the leftmost occurrence, and of two at one place that
   // of the alternative before.
   vekStatus FindAlternatives() {
@@ -95,7 +125,7 @@ class Driver {
   }
 
   bool FindEachWord() {
-    const bool caseless = HasOption(RegExpOptionI);
+    const bool caseless = HasOption(*state_, RegExpOptionI);
     int32_t best = kNotFound;
     for (int32_t i = 0; i < state_->nodeCount; i += 2) {
       const Literal literal(program_[i]);
@@ -112,7 +142,8 @@ class Driver {
   }
 
   void StartAtFirstLiteral() {
-    const int32_t at = FindFirst(start_, length_, Literal(program_[0]), HasOption(RegExpOptionI));
+    const int32_t at =
+        FindFirst(start_, length_, Literal(program_[0]), HasOption(*state_, RegExpOptionI));
     if (at != kNotFound) {
       start_ += at;
       length_ -= at;
@@ -124,7 +155,7 @@ class Driver {
     if (!isAnchor || firstAlternative_ != 0) {
       return Anchoring::kNone;
     }
-    const bool isLineAnchor = program_[0].a == '^' && HasOption(RegExpOptionM);
+    const bool isLineAnchor = program_[0].a == '^' && HasOption(*state_, RegExpOptionM);
     if (isLineAnchor) {
       return Anchoring::kLineStart;
     }
@@ -134,16 +165,7 @@ class Driver {
     return isStartAnchor && !isOptional ? Anchoring::kStart : Anchoring::kNone;
   }
 
-  // The pattern is one literal, which the matcher would find where it is found; depth for it and
-  // for the end behind it is there.
-  bool IsLoneLiteral() const {
-    constexpr int32_t kLeastDepth = 2;
-    return state_->nodeCount == 1 && IsLiteral(program_[0]) &&
-           state_->matchLimit / 4 > kLeastDepth &&
-           (!matcher_.IsUtf8() || !IsUtf8Continuation(Literal(program_[0]).bytes[0]));
-  }
-
-  MatchResult FindLoneLiteral(const uint8_t* at, const uint8_t* end) {
+  MatchResult FindNextLiteral(const uint8_t* at, const uint8_t* end) {
     const Literal literal(program_[0]);
     const int32_t found =
         FindFirst(at, static_cast<int32_t>(end - at), literal, IsCaseless(program_[0].c));
@@ -174,7 +196,7 @@ class Driver {
   // Tries the start positions from `at` on, the one at the end included.
   MatchResult FindFrom(const uint8_t* at, const uint8_t* end) {
     if (isLoneLiteral_) {
-      return FindLoneLiteral(at, end);
+      return FindNextLiteral(at, end);
     }
     return plan_ != nullptr ? FindByPlan(at, end) : FindInOrder(at, end);
   }
@@ -280,9 +302,9 @@ class Driver {
   int32_t* const count_;
   const uint8_t* start_;
   int32_t length_;
+  const bool isLoneLiteral_;
   const int32_t firstAlternative_;
   Anchoring anchoring_ = Anchoring::kNone;
-  bool isLoneLiteral_ = false;
   const SearchPlan* plan_ = nullptr;  // by which start positions are passed over, if any are
   int32_t found_ = 0;
 };
@@ -294,7 +316,17 @@ vekStatus Search(const uint8_t* subject, int32_t length, RegExpState* state, Rep
   if (state->regExpTag != RegExpTag) {
     return StatusRegExpError;
   }
-  return Driver(subject, length, state, report, results, count).Run();
+  const bool isLone = IsLoneLiteral(*state);
+  if (isLone && !HasOption(*state, RegExpOptionG)) {
+    return FindLoneLiteral(subject, length, *state, results, count);
+  }
+  const int32_t used = isLone ? length : LengthToLastLiteral(subject, length, *state);
+  // Without that literal the matcher can only fail, as long as its depth can't run out.
+  if (used == 0 && length != 0 && state->matchLimit / 4 > InfoOf(state)->mostDepth) {
+    *count = 0;
+    return StatusNoError;
+  }
+  return Driver(subject, length, used, state, report, results, count).Run();
 }
 
 }  // namespace vekch::regexp

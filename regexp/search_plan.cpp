@@ -64,8 +64,11 @@ class FilterMaker {
       Clear(next);
       ends = false;
       isUnknown = false;
-      isLast = window == kMostWindow - 1;
       bit = static_cast<uint8_t>(1U << window);
+      isLast = window == kMostWindow - 1 || mayBeWithin;
+      if (mayBeWithin) {
+        AddAll(0x80, 256);
+      }
       if (!Close() || ends || isUnknown) {
         break;
       }
@@ -250,7 +253,8 @@ class FilterMaker {
     }
   }
 
-  // A character of several bytes leaves it open which bytes follow: the window ends behind it.
+  // A character of several bytes leaves it open what stands two bytes further: the window ends
+  // with the byte behind its first.
   void AddAtom(const ProgramNode& node) {
     switch (node.op) {
       case OpChar:
@@ -276,7 +280,7 @@ class FilterMaker {
             filter[value] |= bit;
           }
         }
-        isLast = true;
+        mayBeWithin = true;
         return;
     }
   }
@@ -287,7 +291,7 @@ class FilterMaker {
     }
     if (set.wide != Wide::kOutside) {
       AddAll(0x80, 256);
-      isLast = true;
+      mayBeWithin = true;
     }
   }
 
@@ -319,9 +323,10 @@ class FilterMaker {
   int32_t current = -1;
   int32_t levels = kSlack;
   bool changed = false;
-  bool ends = false;       // a match can be over here
-  bool isUnknown = false;  // anything can follow here
-  bool isLast = false;     // no further byte is asked for
+  bool ends = false;         // a match can be over here
+  bool isUnknown = false;    // anything can follow here
+  bool isLast = false;       // no further byte is asked for
+  bool mayBeWithin = false;  // the byte may be within a character
   bool passesLookaround = false;
 };
 
