@@ -14,70 +14,69 @@ static_assert(sizeof(RegExpReplaceState) == 16 && sizeof(ReplaceItem) == 16);
 
 class TemplateReader {
  public:
-  TemplateReader(const uint8_t* text, ReplaceItem* items)
-      : at_(text), literal_(text), end_(items) {}
+  TemplateReader(const uint8_t* text, ReplaceItem* items) : at(text), literal(text), end(items) {}
 
   vekStatus Run() {
-    while (*at_ != 0) {
-      if (*at_ == '$') {
+    while (*at != 0) {
+      if (*at == '$') {
         if (!Reference()) {
           return StatusRegExpFormatError;
         }
-      } else if (*at_ == '\\') {
+      } else if (*at == '\\') {
         // It vanishes: what follows is read as if nothing stood before it.
         EndLiteral();
-        BeginLiteral(at_ + 1);
+        BeginLiteral(at + 1);
       } else {
-        ++at_;
+        ++at;
       }
     }
     EndLiteral();
     return StatusNoError;
   }
 
-  const ReplaceItem* End() const { return end_; }
+  const ReplaceItem* End() const { return end; }
 
  private:
   bool Reference() {
     EndLiteral();
-    ++at_;
-    if (*at_ == '&') {
+    ++at;
+    if (*at == '&') {
       AppendGroup(0);
-      BeginLiteral(at_ + 1);
+      BeginLiteral(at + 1);
       return true;
     }
     uint32_t number = 0;
-    for (; IsDigit(*at_); ++at_) {
-      number += 10 * number + (*at_ - '0');  // kept as it is: "$10" is group 11
+    for (; IsDigit(*at); ++at) {
+      number += 10 * number + (*at - '0');  // kept as it is: "$10" is group 11
     }
     if (number == 0) {
       return false;
     }
     AppendGroup(number);
-    BeginLiteral(at_);
+    BeginLiteral(at);
     return true;
   }
 
   void BeginLiteral(const uint8_t* text) {
-    at_ = text;
-    literal_ = text;
+    at = text;
+    literal = text;
   }
 
   void EndLiteral() {
-    if (at_ != literal_) {
-      *end_++ = {ReplaceLiteral, static_cast<uint32_t>(at_ - literal_), literal_};
+    if (at != literal) {
+      *end++ = {ReplaceLiteral, static_cast<uint32_t>(at - literal), literal};
     }
   }
 
   void AppendGroup(uint32_t number) {
-    end_->kind = ReplaceGroup;
-    end_->value = number;  // the pointer is not set
-    ++end_;
+    end->kind = ReplaceGroup;
+    end->value = number;  // the pointer is not set
+    ++end;
   }
 
-  const uint8_t* at_;
-  const uint8_t* literal_;  // where the literal text that has not been stored yet begins
-  ReplaceItem* end_;        // behind the last item
+  const uint8_t* at;
+  const uint8_t* literal;  // where the literal text that has not been stored yet begins
+  ReplaceItem* end;        // behind the last item
 };
 
 }  // namespace
