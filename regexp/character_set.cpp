@@ -2,6 +2,7 @@
 
 #include "regexp/bytes.h"
 #include "regexp/properties.h"
+#include "strings/kernels/block.h"
 
 namespace vekch::regexp {
 namespace {
@@ -133,18 +134,33 @@ void AddValue(int32_t value, bool caseless, CharacterSet* set) {
   }
 }
 
-// One item that is not negated, its own bytes rather than every byte's answer where that is cheap.
-void AddItem(const ProgramNode& item, bool caseless, CharacterSet* set) {
-  if (item.op == OpChar) {
-    AddValue(item.a, caseless, set);
-    return;
+void AddSet(const CharacterSet& other, CharacterSet* set) {
+  for (int32_t i = 0; i < 256; i += kernels::kBlock) {
+    kernels::StoreAny(set->member + i,
+                      kernels::LoadAny(set->member + i) | kernels::LoadAny(other.member + i));
   }
-  const bool isRange = item.op == OpClassRange;
-  const int32_t last = isRange && item.b < 255 ? item.b : 255;
-  for (int32_t value = isRange ? item.a : 0; value <= last; ++value) {
-    if (isRange || MeetsItem(value, item, caseless)) {
-      AddValue(value, caseless && isRange, set);
-    }
+}
+
+void AddItem(const ProgramNode& item, bool caseless, CharacterSet* set) {
+  switch (item.op) {
+    case OpChar:
+      AddValue(item.a, caseless, set);
+      return;
+    case OpClassRange:
+      for (int32_t value = item.a; value <= item.b && value < 256; ++value) {
+        AddValue(value, caseless, set);
+      }
+      return;
+    case OpCharType:
+      AddSet(ShorthandSet(item.a, false), set);
+      return;
+    default:
+      for (int32_t value = 0; value < 256; ++value) {
+        if (MeetsItem(value, item, caseless)) {
+          AddValue(value, false, set);
+        }
+      }
+      return;
   }
 }
 
@@ -165,8 +181,9 @@ Wide WideOfGroup(const ItemGroup& group) {
 }
 
 void Negate(CharacterSet* set) {
-  for (uint8_t& member : set->member) {
-    member = static_cast<uint8_t>(~member);
+  const kernels::Block all = kernels::Splat(0xFF);
+  for (int32_t i = 0; i < 256; i += kernels::kBlock) {
+    kernels::StoreAny(set->member + i, kernels::LoadAny(set->member + i) ^ all);
   }
   set->wide = Opposite(set->wide);
 }

@@ -13,6 +13,7 @@ namespace {
 constexpr int32_t kMostRecords = 2000;  // of a program that gets a plan
 constexpr int32_t kMostWindow = 8;      // bits of a filter's byte
 constexpr int32_t kMostRounds = 8;
+constexpr uint8_t kNewline = '\n';
 constexpr int32_t kLongSubject = 128;  // for which a plan pays at once
 constexpr int32_t kManySearches = 4;
 constexpr int32_t kSlack = 4;  // levels that loops and the last test may take beside the records
@@ -441,7 +442,7 @@ class PlanMaker {
   void ConsiderLiteral(int32_t index, int32_t least, int32_t passes, bool isSimple) {
     const int32_t weight = RarestOf(walk.nodes[index]);
     const bool isFirst = plan->strategy != SearchPlan::kRunLiteral;
-    if (!isFirst && (weight * 2 >= literalWeight || work['\n'] != 0)) {
+    if (!isFirst && (weight * 2 >= literalWeight || work[kNewline] != 0)) {
       return;
     }
     literalWeight = weight;

@@ -163,8 +163,10 @@ VEKCH_API vekStatus veksRegExpSetMatchLimit(int32_t limit, RegExpState* state) V
  *
  * How deep the tries for one start position may nest is a fourth of the match limit; a repetition
  * of one character counts once, whatever its length, each repetition of a group counts again. The
- * calling thread needs 72 bytes of stack for each, and 57344 bytes beyond: at the limit that an
- * object starts with, a stack of 256 KiB is enough for every pattern and subject.
+ * calling thread needs 72 bytes of stack for each, and 61440 bytes beyond: at the limit that an
+ * object starts with, a stack of 256 KiB is enough for every pattern and subject. Repetitions of an
+ * atomic group take none of the limit; but where some hundreds of them, of changing lengths, would
+ * have to be remembered beyond what the limit allows, it counts as run out.
  *
  * Status, in order, of which the first four write nothing: StatusNullPointer if `src`, `state`,
  * `results` or `numFind` is null; StatusLengthError if `len` is negative; StatusSizeError if
