@@ -10,7 +10,7 @@ import unittest
 OPTIONS = argparse.Namespace()
 
 
-def run(arguments, stdin=b"", environment=None, stdout=None, **popen):
+def run(arguments, stdin=b"", environment=None, stdout=None, stderr=None, **popen):
     """Runs the program; `stdin` is bytes or a file. Standard output, unless another file is given,
     and standard error go to files: processes that an emulator leaves behind would keep pipes open.
     """
@@ -18,7 +18,7 @@ def run(arguments, stdin=b"", environment=None, stdout=None, **popen):
     popen["input" if isinstance(stdin, bytes) else "stdin"] = stdin
     with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
         done = subprocess.run(command + list(arguments), timeout=250, stdout=stdout or out,
-                              stderr=out if popen.pop("oneOutput", False) else err,
+                              stderr=stderr or (out if popen.pop("oneOutput", False) else err),
                               env=dict(os.environ, **(environment or {})), **popen)
         out.seek(0)
         err.seek(0)

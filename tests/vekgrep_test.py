@@ -1,7 +1,8 @@
 """Tests of the example program vekgrep, run as a program.
 
   table     arguments and inputs with what must come of them
-  random    small inputs, compared with the system's grep where the options mean the same
+  random    small inputs, compared with the system's grep where the options mean the same, and with
+            Python's patterns
   buffers   lines and occurrences across the ends of its buffer, against a naive model
   streams   more than 2^31 bytes through a pipe, in bounded memory
 
@@ -33,16 +34,27 @@ class InFolder(unittest.TestCase):
         self.write("late", b"two\n" + b"x\n" * BUFFER + b"two\0\ntwo\n")
         self.write("empty", b"")
         os.mkdir("folder")
+        os.makedirs("tree/a/z")
+        for name, content in (("a/2", b"two\n"), ("a/z/3", b"two"), ("b", b"x")):
+            self.write("tree/" + name, content)
 
     def write(self, name, content):
         with open(name, "wb") as file:
             file.write(content)
 
 
-HELP = "Usage: vekgrep -F .*--color.*"
-USAGE = "\nUsage: vekgrep -F .*\n.*--help.*\n"
+HELP = "Usage: vekgrep .*--color.*"
+USAGE = "\nUsage: vekgrep .*\n.*--help.*\n"
 RED, MAGENTA, GREEN, CYAN = (lambda text, c=c: f"\33[{c}m{text}\33[m"
                              for c in ("01;31", "35", "32", "36"))
+# Patterns, and which lines are searched for them.
+LITERALS, WHOLE, EVERY = "lines with the text .*", "lines of matches in the .*", "every line"
+WAYS = (
+    ("ab[^x]*", LITERALS), ("[^x]ab", LITERALS), ("a|b", LITERALS), ("(?i)ab", LITERALS),
+    ("(a|b)*abc", LITERALS), ("[ab]+$", WHOLE), ("^(a|b).\\w{2,}?\\b|\\S\\d", WHOLE),
+    ("[^b\\n]", WHOLE), ("[^\\s]", WHOLE), ("[^a]", EVERY), ("[\\W_]", EVERY), ("(a|b)+", EVERY),
+    ("\\A.", EVERY), (".\\z", EVERY), ("(?s)..", EVERY), ("(?-m)^.", EVERY), (".(?!a)", EVERY),
+    ("(?<=a).", EVERY), ("(.)\\1", EVERY), ("a*?.", EVERY), ("\\C.", EVERY), ("(?>a*).", EVERY))
 # Arguments, standard input, standard output, pattern of standard error, exit status.
 TABLE = [
     # What is selected and how it is shown.
@@ -70,6 +82,48 @@ TABLE = [
     (["-F", "-o", "-e", "", "-e", "wo", "a"], "", "wo\n", "", 0),
     ("-F -- -x", "a -x\n", "a -x\n", "", 0),
     ("two -F --ignore-case -- a b", "", "a:two\nb:TWO two\r\n", "", 0),
+    # Patterns: what is selected and how it is shown.
+    ("[wh] a b", "", "a:two\na:Three\nb:TWO two\r\n", "", 0),
+    ("-i -n ^t.*\\w$ a b", "", "a:2:two\na:3:Three\n", "", 0),
+    ("-v -n o$ a", "", "1:one\n3:Three\n", "", 0),
+    ("-c ^ a b empty", "", "a:3\nb:2\nempty:0\n", "", 0),
+    ("-l -e e{2} -e \\d a b", "", "a\n", "", 0),
+    (["t # in b\nwo", "-x", "b"], "", "TWO two\r\n", "", 0),
+    (["-v", "a\nb"], "a\nb\n", "a\nb\n", "", 0),
+    (["-o", "-s", "-m", ".+"], "a\nb\n", "a\nb\n", "", 0),
+    (["-o", "-n", "-e", "b.", "-e", "bcd|e", "-e", "x*"], "abcde xx\n", "1:bcd\n1:e\n1:xx\n",
+     "", 0),
+    ("-n ^$", "a\n\n\nb", "2:\n3:\n", "", 0),
+    ("-o ^.$", "\u00E9\nab\n", "\u00E9\n", "", 0),
+    ("-o --bytes ^..$", "\u00E9\nab\n", "\u00E9\nab\n", "", 0),
+    ("-o -i \\x{E9}+", "\u00E9\u00C9e", "\u00E9\u00C9\n", "", 0),
+    (["--color=always", "t(w)|\\b"], "tw t\n", RED("tw") + " t\n", "", 0),
+    ("--color=always -r <$&> t b", "", "TWO <t>wo\r\nlas<t> one\n", "", 0),
+    # Groups and replacements.
+    (["--groups", "-n", "(t)(w)?|(?=(T))"], "two\nTt\n",
+     "1:tw\n  $1: t\n  $2: w\n  $3 took no part\n2:\n  $1 took no part\n  $2 took no part\n"
+     "  $3: T\n2:t\n  $1: t\n  $2 took no part\n  $3 took no part\n", "", 0),
+    ("--groups -v t a", "", "", "", 0),
+    (["-r", "[$2$1$3]", "-n", "(\\w)(\\w)"], "abc d\nx\nefgh\n", "1:[ba]c d\n3:[fe][hg]\n", "", 0),
+    (["-r", "<$1\\0>", "x*"], "axx\n\n", "<0>a<0><0>\n<0>\n", "", 0),
+    (["-r", "", "[a-z]", "a"], "", "\n\nT\n", "", 0),
+    (["-v", "-r", "-", "e", "a"], "", "two\n", "", 0),
+    (["-r", "$&" * 500, "x+"], "x" * 1000, "x" * 500000 + "\n", "", 0),
+    (["-r", "$x", "a"], "", "", r"vekgrep: replacement '\$x': \"\$\" needs .*\n", 2),
+    # The match limit.
+    (["-n", "--limit", "12", "[a][b][c][d][e]|x"], "abcde\nx abc\nb\nx abcde",
+     "2:x abc\n4:x abcde\n",
+     r"vekgrep: \(standard input\):1: the match limit ran out\n", 2),
+    (["-vn", "--limit", "12", "-e", "b", "-e", "[a][c][c][d][e]"], "accde\nb\nc\n",
+     "1:accde\n3:c\n",
+     r"vekgrep: \(standard input\):1: the match limit ran out\n", 2),
+    ("-c --limit 0 e a b", "", "a:0\nb:0\n", "".join(
+        f"vekgrep: {place}: the match limit ran out\n"
+        for place in ("a:1", "a:2", "a:3", "b:1", "b:2")), 2),
+    # Folders.
+    ("-R -c w tree b", "", "tree/a/2:1\ntree/a/z/3:1\ntree/b:0\nb:1\n", "", 0),
+    ("-R -l -F two tree", "", "tree/a/2\ntree/a/z/3\n", "", 0),
+    ("-R x gone tree", "", "tree/b:x\n", "vekgrep: gone: No such file or directory\n", 2),
     # Binary files.
     ("-F two bin a", "", "Binary file bin matches\na:two\n", "", 0),
     ("-F three bin", "", "Binary file bin matches\n", "", 0),
@@ -77,6 +131,8 @@ TABLE = [
     ("-F nothing bin", "", "", "", 1),
     ("-F -c e bin", "", "2\n", "", 0),
     ("-F -l three bin", "", "bin\n", "", 0),
+    ("t\\wo a bin", "", "a:two\nBinary file bin matches\n", "", 0),
+    ("-c e$ bin", "", "1\n", "", 0),
     ("-F -o two", "two\0", "Binary file (standard input) matches\n", "", 0),
     ("-F two late", "", "two\nBinary file late matches\n", "", 0),
     # Colour; standard output is no terminal here.
@@ -93,10 +149,12 @@ TABLE = [
     # What a pattern compiles to.
     (["--explain", "ab+"], "", "   0  OpChar byte='a'\n   1  OpChar byte='b'\n"
      "   2  OpGreedy minimum=1 maximum=unbounded\n"
-     "   search mode 1, required literal 1, captures 1\n", "", 0),
+     "   search mode 1, required literal 1, captures 1\n"
+     "   searched: lines with the text \"a\"\n", "", 0),
     (["-i", "--explain=(ab)"], "", "   0  OpCapture serial=1 extent=1 slot=1\n"
      "   1    OpString length=2 options=i \"ab\"\n   2  OpGroupEnd serial=1 options=i\n"
-     "   search mode 0, required literal -1, captures 2\n", "", 0),
+     "   search mode 0, required literal -1, captures 2\n"
+     "   searched: lines of matches in the whole text\n", "", 0),
     (["--explain", "a**"], "", "",
      r"vekgrep: malformed quantifier in the pattern\n  a\*\*\n    \^\n", 2),
     (["--explain", "\u00E9\tb)\nc"], "", "",
@@ -104,8 +162,13 @@ TABLE = [
     # The command line.
     ("-h", "", HELP, "", 0),
     ("--help", "", HELP + "Exit status:.*", "", 0),
-    ("two a", "", "", "vekgrep: only fixed text .* -F" + USAGE, 2),
-    ("-F", "", "", "vekgrep: no text to search for" + USAGE, 2),
+    ("-F", "", "", "vekgrep: nothing to search for" + USAGE, 2),
+    ("-x -F two", "", "", "vekgrep: .* not for fixed text .*" + USAGE, 2),
+    ("-F -r two one", "", "", "vekgrep: .* not for fixed text .*" + USAGE, 2),
+    ("-o --groups two", "", "", "vekgrep: .* exclude each other" + USAGE, 2),
+    ("-r 1 -e 2 -e 3", "", "", "vekgrep: -r takes one pattern" + USAGE, 2),
+    ("--limit 100001 a", "", "", "vekgrep: '100001' is not a number up to 100000" + USAGE, 2),
+    ("--limit 1x a", "", "", "vekgrep: '1x' is not .*" + USAGE, 2),
     ("-FQ two a", "", "", "vekgrep: unknown option '-Q'" + USAGE, 2),
     ("-F --colour two", "", "", "vekgrep: unknown option '--colour'" + USAGE, 2),
     ("-F --color=red two", "", "", "vekgrep: 'red' is not auto, always or never" + USAGE, 2),
@@ -126,6 +189,11 @@ class Table(InFolder):
                 self.assertRegex(done.stdout.decode(), re.compile(f"(?s)^{stdout}\\Z"))
                 self.assertRegex(done.stderr.decode(), re.compile(f"(?s)^{stderr}\\Z"))
                 self.assertEqual(done.returncode, status)
+
+    def test_ways(self):
+        for pattern, way in WAYS:
+            with self.subTest(pattern=pattern):
+                self.assertRegex(run(["--explain", pattern]).stdout.decode(), f"searched: {way}\n$")
 
     def test_messages_keep_their_place(self):
         done = run(["-F", "two", "a", "none", "b"], oneOutput=True)
@@ -168,6 +236,36 @@ class Table(InFolder):
                 os.close(controller)
 
 
+    def test_progress(self):
+        if OPTIONS.emulator:
+            self.skipTest("needs a pseudo-terminal")
+        import pty
+        controller, terminal = pty.openpty()
+        with subprocess.Popen(["sh", "-c", "echo one; sleep 1.1; echo two"],
+                              stdout=subprocess.PIPE) as source:
+            done = run(["-c", "o"], source.stdout, {"TERM": "xterm"}, stderr=terminal)
+        self.assertEqual(done.stdout, b"2\n")
+        shown = os.read(controller, 1000)
+        self.assertEqual(shown, b"\rvekgrep: 0 MiB searched, now in (standard input)\33[K\r\33[K")
+        os.close(terminal)
+        os.close(controller)
+
+    def test_folders_with_links(self):
+        try:
+            os.symlink("..", "tree/a/up")
+            os.symlink("../b", "tree/link")
+            os.symlink("nowhere", "tree/broken")
+            if os.name == "posix":
+                os.mkfifo("tree/pipe")
+        except OSError as error:
+            self.skipTest(str(error))
+        self.assertEqual(run(["-R", "TWO", "tree"]).stdout, b"tree/link:TWO two\r\n")
+
+    def test_wildcards(self):
+        if not OPTIONS.emulator:
+            self.skipTest("shells expand names")
+        self.assertEqual(run(["w.*", "?"]).stdout, b"a:two\nb:TWO two\r\n")
+
 class Random(InFolder):
     def test_like_grep(self):
         if not shutil.which("grep"):
@@ -199,6 +297,41 @@ class Random(InFolder):
             self.assertEqual(done.returncode, expected.returncode, shown)
 
 
+    PIECES = ("a", "b", "ab", "c", ".", "[ab]", "[^a]", "[^a\\n]", "\\s", "\\w", "\\W", "\\d", "\\S",
+              "^", "$", "\\b", "a+", ".*", "\\d*?", "[^b]*", "\\s+", "[ab]{2,3}", "c?", "(a|bc)",
+              "(a|b)+", "(?:ab)+?", "(?<=a)", "(?<!b)", "(?i:A)", "(b+|c)\\1", "\\A", "abc", "(?s:.)")
+    # In front of literal text the library means something else by what looks ahead.
+    ENDS = ("", "(?=b)", "(?=\\W|$)", "(?!a)", "(?!.*c)") + tuple("|" + piece for piece in PIECES)
+
+    def test_like_python(self):
+        random.seed(21)
+        environment = {"TERM": "dumb"}
+        for _ in range(40 if OPTIONS.emulator else 400):
+            patterns = ["".join(random.choices(self.PIECES, k=random.randint(1, 4))) +
+                        random.choice(("", random.choice(self.ENDS)))
+                        for _ in range(random.choice((1, 1, 2)))]
+            letters = random.choice(("ab\n", "abc\n\n", "abcA1 \n", "ab,c \t_1\n"))
+            text = "".join(random.choices(letters, k=random.choice((10, 100, 1000))))
+            models = [re.compile(pattern) for pattern in patterns]
+            lines = text.split("\n")[:-1] + [text.split("\n")[-1]] * (text[-1] != "\n")
+            found = [any(model.search(line) for model in models) for line in lines]
+            numbered = [f"{i}:{line}\n" for i, line in enumerate(lines, 1) if found[i - 1]]
+            expected = [("-n", "".join(numbered)), ("-c", f"{sum(found)}\n"),
+                        ("-vc", f"{len(found) - sum(found)}\n")]
+            matches = [[m for m in models[0].finditer(line)] for line in lines]
+            # How the search goes on behind an empty match is a matter of taste.
+            if len(models) == 1 and all(m[0] for line in matches for m in line):
+                def replaced(m):
+                    return f"<{m[0]}{m[1] or '' if m.re.groups else ''}0>"
+                expected += [("-o", "".join(m[0] + "\n" for line in matches for m in line)),
+                             ("-r<$&$1\\0>", "".join(models[0].sub(replaced, line) + "\n"
+                                                     for line in lines if models[0].search(line)))]
+            for option, shown in expected:
+                arguments = [option] + [a for pattern in patterns for a in ("-e", pattern)]
+                self.assertEqual(run(arguments, text.encode(), environment).stdout.decode(), shown,
+                                 (arguments, text))
+
+
 class Buffers(InFolder):
     def expect_like_model(self, content, needle, where):
         """Selected lines, their numbers and the numbers of lines, from a naive search."""
@@ -213,9 +346,14 @@ class Buffers(InFolder):
         else:
             shown = b"".join(b"%d:%s\n" % line for line in hits)
         text = needle.decode()
-        for options, expected in (("-Fn", shown), ("-Fc", b"%d\n" % len(hits)),
-                                  ("-Fcv", b"%d\n" % (len(lines) - len(hits)))):
-            done = run([options, text, "f"])
+        runs = [("-Fn", text, shown), ("-Fc", text, b"%d\n" % len(hits)),
+                ("-Fcv", text, b"%d\n" % (len(lines) - len(hits)))]
+        if len(text) < 100:  # a pattern for each way to search lines: LITERALS, WHOLE, EVERY
+            head, tail = f"[{text[0]}~]", text[1:]
+            runs += [("-n", text, shown), ("-n", f"{head}{tail}[^~\\n]?", shown),
+                     ("-n", f"({head}{tail})+", shown), ("-cv", text + "|~", runs[2][2])]
+        for options, pattern, expected in runs:
+            done = run([options, pattern, "f"])
             self.assertTrue(done.stdout == expected,
                             (where, options, done.stdout[:80], expected[:80], done.stderr))
 
@@ -260,6 +398,10 @@ class Buffers(InFolder):
                 self.assertEqual(done.returncode, status)
                 file.seek(0)
                 self.assertEqual(run(["-F", "-c", "first"], file).stdout, b"2\n")
+                file.seek(0)
+                done = run(["-l", "seco[n]d"], file)
+                self.assertRegex(done.stderr, rb"is longer than 256 MiB; .*\n")
+                self.assertEqual(done.returncode, 2)
 
 
 class Streams(InFolder):
@@ -282,8 +424,9 @@ class Streams(InFolder):
         line = "all work and no play " * 50 + "\n"
         self.write("block", line.encode() * 1000)
         count = (2200 << 20) // len(line) // 1000
-        self.stream(f"yes block | head -n {count} | xargs cat; echo needle",
-                    ["-F", "-n", "needle"], b"%d:needle\n" % (count * 1000 + 1))
+        for arguments in (["-F", "-n", "needle"], ["-n", "nee+dle\\s*$"]):
+            self.stream(f"yes block | head -n {count} | xargs cat; echo needle", arguments,
+                        b"%d:needle\n" % (count * 1000 + 1))
 
 
 if __name__ == "__main__":

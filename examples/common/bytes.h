@@ -1,10 +1,11 @@
-// Searches of the library as functions that return what they find. The arguments are valid, so
-// there is no status to look at.
+// Texts as the library takes them, and searches of it as functions that return what they find. The
+// arguments are valid, so there is no status to look at.
 
 #ifndef EXAMPLES_COMMON_BYTES_H
 #define EXAMPLES_COMMON_BYTES_H
 
 #include <cstdint>
+#include <string>
 
 #include "vekch/vekch.h"
 
@@ -15,6 +16,10 @@ struct Range {
   int32_t begin;
   int32_t end;
 };
+
+inline const uint8_t* Bytes(const std::string& text) {
+  return reinterpret_cast<const uint8_t*>(text.c_str());
+}
 
 // Position of the first or last `value` in the range; -1 if there is none.
 inline int32_t FindByte(const uint8_t* text, Range range, uint8_t value) {

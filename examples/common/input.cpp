@@ -93,8 +93,8 @@ bool Input::ReadMore() {
     return false;
   }
   const int32_t end = used + static_cast<int32_t>(count);
-  binary =
-      binary || (lines == Lines::kWholeUnlessBinary && FindByte(buffer.get(), {used, end}, 0) >= 0);
+  const bool asked = lines == Lines::kWholeTellBinary || lines == Lines::kWholeUnlessBinary;
+  binary = binary || (asked && FindByte(buffer.get(), {used, end}, 0) >= 0);
   used = end;
   return true;
 }
@@ -113,7 +113,8 @@ bool Input::Next(Chunk* chunk) {
   handedOut = 0;
   while (!ended) {
     if (used == capacity) {
-      if (capacity > 0 && (binary || lines == Lines::kPieces)) {
+      const bool pieces = lines == Lines::kWholeUnlessBinary ? binary : lines == Lines::kPieces;
+      if (capacity > 0 && pieces) {
         return HandOut(chunk, used, false, overlap);
       }
       if (!Grow()) {

@@ -58,7 +58,12 @@ struct Chunk {
 
 class Input {
  public:
-  enum class Lines { kWhole, kWholeUnlessBinary, kPieces };
+  enum class Lines {
+    kWhole,
+    kWholeTellBinary,    // and IsBinary is told
+    kWholeUnlessBinary,  // and IsBinary is told
+    kPieces
+  };
 
   // `overlap`: how many bytes two pieces of a line share.
   Input(Lines lines, int32_t overlap);

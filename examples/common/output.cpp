@@ -33,11 +33,28 @@ void Output::Append(const uint8_t* text, Range range) {
 }
 
 void Output::Flush() {
-  WriteOut(buffer.data(), buffer.size());
-  buffer.clear();
+  if (!buffer.empty()) {
+    WriteOut(buffer.data(), buffer.size());
+    buffer.clear();
+  }
+}
+
+// Status and messages that can't be written have nowhere to go.
+void Output::ShowStatus(const std::string& text) {
+  const std::string line = std::string("\r") + program + ": " + text + "\33[K";
+  static_cast<void>(Write(kStandardError, line.data(), line.size()));
+  showsStatus = true;
+}
+
+void Output::EraseStatus() {
+  if (showsStatus) {
+    static_cast<void>(Write(kStandardError, "\r\33[K", 4));
+    showsStatus = false;
+  }
 }
 
 void Output::WriteOut(const void* bytes, size_t size) {
+  EraseStatus();
   if (error == 0 && !Write(kStandardOutput, bytes, size)) {
     error = errno;
   }
@@ -51,8 +68,9 @@ void Output::FlushToTerminal() {
 
 void Output::Complain(const std::string& message) {
   Flush();
+  EraseStatus();
   const std::string line = std::string(program) + ": " + message + "\n";
-  // A message that can't be written has nowhere to go; the exit status still tells of it.
+  // The exit status still tells of it.
   static_cast<void>(Write(kStandardError, line.data(), line.size()));
 }
 

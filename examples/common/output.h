@@ -22,6 +22,11 @@ class Output {
 
   void Flush();
 
+  // Shows a line on the terminal of standard error, which obeys colour sequences, until something
+  // else is written.
+  void ShowStatus(const std::string& text);
+  void EraseStatus();
+
   // Shows what there is so far to somebody who watches.
   void FlushToTerminal();
 
@@ -41,6 +46,7 @@ class Output {
   const char* const program;
   const bool toTerminal;
   std::string buffer;
+  bool showsStatus = false;
   int error = 0;
 };
 

@@ -134,6 +134,27 @@ bool TerminalHasColor(int file) {
   return GetConsoleMode(console, &mode) != 0 && SetConsoleMode(console, mode | kObeySequences) != 0;
 }
 
+std::vector<std::string> ExpandWildcards(const std::string& name) {
+  const size_t lastPart = name.find_last_of("/\\:") + 1;  // npos: 0
+  std::vector<std::string> names;
+  WIN32_FIND_DATAW entry;
+  const HANDLE search = name.find_first_of("*?", lastPart) == std::string::npos
+                            ? INVALID_HANDLE_VALUE
+                            : FindFirstFileW(Widen(name).c_str(), &entry);
+  if (search == INVALID_HANDLE_VALUE) {
+    return {name};
+  }
+  do {
+    const std::string part = Narrow(entry.cFileName);
+    if (part != "." && part != "..") {
+      names.push_back(name.substr(0, lastPart) + part);
+    }
+  } while (FindNextFileW(search, &entry) != 0);
+  FindClose(search);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
 #else
 
 void PrepareStreams() {
@@ -151,6 +172,8 @@ bool ReadsItsOwnOutput(int input, int output) {
          in.st_dev == out.st_dev && in.st_ino == out.st_ino;
 }
 
+std::vector<std::string> ExpandWildcards(const std::string& name) { return {name}; }
+
 bool IsTerminal(int file) { return isatty(file) != 0; }
 
 bool TerminalHasColor(int file) {
@@ -163,6 +186,11 @@ bool TerminalHasColor(int file) {
 }  // namespace examples
 
 #ifdef _WIN32
+
+// The run-time library is to leave "*" and "?" as they are: only those in names of files are to be
+// expanded.
+extern "C" int _dowildcard;  // NOLINT: the run-time library's name
+int _dowildcard = 0;         // NOLINT
 
 extern "C" int wmain(int count, wchar_t** values);  // NOLINT
 extern "C" int wmain(int count, wchar_t** values) {

@@ -36,6 +36,10 @@ bool IsTerminal(int file);
 // Whether the terminal obeys colour sequences, which it may have to be asked for.
 bool TerminalHasColor(int file);
 
+// The names that "*" and "?" in the last part of a name stand for; the name itself if there are
+// none, or if the command interpreters see to it, as they do on POSIX.
+std::vector<std::string> ExpandWildcards(const std::string& name);
+
 // The program: its arguments without its name, its exit status. Each program's main.cpp defines it.
 int Run(const std::vector<std::string>& arguments);
 

@@ -25,6 +25,7 @@ int RunWork(const char* program, const std::vector<std::string>& arguments,
 
 int Finish(Output& output, int status) {
   output.Flush();
+  output.EraseStatus();
   if (output.Error() != 0) {
     output.Complain("standard output", std::strerror(output.Error()));
     return kTrouble;

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <string_view>
-#include <vector>
 
 #include "vekch/vekch.h"
 
@@ -127,20 +126,6 @@ std::string DescribeFault(const std::string& pattern, vekStatus status, int32_t 
     }
   }
   return std::string(vekStatusText(status)) + "\n  " + line + "\n  " + caret + "^";
-}
-
-Explanation Explain(const std::string& pattern, bool ignoreCase) {
-  const auto* text = reinterpret_cast<const uint8_t*>(pattern.c_str());
-  const uint8_t options[] = {'i', 0};
-  int32_t size = 0;
-  veksRegExpGetSize(text, &size);
-  std::vector<ProgramNode> block((static_cast<size_t>(size) + sizeof(ProgramNode) - 1) /
-                                 sizeof(ProgramNode));
-  auto* state = reinterpret_cast<RegExpState*>(block.data());
-  int32_t offset = 0;
-  const vekStatus status = veksRegExpInit(text, ignoreCase ? options : nullptr, state, &offset);
-  return status == StatusNoError ? Explanation{true, ListProgram(*state)}
-                                 : Explanation{false, DescribeFault(pattern, status, offset)};
 }
 
 }  // namespace examples::vekgrep

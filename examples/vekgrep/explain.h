@@ -23,14 +23,6 @@ std::string ListProgram(const RegExpState& state);
 // What the fault is, and the line of the pattern that it is in, with a caret under its place.
 std::string DescribeFault(const std::string& pattern, vekStatus status, int32_t offset);
 
-// The listing of a pattern's program, or the description of its fault.
-struct Explanation {
-  bool compiles;
-  std::string text;
-};
-
-Explanation Explain(const std::string& pattern, bool ignoreCase);
-
 }  // namespace examples::vekgrep
 
 #endif

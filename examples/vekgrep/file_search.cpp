@@ -34,19 +34,24 @@ int64_t CountNewlines(const uint8_t* text, Range range) {
 
 }  // namespace
 
-FileSearch::FileSearch(const Options& searchOptions, Searcher& lineSearcher,
-                       StyledOutput& lineOutput, std::string fileLabel)
-    : options(searchOptions),
-      searcher(lineSearcher),
-      output(lineOutput),
+FileSearch::FileSearch(const SearchTools& tools, std::string fileLabel)
+    : options(tools.options),
+      searcher(tools.searcher),
+      replacer(tools.replacer),
+      output(tools.output),
+      progress(tools.progress),
       label(std::move(fileLabel)),
-      marksMatches(options.report == Report::kMatches || (output.HasColor() && !options.invert)) {}
+      printsWholeLines((options.invert || !output.HasColor()) &&
+                       (options.report == Report::kLines ||
+                        (options.report == Report::kReplaced && options.invert))),
+      numbersLines(searcher.HasLimit() || (options.lineNumbers && PrintsLines(options.report))) {}
 
 bool FileSearch::Run(Input& input) {
   while (!IsCertain() && output.Error() == 0 && input.Next(&chunk)) {
     binary = input.IsBinary();
     SearchChunk();
     output.FlushToTerminal();
+    progress.Advance(chunk.length, label);
   }
   PrintSummary(input.Fault().empty());
   return selected > 0;
@@ -72,15 +77,23 @@ void FileSearch::SearchChunk() {
   } else {
     SelectByMatches(at);
   }
-  if (options.lineNumbers && PrintsLines(options.report) && !binary) {
+  if (numbersLines) {
     linesBefore += CountNewlines(chunk.text, {counted, chunk.length});
     counted = 0;
   }
 }
 
 void FileSearch::SelectByMatches(int32_t at) {
-  Range match;
-  while (at < chunk.length && !IsCertain() && searcher.Next(at, &match)) {
+  while (at < chunk.length && !IsCertain()) {
+    Range match;
+    const Outcome outcome = searcher.Next(at, &match);
+    if (outcome == Outcome::kNothing) {
+      break;
+    }
+    if (outcome == Outcome::kGivenUp) {
+      TellOfLimit(match.begin);
+      continue;
+    }
     const int32_t end = LineEnd(chunk.text, match.end, chunk.length);
     if (options.report == Report::kCount && !options.invert) {
       ++selected;
@@ -114,10 +127,10 @@ void FileSearch::Select(Range lines) {
 }
 
 void FileSearch::PrintLines(Range lines) {
-  if (options.report == Report::kMatches && options.invert) {
+  if (options.invert && PrintsMatches(options.report)) {
     return;
   }
-  if (!marksMatches && !options.fileNames && !options.lineNumbers) {
+  if (printsWholeLines && !options.fileNames && !options.lineNumbers) {
     output.Append(chunk.text, lines);
     if (chunk.text[lines.end - 1] != '\n') {
       output.Append("\n");
@@ -132,29 +145,73 @@ void FileSearch::PrintLines(Range lines) {
   }
 }
 
-// `line` is without its newline.
+// From here on a line is without its newline.
 void FileSearch::PrintLine(Range line) {
-  const bool onlyMatches = options.report == Report::kMatches;
-  if (!onlyMatches) {
-    PrintPrefix(line.begin);
+  if (PrintsMatches(options.report)) {
+    PrintMatches(line);
+    return;
   }
+  PrintPrefix(line.begin);
+  if (printsWholeLines) {
+    output.Append(chunk.text, line);
+  } else if (options.report == Report::kReplaced) {
+    PrintReplaced(line);
+  } else {
+    PrintMarked(line);
+  }
+  output.Append("\n");
+}
+
+void FileSearch::PrintMarked(Range line) {
   int32_t at = line.begin;
-  Range match;
-  while (marksMatches && searcher.Next(at, &match) && match.begin < line.end) {
-    if (onlyMatches) {
-      PrintPrefix(line.begin);
-      output.AppendStyled(Style::kMatch, chunk.text, match);
-      output.Append("\n");
-    } else {
-      output.Append(chunk.text, {at, match.begin});
-      output.AppendStyled(Style::kMatch, chunk.text, match);
+  Mark mark;
+  searcher.BeginLine(line);
+  while (NextMark(line, &mark)) {
+    if (mark.range.begin < mark.range.end) {
+      output.Append(chunk.text, {at, mark.range.begin});
+      output.AppendStyled(Style::kMatch, chunk.text, mark.range);
+      at = mark.range.end;
     }
-    at = match.end;
   }
-  if (!onlyMatches) {
-    output.Append(chunk.text, {at, line.end});
+  output.Append(chunk.text, {at, line.end});
+}
+
+void FileSearch::PrintMatches(Range line) {
+  const bool withGroups = options.report == Report::kGroups;
+  Mark mark;
+  searcher.BeginLine(line);
+  while (NextMark(line, &mark)) {
+    if (withGroups || mark.range.begin < mark.range.end) {
+      PrintPrefix(line.begin);
+      output.AppendStyled(Style::kMatch, chunk.text, mark.range);
+      output.Append("\n");
+    }
+    if (withGroups) {
+      PrintGroups(line, mark);
+    }
+  }
+}
+
+void FileSearch::PrintGroups(Range line, const Mark& mark) {
+  for (int32_t i = 0; i < mark.groupCount; ++i) {
+    const RegExpFindResult& group = mark.groups[i];
+    const std::string name = "  $" + std::to_string(i + 1);
+    if (group.pointer == nullptr) {
+      output.Append(name + " took no part\n");
+      continue;
+    }
+    const auto begin = static_cast<int32_t>(group.pointer - chunk.text);
+    output.Append(name + ": ");
+    output.Append(chunk.text, {begin, std::min(begin + group.length, line.end)});
     output.Append("\n");
   }
+}
+
+void FileSearch::PrintReplaced(Range line) {
+  if (!searcher.Replace(line, &replacer)) {
+    TellOfLimit(line.begin);
+  }
+  output.Append(replacer.Result(), {0, replacer.ResultLength()});
 }
 
 void FileSearch::PrintPrefix(int32_t lineBegin) {
@@ -163,11 +220,33 @@ void FileSearch::PrintPrefix(int32_t lineBegin) {
     output.AppendStyled(Style::kSeparator, ":");
   }
   if (options.lineNumbers) {
-    linesBefore += CountNewlines(chunk.text, {counted, lineBegin});
-    counted = lineBegin;
-    output.AppendStyled(Style::kLineNumber, std::to_string(linesBefore + 1));
+    output.AppendStyled(Style::kLineNumber, std::to_string(LineNumber(lineBegin)));
     output.AppendStyled(Style::kSeparator, ":");
   }
+}
+
+// False behind the last one.
+bool FileSearch::NextMark(Range line, Mark* mark) {
+  const Outcome outcome = searcher.NextMark(mark);
+  if (outcome == Outcome::kGivenUp) {
+    TellOfLimit(line.begin);
+  }
+  return outcome == Outcome::kMatch;
+}
+
+void FileSearch::TellOfLimit(int32_t lineBegin) {
+  gaveUp = true;
+  output.Complain(label + ":" + std::to_string(LineNumber(lineBegin)),
+                  vekStatusText(StatusRegExpMatchLimit));
+}
+
+// Of the line that starts at a place of the chunk. What comes next is mostly behind what was asked
+// for last, and seldom in front of it.
+int64_t FileSearch::LineNumber(int32_t lineBegin) {
+  linesBefore += CountNewlines(chunk.text, {counted, std::max(counted, lineBegin)});
+  linesBefore -= CountNewlines(chunk.text, {lineBegin, std::max(counted, lineBegin)});
+  counted = lineBegin;
+  return linesBefore + 1;
 }
 
 // What is told of a file as a whole. The count of a file that was read in part would mislead.

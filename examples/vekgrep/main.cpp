@@ -1,12 +1,20 @@
-// vekgrep: prints the lines of files that contain a text. It shows the library at work in a program
-// for every day: all searching and comparing of bytes is done by the library's exported functions,
-// though files may be larger than their 32-bit lengths.
+// vekgrep: prints the lines of files that match a pattern or contain a text. It shows the library
+// at work in a program for every day: all searching and comparing of bytes is done by the library's
+// exported functions, though files may be larger than their 32-bit lengths.
 //
-//   options        the command line
-//   searcher       where a chunk matches
-//   file_search    which lines of a file are selected, and what is told of them
-//   explain        what a pattern compiles to
-//   styled_output  colours
+//   options           the command line
+//   files_search      all files, also those in folders
+//   file_search       which lines of a file are selected, and what is told of them
+//   searcher          what it asks where a chunk of lines matches; of this, for fixed text,
+//   text_searcher     occurrences, and for patterns
+//   pattern_searcher  matches of several of them
+//   line_pattern      matches of one
+//   line_filter       lines that are worth a search
+//   compiled_pattern  a pattern's object
+//   replacer          a template, and lines with matches replaced
+//   explain           what a pattern compiles to
+//   styled_output     colours
+//   progress          a line that tells how far a long run is
 //
 // What any such program needs stands in the folder common: reading chunks of whole lines in bounded
 // memory, output, command lines, and what differs between the systems.
@@ -17,19 +25,13 @@
 #include "common/platform.h"
 #include "common/program.h"
 #include "explain.h"
-#include "file_search.h"
-
-#ifdef _WIN32
-// Asks the run-time library to expand wildcards, which the command interpreters leave to programs.
-extern "C" int _dowildcard;  // NOLINT: the run-time library's name
-int _dowildcard = -1;        // NOLINT
-#endif
+#include "files_search.h"
+#include "line_filter.h"
+#include "pattern_searcher.h"
+#include "text_searcher.h"
 
 namespace examples::vekgrep {
 namespace {
-
-constexpr int kFound = 0;
-constexpr int kNotFound = 1;
 
 bool WantsColor(ColorMode mode) {
   if (mode != ColorMode::kAuto) {
@@ -39,41 +41,52 @@ bool WantsColor(ColorMode mode) {
   return (noColor == nullptr || *noColor == 0) && TerminalHasColor(kStandardOutput);
 }
 
-int SearchFiles(const Options& options, StyledOutput& output) {
-  Searcher searcher(options.patterns, options.ignoreCase);
-  const bool printsLines = PrintsLines(options.report);
-  Input input(printsLines ? Input::Lines::kWholeUnlessBinary : Input::Lines::kPieces,
-              std::max(searcher.LongestPattern(), 1));
-  File file;
-  bool found = false;
-  bool trouble = false;
-  for (const std::string& name : options.files) {
-    const std::string label = name == "-" ? "(standard input)" : name;
-    std::string fault;
-    if (file.Open(name, printsLines ? kStandardOutput : -1, &fault)) {
-      input.Begin(file);
-      found |= FileSearch(options, searcher, output, label).Run(input);
-      fault = input.Fault();
-    }
-    if (output.Error() != 0) {
-      break;
-    }
-    if (!fault.empty()) {
-      output.Complain(label, fault);
-      trouble = true;
+// Whole lines are what patterns are searched for in.
+int SearchForPatterns(const Options& options, StyledOutput& output, Progress& progress) {
+  PatternSearcher searcher;
+  Replacer replacer;
+  std::string fault;
+  for (const std::string& pattern : options.patterns) {
+    if (!searcher.Add(pattern, options.settings, &fault)) {
+      output.Complain(fault);
+      return kTrouble;
     }
   }
-  return trouble ? kTrouble : found ? kFound : kNotFound;
+  if (options.report == Report::kReplaced && !replacer.ReadTemplate(options.replacement, &fault)) {
+    output.Complain(fault);
+    return kTrouble;
+  }
+  const Input::Lines lines =
+      PrintsLines(options.report) ? Input::Lines::kWholeTellBinary : Input::Lines::kWhole;
+  return FilesSearch({options, searcher, replacer, output, progress}, lines, 0).Run();
+}
+
+int SearchForTexts(const Options& options, StyledOutput& output, Progress& progress) {
+  TextSearcher searcher(options.patterns, options.ignoreCase);
+  Replacer unused;
+  const Input::Lines lines =
+      PrintsLines(options.report) ? Input::Lines::kWholeUnlessBinary : Input::Lines::kPieces;
+  return FilesSearch({options, searcher, unused, output, progress}, lines,
+                     std::max(searcher.LongestPattern(), 1))
+      .Run();
+}
+
+int Search(const Options& options, StyledOutput& output) {
+  Progress progress(output, TerminalHasColor(kStandardError));
+  return options.fixedText ? SearchForTexts(options, output, progress)
+                           : SearchForPatterns(options, output, progress);
 }
 
 int ExplainPattern(const Options& options, Output& output) {
-  const Explanation explanation = Explain(options.pattern, options.ignoreCase);
-  if (!explanation.compiles) {
-    output.Complain(explanation.text);
+  CompiledPattern compiled;
+  std::string fault;
+  if (!compiled.Compile(options.pattern, options.settings, &fault)) {
+    output.Complain(fault);
     return kTrouble;
   }
-  output.Append(explanation.text);
-  return kFound;
+  output.Append(ListProgram(compiled.Header()) + "   searched: " +
+                LineFilter(options.pattern, options.settings, compiled).Description() + "\n");
+  return 0;
 }
 
 int Work(const std::vector<std::string>& arguments) {
@@ -82,7 +95,7 @@ int Work(const std::vector<std::string>& arguments) {
   switch (commandLine.kind) {
     case CommandLine<Options>::Kind::kHelp:
       output.Append(commandLine.text);
-      return Finish(output, kFound);
+      return Finish(output, 0);
     case CommandLine<Options>::Kind::kFault:
       output.Complain(commandLine.text);
       return kTrouble;
@@ -91,7 +104,7 @@ int Work(const std::vector<std::string>& arguments) {
   }
   const Options& options = commandLine.options;
   return Finish(output,
-                options.explains ? ExplainPattern(options, output) : SearchFiles(options, output));
+                options.explains ? ExplainPattern(options, output) : Search(options, output));
 }
 
 }  // namespace

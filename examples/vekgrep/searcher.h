@@ -1,53 +1,58 @@
-// Where a text matches. The text is a chunk of lines as it was read; it is searched as a whole, so
-// that a chunk without an occurrence costs one pass for each pattern.
+// Where a text matches: what searching for fixed text and for patterns have in common. The text is
+// a chunk of lines as it was read.
 
 #ifndef VEKGREP_SEARCHER_H
 #define VEKGREP_SEARCHER_H
 
 #include <cstdint>
-#include <limits>
-#include <string>
-#include <vector>
 
 #include "common/bytes.h"
+#include "replacer.h"
+#include "vekch/regexp.h"
 
 namespace examples::vekgrep {
 
+enum class Outcome {
+  kNothing,
+  kMatch,
+  kGivenUp  // a pattern's match limit ran out in a line, which counts as one without a match
+};
+
+// A match to be shown, with what its groups captured: places in the text.
+struct Mark {
+  Range range;
+  const RegExpFindResult* groups;
+  int32_t groupCount;
+};
+
 class Searcher {
  public:
-  Searcher(const std::vector<std::string>& patterns, bool ignoreCase);
+  virtual ~Searcher() = default;
 
-  // Whether the empty text is among the patterns. Such occurrences select every line and are never
-  // reported by Next.
-  bool MatchesEveryLine() const { return matchesEveryLine; }
+  // Whether every line is selected, by matches that need not be looked for.
+  virtual bool MatchesEveryLine() const { return false; }
 
-  // Length of the longest pattern.
-  int32_t LongestPattern() const { return longestPattern; }
+  // Whether kGivenUp may come.
+  virtual bool HasLimit() const { return false; }
 
   // Goes over to another text, which must stay as it is meanwhile.
-  void Begin(const uint8_t* text, int32_t length);
+  virtual void Begin(const uint8_t* text, int32_t length) = 0;
 
-  // The occurrence that starts first, and of those the longest, at or behind `from`. Within one
-  // text `from` must not decrease.
-  bool Next(int32_t from, Range* match);
+  // The first match at or behind `from`, the start of a line; within one text `from` must not
+  // decrease. With kGivenUp `match` is a place in the line, and the search goes on from there when
+  // asked again.
+  virtual Outcome Next(int32_t from, Range* match) = 0;
 
- private:
-  static constexpr int32_t kNowhere = std::numeric_limits<int32_t>::max();
+  // Goes over to showing the matches of the line that Next found last; `line` is without its
+  // newline.
+  virtual void BeginLine(Range line) = 0;
 
-  struct Pattern {
-    std::string bytes;
-    int32_t next;  // its first occurrence behind where it was asked for last, or kNowhere
-  };
+  // The next match of the line, behind the one before and possibly empty. kGivenUp is the last.
+  virtual Outcome NextMark(Mark* mark) = 0;
 
-  int32_t Find(const std::string& bytes, int32_t from) const;
-
-  std::vector<Pattern> patterns;
-  bool matchesEveryLine = false;
-  int32_t longestPattern = 0;
-  bool foldsCase = false;
-  std::vector<uint8_t> folded;    // the text in small letters, if foldsCase
-  const uint8_t* text = nullptr;  // what is searched
-  int32_t length = 0;
+  // Makes of a line, without its newline, what it becomes when its matches are replaced. False if
+  // it was given up and stays as it is. Not for fixed text.
+  virtual bool Replace(Range line, Replacer* replacer) = 0;
 };
 
 }  // namespace examples::vekgrep

@@ -18,12 +18,6 @@
 #include "encoder.h"
 #include "options.h"
 
-#ifdef _WIN32
-// Arguments are bytes and numbers, never the names of files: nothing is to be expanded.
-extern "C" int _dowildcard;  // NOLINT: the run-time library's name
-int _dowildcard = 0;         // NOLINT
-#endif
-
 namespace examples::vektext {
 namespace {
 
