@@ -271,6 +271,8 @@ const Oddity kOddities[] = {
      "2+1",
      {"", 0}},
     // Where the search begins and ends.
+    {"nothing is seen behind the last literal that is needed", "(?=a\n)a", "a\n", ""},
+    {"it is the end there", "(?=a$)a", "ab", "0+1"},
     {"alternatives of literals: the earliest", "cat|dog", "hotdog cat", "3+3"},
     {"of two at one place the first", "ab|abc", "abc", "0+2"},
     {"a literal in front, though none of it is needed", "a*?b", "bab", "1+2"},
