@@ -52,14 +52,19 @@ int32_t Plus(int64_t a, int64_t b) {
 // repetitions, have been consumed by it already; bit 0 else.
 class FilterMaker {
  public:
-  FilterMaker(const ProgramWalk& programWalk, uint8_t* marks, SearchPlan* plan)
-      : walk(programWalk), now(marks), next(marks + programWalk.count + 1), filter(plan->bytes) {}
+  FilterMaker(const ProgramWalk& programWalk, int32_t firstAlternative, uint8_t* marks,
+              SearchPlan* plan)
+      : walk(programWalk),
+        topLevel(firstAlternative),
+        now(marks),
+        next(marks + programWalk.count + 1),
+        filter(plan->bytes) {}
 
   // Returns the number of bytes that are known.
   int32_t Run() {
     Clear(now);
     now[0] = 1;
-    MarkAlternatives(NoteOfTopLevel());
+    MarkAlternatives(topLevel);
     int32_t window = 0;
     while (window < kMostWindow) {
       Clear(next);
@@ -88,14 +93,11 @@ class FilterMaker {
     return window;
   }
 
-  // Levels that the matcher may use up before the first byte is tested, or -1 if that depends on
+  // Levels that the matcher may use up before the known bytes are tested, or -1 if that depends on
   // the subject.
   int32_t Levels() const { return passesLookaround ? -1 : levels; }
-  void SetTopLevel(int32_t firstAlternative) { topLevel = firstAlternative; }
 
  private:
-  int32_t NoteOfTopLevel() const { return topLevel; }
-
   void Clear(uint8_t* marks) const {
     for (int32_t i = 0; i <= walk.count; ++i) {
       marks[i] = 0;
@@ -109,7 +111,7 @@ class FilterMaker {
       for (int32_t i = 0; i < walk.count && !ends && !isUnknown; ++i) {
         if (now[i] != 0) {
           Step(i);
-          levels += bit == 1 && round == 0 ? 2 : 0;
+          levels += round == 0 ? 2 : 0;
         }
         i += walk.nodes[i].op == OpClass ? walk.nodes[i].b : 0;
       }
@@ -316,11 +318,11 @@ class FilterMaker {
   }
 
   const ProgramWalk& walk;
+  const int32_t topLevel;
   uint8_t* now;
   uint8_t* next;
   uint8_t* filter;
   uint8_t bit = 1;
-  int32_t topLevel = 0;
   int32_t current = -1;
   int32_t levels = kSlack;
   bool changed = false;
@@ -529,8 +531,7 @@ class PlanMaker {
   }
 
   void UseFilter() {
-    FilterMaker maker(walk, work, plan);
-    maker.SetTopLevel(InfoOf(state)->firstAlternative);
+    FilterMaker maker(walk, InfoOf(state)->firstAlternative, work, plan);
     plan->window = static_cast<uint8_t>(maker.Run());
     if (plan->window != 0) {
       Use(SearchPlan::kFilter, maker.Levels() < 0 ? InfoOf(state)->mostDepth : maker.Levels());

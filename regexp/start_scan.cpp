@@ -171,6 +171,9 @@ const uint8_t* StartScan::NextByFilter(const uint8_t* at) {
     if (at == nullptr || plan_->isAtWordStart == 0 || at == subject_ || !IsWordByte(at[-1])) {
       return at;
     }
+    while (at + 1 < end_ && IsWordByte(at[1])) {
+      ++at;
+    }
   }
 }
 

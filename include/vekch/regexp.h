@@ -113,7 +113,8 @@ VEKCH_API vekStatus veksRegExpInit(const uint8_t* pattern, const uint8_t* option
 
 /**
  * Sets how the subjects of later searches are read: 1, where an object starts, as UTF-8, where one
- * character may be several bytes; 0 as bytes, each of them a character.
+ * character may be several bytes; 0 as bytes, each of them a character. Code points
+ * ("\x{3B1}"), properties and "\X" outside of classes read UTF-8 in either format.
  *
  * Compiling sets the format anew, so set it afterwards. It is not tested whether the object is
  * compiled.
