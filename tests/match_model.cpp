@@ -11,6 +11,7 @@
 
 #include "regexp/program.h"
 #include "regexp/properties.h"
+#include "unicode/utf8.h"
 
 namespace vekch::test {
 namespace {
@@ -26,21 +27,12 @@ int32_t ToUpper(int32_t c) { return c >= 'a' && c <= 'z' ? c - 0x20 : c; }
 bool Has(uint32_t options, uint32_t option) { return (options & option) != 0; }
 
 bool IsOfType(int32_t c, int32_t letter, uint32_t options) {
-  switch (letter) {
-    case '.':
-      return c != '\n' || Has(options, RegExpOptionS);
-    case 'd':
-    case 'D':
-      return IsDigit(c) == (letter == 'd');
-    case 's':
-    case 'S':
-      return IsSpace(c) == (letter == 's');
-    case 'w':
-    case 'W':
-      return IsWord(c) == (letter == 'w');
-    default:
-      return false;
+  if (letter == '.') {
+    return c != '\n' || Has(options, RegExpOptionS);
   }
+  const int32_t lower = letter | 0x20;
+  const bool isInside = lower == 'd' ? IsDigit(c) : lower == 's' ? IsSpace(c) : IsWord(c);
+  return isInside == (letter == lower);
 }
 
 bool HasItem(const ProgramNode& item, int32_t c, uint32_t options) {
@@ -73,38 +65,6 @@ bool InClass(const ProgramNode* head, int32_t c, uint32_t options) {
   return isMember != (head->a != 0);
 }
 
-int32_t EncodedLength(uint32_t codePoint) {
-  int32_t length = 1;
-  for (const uint32_t limit : {0x80U, 0x800U, 0x10000U, 0x200000U, 0x4000000U}) {
-    length += codePoint >= limit ? 1 : 0;
-  }
-  return length;
-}
-
-struct Character {
-  int32_t value;
-  int32_t length;
-};
-
-Character Decode(const uint8_t* p, const uint8_t* end) {
-  const Character byte = {*p, 1};
-  int32_t length = 0;
-  while (length < 8 && (*p << length & 0x80) != 0) {
-    ++length;
-  }
-  if (length < 2 || length > 6 || end - p < length) {
-    return byte;
-  }
-  uint32_t value = *p & (0x7FU >> length);
-  for (int32_t i = 1; i < length; ++i) {
-    if ((p[i] & 0xC0) != 0x80) {
-      return byte;
-    }
-    value = value << 6 | (p[i] & 0x3FU);
-  }
-  return EncodedLength(value) == length ? Character{static_cast<int32_t>(value), length} : byte;
-}
-
 // ---- Whether the program matches at one place.
 
 class Matcher {
@@ -124,15 +84,22 @@ class Matcher {
     int32_t length = -1;
   };
 
-  // A group that is open: what is left to its repetition that runs.
+  // How often something is repeated, and the record behind it.
+  struct Times {
+    int32_t least;
+    int32_t most;
+    bool isLazy;
+    int32_t next;
+
+    Times OneLess() const { return {least - 1, most - 1, isLazy, next}; }
+  };
+
+  // A group that is open, in one of its repetitions.
   struct Group {
     const Group* outer;
     int32_t open;  // its records
     int32_t close;
-    int32_t next;
-    int32_t least;
-    int32_t most;
-    bool isLazy;
+    Times times;  // left, this one included
     uint32_t options;
     int32_t start;
   };
@@ -171,6 +138,30 @@ class Matcher {
     return result;
   }
 
+  void Set(size_t slot, Slot value) {
+    trail.emplace_back(slot, slots[slot]);
+    slots[slot] = value;
+  }
+
+  void SetLength(int32_t length) { Set(0, {slots[0].start, length}); }
+
+  // The alternatives from `first` on, up to where they close, until one doesn't fail.
+  Result TryAlternatives(int32_t first, int32_t close, int32_t at, Scene scene, bool resets) {
+    const int32_t serial = close == state.nodeCount ? 0 : program[close].a;
+    for (;;) {
+      const Result result = Match(first, at, scene);
+      const int32_t alternative = NextAlternative(first, close, serial);
+      if (result != kFail || alternative == close) {
+        return result;
+      }
+      scene.options = OptionsBehind(alternative);
+      first = alternative + 1;
+      if (resets) {
+        SetLength(at - slots[0].start);
+      }
+    }
+  }
+
   int32_t NextAlternative(int32_t from, int32_t to, int32_t serial) const {
     while (from < to && (program[from].op != OpAlternative || program[from].a != serial)) {
       ++from;
@@ -180,8 +171,15 @@ class Matcher {
 
   uint32_t OptionsBehind(int32_t record) const { return static_cast<uint32_t>(program[record].b); }
 
+  struct Character {
+    int32_t value;
+    int32_t length;
+  };
+
   Character Read(int32_t at, bool isUtf8) const {
-    return isUtf8 ? Decode(subject + at, subject + end) : Character{subject[at], 1};
+    const Utf8Character read = ReadUtf8(subject + at, subject + end);
+    return isUtf8 ? Character{static_cast<int32_t>(read.value), read.length}
+                  : Character{subject[at], 1};
   }
 
   const RegExpState& state;
@@ -198,13 +196,6 @@ class Matcher {
   std::vector<std::pair<size_t, Slot>> trail;
 
  private:
-  void Set(size_t slot, Slot value) {
-    trail.emplace_back(slot, slots[slot]);
-    slots[slot] = value;
-  }
-
-  void SetLength(int32_t length) { Set(0, {slots[0].start, length}); }
-
   void Undo(size_t mark) {
     for (; trail.size() > mark; trail.pop_back()) {
       slots[trail.back().first] = trail.back().second;
@@ -232,14 +223,8 @@ class Matcher {
       case OpLookbehind:
       case OpNegLookbehind:
         return LookAround(cursor, at, scene);
-      case OpAtomic: {
-        const ProgramNode* quantifier = QuantifierAt(cursor + node.b + 2, scene);
-        const bool isLazy = quantifier != nullptr && quantifier->op == OpLazy;
-        return quantifier == nullptr
-                   ? Atomic(cursor, at, scene, {1, 1, false, cursor + node.b + 2})
-                   : Atomic(cursor, at, scene,
-                            {quantifier->a, quantifier->b, isLazy, cursor + node.b + 3});
-      }
+      case OpAtomic:
+        return Atomic(cursor, at, scene, TimesAt(cursor + node.b + 2, scene));
       default:
         return Consume(cursor, at, scene);
     }
@@ -247,6 +232,13 @@ class Matcher {
 
   const ProgramNode* QuantifierAt(int32_t cursor, const Scene& scene) const {
     return cursor < scene.end && regexp::IsQuantifier(program[cursor]) ? program + cursor : nullptr;
+  }
+
+  Times TimesAt(int32_t cursor, const Scene& scene) const {
+    const ProgramNode* quantifier = QuantifierAt(cursor, scene);
+    return quantifier == nullptr
+               ? Times{1, 1, false, cursor}
+               : Times{quantifier->a, quantifier->b, quantifier->op == OpLazy, cursor + 1};
   }
 
   // ---- Records that consume.
@@ -298,7 +290,7 @@ class Matcher {
       case OpCodePoint:
         return MatchPropertyItem(character.value, &node, folds) >= 0
                    ? std::optional<Taken>(
-                         {character.length, EncodedLength(static_cast<uint32_t>(node.a))})
+                         {character.length, Utf8Length(static_cast<uint32_t>(node.a))})
                    : std::nullopt;
       case OpCategory:
       case OpRange:
@@ -319,11 +311,8 @@ class Matcher {
   Result Consume(int32_t cursor, int32_t at, const Scene& scene) {
     const ProgramNode& node = program[cursor];
     const int32_t next = cursor + 1 + (node.op == OpClass ? node.b : 0);
-    if (const ProgramNode* quantifier = QuantifierAt(next, scene)) {
-      return Repeat(node, *quantifier, next + 1, at, scene);
-    }
-    if (node.op == OpClass) {
-      return Repeat(node, {OpGreedy, 1, 1, 0, 0}, next, at, scene);
+    if (node.op == OpClass || QuantifierAt(next, scene) != nullptr) {
+      return Repeat(node, TimesAt(next, scene), at, scene);
     }
     const std::optional<Taken> taken = Take(node, at, scene.options);
     if (!taken) {
@@ -340,15 +329,14 @@ class Matcher {
                                                  : kOk;
   }
 
-  Result Repeat(const ProgramNode& node, const ProgramNode& quantifier, int32_t next, int32_t at,
-                const Scene& scene) {
+  Result Repeat(const ProgramNode& node, const Times& times, int32_t at, const Scene& scene) {
     struct Place {
       int32_t at;
       int32_t length;
     };
-    const auto least = static_cast<size_t>(quantifier.a);
+    const auto least = static_cast<size_t>(times.least);
     std::vector<Place> places = {{at, slots[0].length}};  // behind none, one, two ... of them
-    const auto most = static_cast<size_t>(std::max(quantifier.a, std::min(quantifier.b, end - at)));
+    const auto most = static_cast<size_t>(std::max(times.least, std::min(times.most, end - at)));
     while (places.size() <= most) {
       const Place last = places.back();
       const std::optional<Taken> taken = Take(node, last.at, scene.options);
@@ -361,7 +349,7 @@ class Matcher {
       return kFail;
     }
     places.erase(places.begin(), places.begin() + static_cast<ptrdiff_t>(least));
-    if (quantifier.op == OpGreedy) {
+    if (!times.isLazy) {
       std::reverse(places.begin(), places.end());
     }
     const size_t mark = trail.size();
@@ -370,7 +358,7 @@ class Matcher {
     for (size_t i = 0; i < places.size() && result != kOk; ++i) {
       Undo(mark);
       SetLength(places[i].length);
-      result = Match(next, places[i].at, scene);
+      result = Match(times.next, places[i].at, scene);
     }
     ++depth;
     return result == kOk ? kOk : kFail;
@@ -381,20 +369,13 @@ class Matcher {
   Result OpenGroup(int32_t cursor, int32_t at, const Scene& scene) {
     const ProgramNode& node = program[cursor];
     const int32_t close = cursor + node.b + 1;
-    const ProgramNode* quantifier = QuantifierAt(close + 1, scene);
-    Group group = {scene.group, cursor, close, close + 1, 1, 1, false, scene.options, at};
-    if (quantifier != nullptr) {
-      group.next = close + 2;
-      group.least = quantifier->a;
-      group.most = quantifier->b;
-      group.isLazy = quantifier->op == OpLazy;
-    }
-    if (node.op == OpOptionGroup) {
-      group.options = static_cast<uint32_t>(node.c);
-    }
-    if (group.most == 0 || (group.isLazy && group.least == 0)) {
-      const Result skipped = Match(group.next, at, scene);
-      if (group.most == 0 || skipped != kFail) {
+    const Times times = TimesAt(close + 1, scene);
+    const bool setsOptions = node.op == OpOptionGroup;
+    const uint32_t options = setsOptions ? static_cast<uint32_t>(node.c) : scene.options;
+    const Group group = {scene.group, cursor, close, times, options, at};
+    if (times.most == 0 || (times.isLazy && times.least == 0)) {
+      const Result skipped = Match(times.next, at, scene);
+      if (times.most == 0 || skipped != kFail) {
         return skipped;
       }
     }
@@ -403,16 +384,13 @@ class Matcher {
       Set(static_cast<size_t>(node.c), {at, 0});
     }
     const Result result = TryBody(group, at, scene.end);
-    if (result != kFail) {
+    if (result != kFail || times.least > 0 || times.isLazy) {
       return result;
-    }
-    if (group.least > 0 || group.isLazy) {
-      return kFail;
     }
     if (node.op == OpCapture) {
       Set(static_cast<size_t>(node.c), old);
     }
-    return Match(group.next, at, {scene.end, OptionsBehind(close), scene.group});
+    return Match(times.next, at, {scene.end, OptionsBehind(close), scene.group});
   }
 
   // One repetition, and all that follows.
@@ -442,16 +420,7 @@ class Matcher {
       }
       return holds == kAbort ? kAbort : Match(first, at, inside);
     }
-    for (;;) {
-      const Result result = Match(first, at, inside);
-      const int32_t alternative = NextAlternative(first, group.close, open.a);
-      if (result != kFail || alternative == group.close) {
-        return result;
-      }
-      inside.options = OptionsBehind(alternative);
-      first = alternative + 1;
-      SetLength(at - slots[0].start);
-    }
+    return TryAlternatives(first, group.close, at, inside, true);
   }
 
   // The end of a repetition. What is aborted behind it has failed.
@@ -460,31 +429,29 @@ class Matcher {
     const ProgramNode& open = program[group.open];
     const Scene after = {scene.end, OptionsBehind(group.close), group.outer};
     const int32_t consumed = at - group.start;
-    Group again = group;
-    --again.least;
-    --again.most;
-    again.start = at;
+    const Times left = group.times.OneLess();
+    const Group again = {group.outer, group.open, group.close, left, group.options, at};
     if (open.op == OpCapture) {
       Set(static_cast<size_t>(open.c), {at - consumed, consumed});
     }
-    const bool isLast = (again.most < 1 && !group.isLazy) || consumed == 0;
+    const bool isLast = (left.most < 1 && !left.isLazy) || consumed == 0;
     if (!isLast) {
       if (depth - 1 < 0) {
         return kFail;
       }
       const size_t mark = trail.size();
-      if (group.isLazy && again.least < 1) {
-        if (Match(group.next, at, after) == kOk) {
+      if (left.isLazy && left.least < 1) {
+        if (Match(left.next, at, after) == kOk) {
           return kOk;
         }
         Undo(mark);
       }
-      const Result result = again.most > 0 ? TryBody(again, at, scene.end) : kFail;
-      if (result != kFail || again.least > 0 || group.isLazy) {
+      const Result result = left.most > 0 ? TryBody(again, at, scene.end) : kFail;
+      if (result != kFail || left.least > 0 || left.isLazy) {
         return result == kOk ? kOk : kFail;
       }
     }
-    return Match(group.next, at, after) == kOk ? kOk : kFail;
+    return Match(left.next, at, after) == kOk ? kOk : kFail;
   }
 
   // ---- Look-arounds and atomic groups: programs of their own.
@@ -495,21 +462,14 @@ class Matcher {
     const int32_t close = cursor + program[cursor].b + 1;
     const size_t mark = trail.size();
     const int32_t length = slots[0].length;
-    Scene inside = {close, scene.options, scene.group};
-    for (int32_t first = cursor + 1;;) {
-      const Result result = Match(first, at, inside);
-      if (result == kOk) {
-        *taken = slots[0].length - length;
-        slots[0].length = length;
-        trail.resize(mark);
-      }
-      const int32_t alternative = NextAlternative(first, close, program[cursor].a);
-      if (result != kFail || alternative == close) {
-        return result;
-      }
-      inside.options = OptionsBehind(alternative);
-      first = alternative + 1;
+    const Scene inside = {close, scene.options, scene.group};
+    const Result result = TryAlternatives(cursor + 1, close, at, inside, false);
+    if (result == kOk) {
+      *taken = slots[0].length - length;
+      slots[0].length = length;
+      trail.resize(mark);
     }
+    return result;
   }
 
   Result LookAround(int32_t cursor, int32_t at, const Scene& scene) {
@@ -535,14 +495,7 @@ class Matcher {
     return count == 0 ? at : starts.size() < back ? at - count : starts[starts.size() - back];
   }
 
-  struct Repetition {
-    int32_t least;
-    int32_t most;
-    bool isLazy;
-    int32_t next;
-  };
-
-  Result Atomic(int32_t cursor, int32_t at, const Scene& scene, Repetition left) {
+  Result Atomic(int32_t cursor, int32_t at, const Scene& scene, const Times& left) {
     if (left.isLazy && left.least < 1) {
       const Result result = Match(left.next, at, scene);
       if (result != kFail) {
@@ -557,7 +510,7 @@ class Matcher {
     if (taken > 0) {
       const size_t mark = trail.size();
       SetLength(slots[0].length + taken);
-      const Repetition less = {left.least - 1, left.most - 1, left.isLazy, left.next};
+      const Times less = left.OneLess();
       const Result result = Atomic(cursor, at + taken, scene, less);
       if (result != kFail || less.least >= 0 || left.isLazy) {
         return result;
@@ -746,7 +699,11 @@ class Searcher : Matcher {
     --depth;
     Result result = kFail;
     for (int32_t at = from; at <= to; at = NextStart(at)) {
-      result = TryAlternatives(at);
+      slots.assign(static_cast<size_t>(state.captureCount), {});
+      slots[0] = {at, 0};
+      trail.clear();
+      const Scene scene = {state.nodeCount, state.compileFlags, nullptr};
+      result = TryAlternatives(0, state.nodeCount, at, scene, true);
       if (result != kFail) {
         break;
       }
@@ -763,22 +720,6 @@ class Searcher : Matcher {
       at += at < end ? Read(at, state.characterFormat == 1).length : 1;
     } while (starts == Starts::kLines && at <= end && subject[at - 1] != '\n');
     return at;
-  }
-
-  Result TryAlternatives(int32_t at) {
-    slots.assign(static_cast<size_t>(state.captureCount), {});
-    Scene scene = {state.nodeCount, state.compileFlags, nullptr};
-    for (int32_t first = 0;;) {
-      slots[0] = {at, 0};
-      trail.clear();
-      const Result result = Match(first, at, scene);
-      const int32_t alternative = NextAlternative(first, state.nodeCount, 0);
-      if (result != kFail || alternative == state.nodeCount) {
-        return result;
-      }
-      scene.options = OptionsBehind(alternative);
-      first = alternative + 1;
-    }
   }
 
   int32_t windowEnd = 0;
