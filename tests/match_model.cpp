@@ -507,9 +507,9 @@ class Matcher {
     if (inside == kAbort || (inside == kFail && (left.least > 0 || left.isLazy))) {
       return inside;
     }
+    const size_t mark = trail.size();
+    SetLength(slots[0].length + taken);
     if (taken > 0) {
-      const size_t mark = trail.size();
-      SetLength(slots[0].length + taken);
       const Times less = left.OneLess();
       const Result result = Atomic(cursor, at + taken, scene, less);
       if (result != kFail || less.least >= 0 || left.isLazy) {
