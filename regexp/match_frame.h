@@ -18,22 +18,22 @@ class Budget {
  public:
   Budget() = default;
   constexpr Budget(int32_t depth, int32_t steps)
-      : value_(static_cast<uint64_t>(static_cast<uint32_t>(steps)) << 32 |
-               (static_cast<uint32_t>(depth) + kLead)) {}
+      : value(static_cast<uint64_t>(static_cast<uint32_t>(steps)) << 32 |
+              (static_cast<uint32_t>(depth) + kLead)) {}
 
   constexpr int64_t Depth() const {
-    return static_cast<int64_t>(static_cast<uint32_t>(value_)) - kLead;
+    return static_cast<int64_t>(static_cast<uint32_t>(value)) - kLead;
   }
-  constexpr int64_t Steps() const { return static_cast<int64_t>(value_ >> 32); }
+  constexpr int64_t Steps() const { return static_cast<int64_t>(value >> 32); }
 
-  VEK_INLINE void TakeRecord() { value_ -= uint64_t{1} << 32 | 1; }
-  VEK_INLINE void TakeDepth() { value_ -= 1; }
+  VEK_INLINE void TakeRecord() { value -= uint64_t{1} << 32 | 1; }
+  VEK_INLINE void TakeDepth() { value -= 1; }
 
-  friend constexpr bool operator==(Budget a, Budget b) { return a.value_ == b.value_; }
+  friend constexpr bool operator==(Budget a, Budget b) { return a.value == b.value; }
 
  private:
   static constexpr uint32_t kLead = 4;
-  uint64_t value_;
+  uint64_t value;
 };
 
 // What becomes of an abort that comes up to a run of records: the last record that doesn't pass it
@@ -43,14 +43,14 @@ class OnAbort {
   enum Outcome : uint32_t { kPasses, kMatches, kFails };
 
   OnAbort() = default;
-  constexpr explicit OnAbort(Outcome outcome) : value_(uint32_t{outcome} << 30) {}
+  constexpr explicit OnAbort(Outcome outcome) : value(uint32_t{outcome} << 30) {}
 
-  constexpr Outcome What() const { return static_cast<Outcome>(value_ >> 30); }
-  constexpr int32_t LostSteps() const { return static_cast<int32_t>(value_ & 0x3FFFFFFF); }
-  VEK_INLINE void PassByte() { ++value_; }
+  constexpr Outcome What() const { return static_cast<Outcome>(value >> 30); }
+  constexpr int32_t LostSteps() const { return static_cast<int32_t>(value & 0x3FFFFFFF); }
+  VEK_INLINE void PassByte() { ++value; }
 
  private:
-  uint32_t value_;
+  uint32_t value;
 };
 
 // The registers of the matcher: where it stands in the program and in the subject.

@@ -23,17 +23,17 @@ static_assert(sizeof(OpenGroup) == sizeof(GroupEntry));
 class NoteWriter {
  public:
   explicit NoteWriter(RegExpState* patternState)
-      : state_(patternState),
-        nodes_(ProgramOf(patternState)),
-        count_(patternState->nodeCount),
-        groups_(reinterpret_cast<OpenGroup*>(patternState->workTableA)) {}
+      : state(patternState),
+        nodes(ProgramOf(patternState)),
+        count(patternState->nodeCount),
+        groups(reinterpret_cast<OpenGroup*>(patternState->workTableA)) {}
 
   void Run() {
     LinkGroups();
     uint8_t* const room = NoteSets();
     NoteRepetitions();
     NoteCertainGroups();
-    SearchInfo* const info = InfoOf(state_);
+    SearchInfo* const info = InfoOf(state);
     info->mostDepth = MostDepth();
     info->room = room;
   }
@@ -43,47 +43,47 @@ class NoteWriter {
 
   void LinkGroups() {
     int32_t innermost = 0;
-    for (int32_t i = 0; i < count_; ++i) {
-      ProgramNode& node = nodes_[i];
+    for (int32_t i = 0; i < count; ++i) {
+      ProgramNode& node = nodes[i];
       if (node.op == OpClass) {
         i += node.b;
       } else if (IsOpening(node)) {
         const int32_t serial = node.a < 0 ? -node.a : node.a;
-        groups_[serial] = {innermost, i, 0, {}};
+        groups[serial] = {innermost, i, 0, {}};
         innermost = serial;
-        lastSerial_ = serial > lastSerial_ ? serial : lastSerial_;
+        lastSerial = serial > lastSerial ? serial : lastSerial;
         SetNote(&node, GroupNote{0, 0});
       } else if (node.op == OpAlternative) {
-        LinkAlternative(i, &groups_[innermost]);
+        LinkAlternative(i, &groups[innermost]);
       } else if (node.op == OpGroupEnd) {
-        const OpenGroup group = groups_[innermost];
-        groups_[innermost] = {};
+        const OpenGroup group = groups[innermost];
+        groups[innermost] = {};
         EndGroup(i, group);
         innermost = group.around;
       }
     }
-    const int32_t first = groups_[0].opening;
-    *InfoOf(state_) = {first, 0, nullptr, nullptr, 0, 0};
+    const int32_t first = groups[0].opening;
+    *InfoOf(state) = {first, 0, nullptr, nullptr, 0, 0};
   }
 
   void LinkAlternative(int32_t index, OpenGroup* group) {
-    SetNote(&nodes_[index], AlternativeNote{0, 0});
+    SetNote(&nodes[index], AlternativeNote{0, 0});
     if (group->lastAlternative != 0) {
-      SetNote(&nodes_[group->lastAlternative], AlternativeNote{index, 0});
-    } else if (nodes_[index].a == 0) {
+      SetNote(&nodes[group->lastAlternative], AlternativeNote{index, 0});
+    } else if (nodes[index].a == 0) {
       group->opening = index;  // at top level, where no record opens
     } else {
-      SetNote(&nodes_[group->opening], GroupNote{index, 0});
+      SetNote(&nodes[group->opening], GroupNote{index, 0});
     }
     group->lastAlternative = index;
   }
 
   void EndGroup(int32_t end, const OpenGroup& group) {
-    nodes_[end].ptr = static_cast<uint64_t>(group.opening);
-    int32_t i = NoteOf<GroupNote>(nodes_[group.opening]).firstAlternative;
+    nodes[end].ptr = static_cast<uint64_t>(group.opening);
+    int32_t i = NoteOf<GroupNote>(nodes[group.opening]).firstAlternative;
     while (i != 0) {
-      const int32_t next = NoteOf<AlternativeNote>(nodes_[i]).next;
-      SetNote(&nodes_[i], AlternativeNote{next, end});
+      const int32_t next = NoteOf<AlternativeNote>(nodes[i]).next;
+      SetNote(&nodes[i], AlternativeNote{next, end});
       i = next;
     }
   }
@@ -92,11 +92,11 @@ class NoteWriter {
 
   // Returns what is left of the room for sets.
   uint8_t* NoteSets() {
-    auto options = static_cast<int32_t>(state_->compileFlags);
-    auto* room = reinterpret_cast<uint8_t*>(groups_ + lastSerial_ + 1);
-    auto* const end = reinterpret_cast<uint8_t*>(groups_ + RegExpTableSize);
-    for (int32_t i = 0; i < count_; ++i) {
-      ProgramNode& node = nodes_[i];
+    auto options = static_cast<int32_t>(state->compileFlags);
+    auto* room = reinterpret_cast<uint8_t*>(groups + lastSerial + 1);
+    auto* const end = reinterpret_cast<uint8_t*>(groups + RegExpTableSize);
+    for (int32_t i = 0; i < count; ++i) {
+      ProgramNode& node = nodes[i];
       switch (node.op) {
         case OpSetOptions:
           options = node.a;
@@ -141,11 +141,11 @@ class NoteWriter {
   // ---- What must follow a repetition.
 
   void NoteRepetitions() {
-    const ProgramWalk walk(*state_);
-    for (int32_t i = 0; i < count_; ++i) {
+    const ProgramWalk walk(*state);
+    for (int32_t i = 0; i < count; ++i) {
       const int32_t behind = walk.BehindAtom(i);
-      if (!IsOpening(nodes_[i]) && walk.QuantifierAt(behind) != nullptr) {
-        SetNote(&nodes_[behind], Follow(walk, nodes_[i], behind + 1));
+      if (!IsOpening(nodes[i]) && walk.QuantifierAt(behind) != nullptr) {
+        SetNote(&nodes[behind], Follow(walk, nodes[i], behind + 1));
       }
       i = behind - 1;
     }
@@ -228,22 +228,22 @@ class NoteWriter {
   // Every record takes a level, and a repetition one more; a group that is repeated takes its
   // levels again each time. The entries of the groups keep the sums of what is around.
   int32_t MostDepth() {
-    const ProgramWalk walk(*state_);
+    const ProgramWalk walk(*state);
     int64_t depth = kOwnLevels;
     int32_t serial = 0;
-    for (int32_t i = 0; i < count_; ++i) {
-      const ProgramNode& node = nodes_[i];
+    for (int32_t i = 0; i < count; ++i) {
+      const ProgramNode& node = nodes[i];
       depth = depth < INT32_MAX - 2 ? depth + 2 : INT32_MAX;
       if (IsOpening(node)) {
         const int32_t own = node.a < 0 ? -node.a : node.a;
-        groups_[own] = {serial, static_cast<int32_t>(depth), 0, {}};
+        groups[own] = {serial, static_cast<int32_t>(depth), 0, {}};
         serial = own;
         depth = 2;
       } else if (node.op == OpGroupEnd) {
         const ProgramNode* const quantifier = walk.QuantifierAt(i + 1);
         const int64_t times = quantifier == nullptr ? 1 : quantifier->b + int64_t{1};
-        const OpenGroup group = groups_[serial];
-        groups_[serial] = {};
+        const OpenGroup group = groups[serial];
+        groups[serial] = {};
         depth = group.opening + depth * times;
         serial = group.around;
       }
@@ -255,12 +255,12 @@ class NoteWriter {
   // At top level and without alternatives there, a group is passed by every match, and by nothing
   // else than a try that begins with its opening. The slots say which groups are open or closed.
   void NoteCertainGroups() {
-    auto* const slots = reinterpret_cast<RegExpFindResult*>(state_->workTableB);
-    const bool isSingle = InfoOf(state_)->firstAlternative == 0;
-    const ProgramWalk walk(*state_);
+    auto* const slots = reinterpret_cast<RegExpFindResult*>(state->workTableB);
+    const bool isSingle = InfoOf(state)->firstAlternative == 0;
+    const ProgramWalk walk(*state);
     int32_t nesting = 0;
-    for (int32_t i = 0; i < count_; ++i) {
-      ProgramNode& node = nodes_[i];
+    for (int32_t i = 0; i < count; ++i) {
+      ProgramNode& node = nodes[i];
       if (IsOpening(node)) {
         if (node.op == OpCapture) {
           slots[node.c].length = kOpen;
@@ -271,17 +271,17 @@ class NoteWriter {
         }
         ++nesting;
       } else if (node.op == OpGroupEnd) {
-        const ProgramNode& opening = nodes_[node.ptr];
+        const ProgramNode& opening = nodes[node.ptr];
         if (opening.op == OpCapture) {
           slots[opening.c].length = kClosed;
         }
         --nesting;
-      } else if (node.op == OpBackref && node.a < state_->captureCount &&
+      } else if (node.op == OpBackref && node.a < state->captureCount &&
                  slots[node.a].length != kClosed) {
-        InfoOf(state_)->readsOpenGroups = 1;
+        InfoOf(state)->readsOpenGroups = 1;
       }
     }
-    for (int32_t slot = 0; slot < state_->captureCount; ++slot) {
+    for (int32_t slot = 0; slot < state->captureCount; ++slot) {
       slots[slot].length = 0;
     }
   }
@@ -289,11 +289,11 @@ class NoteWriter {
   static constexpr int32_t kOpen = 1;
   static constexpr int32_t kClosed = 2;
 
-  RegExpState* state_;
-  ProgramNode* nodes_;
-  int32_t count_;
-  OpenGroup* groups_;
-  int32_t lastSerial_ = 0;
+  RegExpState* state;
+  ProgramNode* nodes;
+  int32_t count;
+  OpenGroup* groups;
+  int32_t lastSerial = 0;
 };
 
 }  // namespace

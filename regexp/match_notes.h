@@ -48,9 +48,7 @@ struct FollowNote {
 
   uint8_t FirstByte() const { return static_cast<uint8_t>(target); }
   uint8_t SecondByte() const { return static_cast<uint8_t>(target >> 8); }
-  const CharacterSet* Set() const {
-    return reinterpret_cast<const CharacterSet*>(uint64_t{target});
-  }
+  const CharacterSet* Set() const { return PointerFrom<CharacterSet>(target); }
 };
 
 constexpr uint64_t kOptionsEnd = 32;
@@ -73,7 +71,7 @@ inline int32_t OptionsNote(const ProgramNode& node) { return static_cast<int32_t
 
 // The set of an OpCharType or OpClass, or null for a class without one.
 inline const CharacterSet* SetNoteOf(const ProgramNode& node) {
-  return node.ptr < kOptionsEnd ? nullptr : reinterpret_cast<const CharacterSet*>(node.ptr);
+  return node.ptr < kOptionsEnd ? nullptr : PointerFrom<CharacterSet>(node.ptr);
 }
 
 // An entry of the first work table: one for each group, by its serial.

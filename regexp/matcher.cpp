@@ -20,39 +20,39 @@ constexpr int32_t kChunksAhead = 16;
 
 }  // namespace
 
-Matcher::Matcher(RegExpState* patternState, const uint8_t* subject, int32_t length)
-    : state_(patternState),
-      program_(ProgramOf(patternState)),
-      slots_(reinterpret_cast<RegExpFindResult*>(patternState->workTableB)),
-      groups_(GroupsOf(patternState)),
-      subject_(subject),
-      subjectEnd_(subject + length),
-      isUtf8_(patternState->characterFormat != 0),
-      undoesLess_(patternState->matchLimit / kDepthShare > InfoOf(patternState)->mostDepth &&
-                  InfoOf(patternState)->readsOpenGroups == 0),
-      budget_(DepthOf(patternState->matchLimit), patternState->matchLimit),
-      mostChunks_(DepthOf(patternState->matchLimit) / (kFramesInChunk - kSpareFrames) +
-                  kChunksAhead) {
+Matcher::Matcher(RegExpState* patternState, const uint8_t* text, int32_t length)
+    : state(patternState),
+      program(ProgramOf(patternState)),
+      slots(reinterpret_cast<RegExpFindResult*>(patternState->workTableB)),
+      groups(GroupsOf(patternState)),
+      subject(text),
+      subjectEnd(text + length),
+      isUtf8(patternState->characterFormat != 0),
+      undoesLess(patternState->matchLimit / kDepthShare > InfoOf(patternState)->mostDepth &&
+                 InfoOf(patternState)->readsOpenGroups == 0),
+      fullBudget(DepthOf(patternState->matchLimit), patternState->matchLimit),
+      mostChunks(DepthOf(patternState->matchLimit) / (kFramesInChunk - kSpareFrames) +
+                 kChunksAhead) {
   static_assert(sizeof(RegExpFindResult) == sizeof patternState->workTableB[0]);
 }
 
 void Matcher::ClearSlots() {
-  for (int32_t slot = 1; slot < state_->captureCount; ++slot) {
-    slots_[slot].pointer = nullptr;
-    slots_[slot].length = -1;
+  for (int32_t slot = 1; slot < state->captureCount; ++slot) {
+    slots[slot].pointer = nullptr;
+    slots[slot].length = -1;
   }
 }
 
 MatchResult Matcher::Match(const ProgramNode* first, const uint8_t* start, const uint8_t* end) {
-  start_ = start;
-  limit_ = end;
-  end_ = program_ + state_->nodeCount;
-  sub_ = nullptr;
-  skew_ = 0;
-  chunk_ = nullptr;
-  chunksLeft_ = mostChunks_;
-  Run(first, start, budget_, OnAbort(), Flow::kNext);
-  return result_;
+  matchStart = start;
+  limit = end;
+  programEnd = program + state->nodeCount;
+  sub = nullptr;
+  skew = 0;
+  chunkInUse = nullptr;
+  chunksLeft = mostChunks;
+  Run(first, start, fullBudget, OnAbort(), Flow::kNext);
+  return result;
 }
 
 // ---- The loop.
@@ -61,13 +61,13 @@ MatchResult Matcher::Match(const ProgramNode* first, const uint8_t* start, const
 VEK_INLINE Flow Matcher::Execute(Registers* r) {
   Flow flow = Flow::kNext;
   while (flow == Flow::kNext) {
-    if (r->budget.Depth() < lowestDepth_) {
+    if (r->budget.Depth() < lowestDepth) {
       flow = ExhaustedBudget(*r);
       if (flow != Flow::kNext) {
         break;
       }
     }
-    if (r->node == end_) {
+    if (r->node == programEnd) {
       flow = Flow::kEnd;
       break;
     }
@@ -81,7 +81,7 @@ VEK_INLINE Flow Matcher::Execute(Registers* r) {
       case OpChar:
         if (QuantifierAt(&node + 1) != nullptr) {
           flow = Character(r);
-        } else if (r->at < limit_ &&
+        } else if (r->at < limit &&
                    SameByte(*r->at, static_cast<uint8_t>(node.a), IsCaseless(node.c))) {
           ++r->node;
           ++r->at;
@@ -91,7 +91,7 @@ VEK_INLINE Flow Matcher::Execute(Registers* r) {
         }
         break;
       case OpString:
-        if (limit_ - r->at >= node.b && SameBytes(r->at, RunOf(node), node.b, IsCaseless(node.c))) {
+        if (limit - r->at >= node.b && SameBytes(r->at, RunOf(node), node.b, IsCaseless(node.c))) {
           ++r->node;
           r->at += node.b;
           r->onAbort = OnAbort(OnAbort::kMatches);
@@ -135,7 +135,7 @@ Flow Matcher::Record(Registers* r) {
       if (r->node->a < 1) {  // a match here may be empty where others may not
         return Accept(r);
       }
-      r->node = program_ + groupEnd;
+      r->node = program + groupEnd;
       return EndGroup(r);
     }
     case OpLookbehind:
@@ -162,7 +162,7 @@ Flow Matcher::Character(Registers* r) {
   if (QuantifierAt(BehindAtom(atom)) != nullptr) {
     return Repeat(r, atom);
   }
-  const int32_t length = r->at < limit_ ? RepetitionLength(atom, r->at) : -1;
+  const int32_t length = r->at < limit ? RepetitionLength(atom, r->at) : -1;
   if (length < 0) {
     return Flow::kFail;
   }
@@ -180,7 +180,7 @@ Flow Matcher::Character(Registers* r) {
       r->onAbort = OnAbort(OnAbort::kFails);
       break;
     default:
-      skew_ += SkewOf(atom, length);
+      skew += SkewOf(atom, length);
       r->onAbort = OnAbort(OnAbort::kMatches);
       break;
   }
@@ -199,14 +199,14 @@ Flow Matcher::Assertion(Registers* r) {
 }
 
 bool Matcher::AssertionHolds(const ProgramNode& node, const uint8_t* at) const {
-  const bool atStart = at == subject_;
-  const bool atEnd = at == limit_;
+  const bool atStart = at == subject;
+  const bool atEnd = at == limit;
   const bool isMultiLine = (OptionsNote(node) & RegExpOptionM) != 0;
   const auto isLineStart = [at] { return at[-1] == '\n'; };
-  const auto isLastNewline = [this, at] { return limit_ - at == 1 && *at == '\n'; };
+  const auto isLastNewline = [this, at] { return limit - at == 1 && *at == '\n'; };
   const auto changesWord = [this, at, atStart] {
     // Where the text that is matched ends before the subject, the byte there counts.
-    const bool after = at < subjectEnd_ && IsWordByte(*at);
+    const bool after = at < subjectEnd && IsWordByte(*at);
     return after != (!atStart && IsWordByte(at[-1]));
   };
   switch (node.a) {
@@ -238,7 +238,7 @@ Flow Matcher::ExhaustedBudget(const Registers& r) {
   if (r.budget.Depth() < 0) {
     return Flow::kAbort;
   }
-  return r.budget.Steps() - stepsLost_ < 1 ? Flow::kFail : Flow::kNext;
+  return r.budget.Steps() - stepsLost < 1 ? Flow::kFail : Flow::kNext;
 }
 
 Flow Matcher::EndOfProgram(Registers* r) {
@@ -246,27 +246,27 @@ Flow Matcher::EndOfProgram(Registers* r) {
 }
 
 Flow Matcher::Accept(Registers* r) {
-  if (sub_ != nullptr) {
-    CutBehind(sub_);
+  if (sub != nullptr) {
+    CutBehind(sub);
     return SubMatched(r);
   }
-  slots_[0].pointer = start_;
-  slots_[0].length = static_cast<int32_t>(MatchLength(r->at));
+  slots[0].pointer = matchStart;
+  slots[0].length = static_cast<int32_t>(MatchLength(r->at));
   return Finish(MatchResult::kOk);
 }
 
-Flow Matcher::Finish(MatchResult result) {
-  result_ = result;
-  chunk_ = nullptr;
+Flow Matcher::Finish(MatchResult outcome) {
+  result = outcome;
+  chunkInUse = nullptr;
   return Flow::kFinished;
 }
 
 Flow Matcher::Fail(Registers* r) {
-  if (top_ == chunk_->frames) {
-    if (chunk_->below == nullptr) {
+  if (top == chunkInUse->frames) {
+    if (chunkInUse->below == nullptr) {
       return Finish(MatchResult::kFail);
     }
-    CutBehind(Below(top_));
+    CutBehind(Below(top));
   }
   return Resume(r, false);
 }
@@ -313,10 +313,10 @@ constexpr bool IsSub(Choice choice) {
 }  // namespace
 
 void Matcher::LoseSteps(int64_t count) {
-  stepsLost_ += count;
+  stepsLost += count;
   // The steps can't run out before the depth as long as fewer are lost than they are ahead.
-  if (stepsLost_ >= state_->matchLimit - state_->matchLimit / kDepthShare) {
-    lowestDepth_ = INT64_MAX;
+  if (stepsLost >= state->matchLimit - state->matchLimit / kDepthShare) {
+    lowestDepth = INT64_MAX;
   }
 }
 
@@ -326,7 +326,7 @@ void Matcher::LoseSteps(int64_t count) {
 Flow Matcher::Abort(Registers* r) {
   LoseSteps(1);
   OnAbort onAbort = r->onAbort;
-  Frame* frame = Below(top_);
+  Frame* frame = Below(top);
   LoseSteps(onAbort.LostSteps());
   while (onAbort.What() == OnAbort::kPasses) {
     if (frame == nullptr) {
@@ -346,13 +346,13 @@ Flow Matcher::Abort(Registers* r) {
   while (frame != nullptr && !IsSub(frame->choice)) {
     frame = Below(frame);
   }
-  sub_ = frame;
+  sub = frame;
   return Accept(r);
 }
 
 // The frame before another, or before the end of the frames; null if there is none.
 Frame* Matcher::Below(const Frame* frame) const {
-  Chunk* chunk = chunk_;
+  Chunk* chunk = chunkInUse;
   while (frame < chunk->frames || frame > chunk->frames + kFramesInChunk) {
     chunk = chunk->below;
   }
@@ -364,16 +364,16 @@ Frame* Matcher::Below(const Frame* frame) const {
 
 // Drops all frames behind one.
 void Matcher::CutBehind(const Frame* frame) {
-  while (frame < chunk_->frames || frame >= chunk_->frames + kFramesInChunk) {
-    chunk_ = chunk_->below;
-    ++chunksLeft_;
+  while (frame < chunkInUse->frames || frame >= chunkInUse->frames + kFramesInChunk) {
+    chunkInUse = chunkInUse->below;
+    ++chunksLeft;
   }
-  top_ = chunk_->frames + (frame - chunk_->frames) + 1;
+  top = chunkInUse->frames + (frame - chunkInUse->frames) + 1;
 }
 
 // Undoes what the frames behind one stand for; null stands for all of them, and false tells so.
 bool Matcher::UnwindTo(const Frame* frame) {
-  for (const Frame* last = Below(top_); last != frame; last = Below(last)) {
+  for (const Frame* last = Below(top); last != frame; last = Below(last)) {
     Undo(*last);
   }
   if (frame != nullptr) {
@@ -391,16 +391,16 @@ void Matcher::Undo(const Frame& frame) {
       frame.choice != Choice::kGroupEnd) {
     return;
   }
-  const ProgramNode& record = program_[frame.node];
-  const ProgramNode& opening = record.op == OpGroupEnd ? program_[record.ptr] : record;
+  const ProgramNode& record = program[frame.node];
+  const ProgramNode& opening = record.op == OpGroupEnd ? program[record.ptr] : record;
   const Frame::GroupPart& part = frame.group;
   GroupEntry& entry = EntryOf(opening);
   entry.minimum = part.minimum;
   entry.maximum = part.maximum;
   entry.start = part.start;
   if (opening.op == OpCapture) {
-    RegExpFindResult& slot = slots_[opening.c];
-    slot.pointer = part.captureLength < 0 ? nullptr : subject_ + part.captureStart;
+    RegExpFindResult& slot = slots[opening.c];
+    slot.pointer = part.captureLength < 0 ? nullptr : subject + part.captureStart;
     slot.length = part.captureLength;
   }
 }
@@ -411,10 +411,10 @@ void Matcher::Run(const ProgramNode* node, const uint8_t* at, Budget budget, OnA
                   Flow flow) {
   Registers r = {node, at, budget, onAbort};
   Chunk chunk;
-  chunk.below = chunk_;
-  chunk_ = &chunk;
-  top_ = chunk.frames;
-  while (chunk_ == &chunk) {
+  chunk.below = chunkInUse;
+  chunkInUse = &chunk;
+  top = chunk.frames;
+  while (chunkInUse == &chunk) {
     switch (flow) {
       case Flow::kNext:
         flow = Execute(&r);
@@ -435,26 +435,26 @@ void Matcher::Run(const ProgramNode* node, const uint8_t* at, Budget budget, OnA
         flow = HasRoom() ? AtomicRepetition(&r) : RunInNewChunk(&r, flow);
         break;
       case Flow::kFinished:
-        chunk_ = nullptr;
+        chunkInUse = nullptr;
         break;
     }
   }
-  flow_ = flow;
-  if (chunk_ != nullptr) {
-    registers_ = r;
+  resumedFlow = flow;
+  if (chunkInUse != nullptr) {
+    resumedRegisters = r;
   }
 }
 
 // Returns with what the chunk whose turn it is then has to go on with.
 Flow Matcher::RunInNewChunk(Registers* r, Flow flow) {
-  if (chunksLeft_ == 0) {
+  if (chunksLeft == 0) {
     return Flow::kAbort;
   }
-  --chunksLeft_;
-  chunk_->top = top_;
+  --chunksLeft;
+  chunkInUse->top = top;
   Run(r->node, r->at, r->budget, r->onAbort, flow);
-  *r = registers_;
-  return flow_;
+  *r = resumedRegisters;
+  return resumedFlow;
 }
 
 }  // namespace vekch::regexp

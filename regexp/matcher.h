@@ -44,7 +44,7 @@ enum class Flow : uint8_t {
 
 class Matcher {
  public:
-  Matcher(RegExpState* patternState, const uint8_t* subject, int32_t length);
+  Matcher(RegExpState* patternState, const uint8_t* text, int32_t length);
 
   // Matches at `start` by the program from `first` on, in a subject that ends at `end`. On kOk slot
   // 0 holds the match and the other slots what the groups captured. The slots are to be cleared
@@ -55,9 +55,9 @@ class Matcher {
 
   // Whether what begins at a record begins with a literal that does not stand at `at`.
   bool FailsAtOnce(const ProgramNode* first, const uint8_t* at, const uint8_t* end) const {
-    const ProgramNode* const programEnd = program_ + state_->nodeCount;
-    if (first >= programEnd || !IsLiteral(*first) ||
-        (first + 1 < programEnd && IsQuantifier(first[1]))) {
+    const ProgramNode* const wholeEnd = program + state->nodeCount;
+    if (first >= wholeEnd || !IsLiteral(*first) ||
+        (first + 1 < wholeEnd && IsQuantifier(first[1]))) {
       return false;
     }
     const Literal literal(*first);
@@ -66,12 +66,12 @@ class Matcher {
   }
 
   // What is left of the steps. Aborts lower it for good, below zero as well.
-  int64_t StepsLeft() const { return state_->matchLimit - stepsLost_; }
+  int64_t StepsLeft() const { return state->matchLimit - stepsLost; }
 
-  RegExpFindResult* Slots() const { return slots_; }
-  bool IsUtf8() const { return isUtf8_; }
-  const uint8_t* Subject() const { return subject_; }
-  const uint8_t* SubjectEnd() const { return subjectEnd_; }
+  RegExpFindResult* Slots() const { return slots; }
+  bool IsUtf8() const { return isUtf8; }
+  const uint8_t* Subject() const { return subject; }
+  const uint8_t* SubjectEnd() const { return subjectEnd; }
 
   // An empty match is refused.
   bool requireNonEmpty = false;
@@ -97,7 +97,7 @@ class Matcher {
   Flow ExhaustedBudget(const Registers& r);
   Flow Accept(Registers* r);
   Flow EndOfProgram(Registers* r);
-  Flow Finish(MatchResult result);
+  Flow Finish(MatchResult outcome);
   Flow Fail(Registers* r);
   Flow Resume(Registers* r, bool aborted);
   Flow Abort(Registers* r);
@@ -172,29 +172,29 @@ class Matcher {
 
   // ---- Shared.
   Frame* Push(const Registers& r, Choice choice) {
-    Frame* const frame = top_++;
+    Frame* const frame = top++;
     frame->budget = r.budget;
     frame->onAbort = r.onAbort;
-    frame->skew = skew_;
+    frame->skew = skew;
     frame->at = OffsetOf(r.at);
     frame->node = IndexOf(r.node);
     frame->choice = choice;
     return frame;
   }
-  Frame& Top() { return top_[-1]; }
-  bool HasRoom() const { return top_ <= chunk_->frames + kFramesInChunk - kSpareFrames; }
+  Frame& Top() { return top[-1]; }
+  bool HasRoom() const { return top <= chunkInUse->frames + kFramesInChunk - kSpareFrames; }
   // The frame's registers; results that come back to it are its own affair as long as it stays.
   void Restore(const Frame& frame, Registers* r) {
-    r->node = program_ + frame.node;
-    r->at = subject_ + frame.at;
+    r->node = program + frame.node;
+    r->at = subject + frame.at;
     r->budget = frame.budget;
     r->onAbort = OnAbort();
-    skew_ = frame.skew;
+    skew = frame.skew;
   }
-  uint32_t OffsetOf(const uint8_t* at) const { return static_cast<uint32_t>(at - subject_); }
-  uint32_t IndexOf(const ProgramNode* node) const { return static_cast<uint32_t>(node - program_); }
+  uint32_t OffsetOf(const uint8_t* at) const { return static_cast<uint32_t>(at - subject); }
+  uint32_t IndexOf(const ProgramNode* node) const { return static_cast<uint32_t>(node - program); }
   // Bytes in slot 0: what was consumed, which counts code points by their own length.
-  int64_t MatchLength(const uint8_t* at) const { return at - start_ + skew_; }
+  int64_t MatchLength(const uint8_t* at) const { return at - matchStart + skew; }
 
   // What a character adds to slot 0 beyond its bytes.
   static int32_t SkewOf(const ProgramNode& atom, int32_t length) {
@@ -210,49 +210,49 @@ class Matcher {
   }
   // A group whose slot and entry need not be put back.
   bool IsPassedOnce(const ProgramNode& opening) const {
-    return undoesLess_ && opening.op == OpCapture && NoteOf<GroupNote>(opening).isCertain != 0;
+    return undoesLess && opening.op == OpCapture && NoteOf<GroupNote>(opening).isCertain != 0;
   }
   // The quantifier at a record, or null.
   const ProgramNode* QuantifierAt(const ProgramNode* node) const {
-    return node < end_ && IsQuantifier(*node) ? node : nullptr;
+    return node < programEnd && IsQuantifier(*node) ? node : nullptr;
   }
   static const ProgramNode* BehindAtom(const ProgramNode& atom) {
     return &atom + 1 + (atom.op == OpClass ? atom.b : 0);
   }
   GroupEntry& EntryOf(const ProgramNode& record) const {
-    return groups_[record.a < 0 ? -record.a : record.a];
+    return groups[record.a < 0 ? -record.a : record.a];
   }
 
-  RegExpState* const state_;
-  const ProgramNode* const program_;
-  RegExpFindResult* const slots_;
-  GroupEntry* const groups_;
-  const uint8_t* const subject_;
-  const uint8_t* const subjectEnd_;
-  const bool isUtf8_;
+  RegExpState* const state;
+  const ProgramNode* const program;
+  RegExpFindResult* const slots;
+  GroupEntry* const groups;
+  const uint8_t* const subject;
+  const uint8_t* const subjectEnd;
+  const bool isUtf8;
   // The depth can't run out, and no group is read while it is open: slots and entries that every
   // match sets anew need not be put back.
-  const bool undoesLess_;
-  const Budget budget_;       // with which each match begins
-  const int32_t mostChunks_;  // beyond the first
+  const bool undoesLess;
+  const Budget fullBudget;   // with which each match begins
+  const int32_t mostChunks;  // beyond the first
 
-  const uint8_t* start_ = nullptr;    // of the match
-  const uint8_t* limit_ = nullptr;    // end of the text that is matched
-  const ProgramNode* end_ = nullptr;  // of the program, or of the program in the program
-  Frame* sub_ = nullptr;              // of the innermost program in the program
-  int32_t skew_ = 0;                  // bytes in slot 0 beyond the distance from the start
-  int64_t lowestDepth_ = 0;           // below it a record looks at both budgets
-  int64_t stepsLost_ = 0;             // by aborts
+  const uint8_t* matchStart = nullptr;      // of the match
+  const uint8_t* limit = nullptr;           // end of the text that is matched
+  const ProgramNode* programEnd = nullptr;  // of the program, or of the program in the program
+  Frame* sub = nullptr;                     // of the innermost program in the program
+  int32_t skew = 0;                         // bytes in slot 0 beyond the distance from the start
+  int64_t lowestDepth = 0;                  // below it a record looks at both budgets
+  int64_t stepsLost = 0;                    // by aborts
 
-  int32_t atomicMinimum_ = 0;  // repetitions due of the atomic group that is set
-  int32_t atomicMaximum_ = 0;  // repetitions allowed
+  int32_t atomicMinimum = 0;  // repetitions due of the atomic group that is set
+  int32_t atomicMaximum = 0;  // repetitions allowed
 
-  Chunk* chunk_ = nullptr;  // whose loop runs, or is to go on
-  Frame* top_ = nullptr;    // behind its last frame
-  int32_t chunksLeft_ = 0;
-  Flow flow_ = Flow::kFinished;  // with which that loop goes on
-  Registers registers_ = {};
-  MatchResult result_ = MatchResult::kFail;
+  Chunk* chunkInUse = nullptr;  // whose loop runs, or is to go on
+  Frame* top = nullptr;         // behind its last frame
+  int32_t chunksLeft = 0;
+  Flow resumedFlow = Flow::kFinished;  // with which that loop goes on
+  Registers resumedRegisters = {};
+  MatchResult result = MatchResult::kFail;
 };
 
 }  // namespace vekch::regexp

@@ -18,7 +18,7 @@ void Matcher::SaveGroup(const ProgramNode& opening, Frame* frame) {
   part.start = entry.start;
   part.alternative = 0;
   if (opening.op == OpCapture) {
-    const RegExpFindResult& slot = slots_[opening.c];
+    const RegExpFindResult& slot = slots[opening.c];
     part.captureLength = slot.length;
     part.captureStart = slot.length < 0 ? 0 : OffsetOf(slot.pointer);
   }
@@ -60,8 +60,8 @@ Flow Matcher::OpenGroup(Registers* r) {
 // Until a group's first repetition ends, it has captured nothing.
 void Matcher::BeginCapture(const ProgramNode& opening, const uint8_t* at) {
   if (opening.op == OpCapture) {
-    slots_[opening.c].pointer = at;
-    slots_[opening.c].length = 0;
+    slots[opening.c].pointer = at;
+    slots[opening.c].length = 0;
   }
 }
 
@@ -82,12 +82,12 @@ Flow Matcher::EnterBody(Registers* r, const ProgramNode& opening) {
     if (condition.op != OpBackref) {
       return EnterCondition(r, condition);
     }
-    const bool isSet = condition.a < state_->captureCount && slots_[condition.a].length != -1;
+    const bool isSet = condition.a < state->captureCount && slots[condition.a].length != -1;
     return EnterBranch(r, opening, isSet);
   }
   Top().group.alternative = NoteOf<GroupNote>(opening).firstAlternative;
   r->node = &opening + 1;
-  if (undoesLess_ && Top().group.alternative != 0 && FailsAtOnce(r->node, r->at, limit_)) {
+  if (undoesLess && Top().group.alternative != 0 && FailsAtOnce(r->node, r->at, limit)) {
     return Flow::kFail;
   }
   return Flow::kNext;
@@ -99,7 +99,7 @@ Flow Matcher::EnterBranch(Registers* r, const ProgramNode& opening, bool holds) 
   if (holds) {
     r->node = condition.op == OpBackref ? &condition + 1 : GroupEndOf(condition) + 1;
   } else {
-    r->node = alternative == 0 ? GroupEndOf(opening) : program_ + alternative + 1;
+    r->node = alternative == 0 ? GroupEndOf(opening) : program + alternative + 1;
   }
   r->onAbort = OnAbort();
   return Flow::kNext;
@@ -109,15 +109,15 @@ Flow Matcher::EnterBranch(Registers* r, const ProgramNode& opening, bool holds) 
 Flow Matcher::EnterAlternative(Registers* r, const ProgramNode& opening) {
   Frame& frame = Top();
   int32_t index = frame.group.alternative;
-  int32_t next = NoteOf<AlternativeNote>(program_[index]).next;
-  while (undoesLess_ && next != 0 && FailsAtOnce(program_ + index + 1, r->at, limit_)) {
+  int32_t next = NoteOf<AlternativeNote>(program[index]).next;
+  while (undoesLess && next != 0 && FailsAtOnce(program + index + 1, r->at, limit)) {
     index = next;
-    next = NoteOf<AlternativeNote>(program_[index]).next;
+    next = NoteOf<AlternativeNote>(program[index]).next;
   }
-  const ProgramNode& alternative = program_[index];
+  const ProgramNode& alternative = program[index];
   frame.group.alternative = next;
   // What code points added beyond their bytes is forgotten here.
-  skew_ = 0;
+  skew = 0;
   frame.skew = 0;
   EntryOf(opening).start = OffsetOf(r->at);
   r->node = &alternative + 1;
@@ -134,13 +134,13 @@ Flow Matcher::NextAlternative(Registers* r) {
     const Flow flow = EnterAlternative(r, opening);
     if (frame.group.alternative == 0 &&
         (IsPassedOnce(opening) || (quantifier == nullptr && IsPlainGroup(opening)))) {
-      --top_;  // no other choice is left, and there is nothing to undo
+      --top;  // no other choice is left, and there is nothing to undo
       r->onAbort = frame.onAbort;
     }
     return flow;
   }
   Undo(frame);
-  --top_;
+  --top;
   if (quantifier == nullptr || quantifier->a > 0 || quantifier->op == OpLazy) {
     return Flow::kFail;
   }
@@ -152,13 +152,13 @@ Flow Matcher::NextAlternative(Registers* r) {
 // ---- Where a repetition ends.
 
 Flow Matcher::EndGroup(Registers* r) {
-  const ProgramNode& opening = program_[r->node->ptr];
+  const ProgramNode& opening = program[r->node->ptr];
   const ProgramNode* const quantifier = QuantifierAt(r->node + 1);
   if (quantifier != nullptr) {
     return EndRepetition(r, opening, *quantifier);
   }
   if (opening.op == OpCapture) {
-    if (!undoesLess_) {
+    if (!undoesLess) {
       Frame* const frame = Push(*r, Choice::kGroupEnd);
       SaveGroup(opening, frame);
       frame->phase = EndPhase::kBehind;
@@ -172,9 +172,9 @@ Flow Matcher::EndGroup(Registers* r) {
 
 void Matcher::Capture(const ProgramNode& opening, const uint8_t* at) {
   if (opening.op == OpCapture) {
-    const uint8_t* const start = subject_ + EntryOf(opening).start;
-    slots_[opening.c].pointer = start;
-    slots_[opening.c].length = static_cast<int32_t>(at - start);
+    const uint8_t* const start = subject + EntryOf(opening).start;
+    slots[opening.c].pointer = start;
+    slots[opening.c].length = static_cast<int32_t>(at - start);
   }
 }
 
@@ -211,7 +211,7 @@ Flow Matcher::GoBehind(Registers* r, EndPhase phase) {
 
 Flow Matcher::FailGroupEnd() {
   Undo(Top());
-  --top_;
+  --top;
   return Flow::kFail;
 }
 
@@ -219,7 +219,7 @@ Flow Matcher::FailGroupEnd() {
 Flow Matcher::ResumeGroupEnd(Registers* r, bool aborted) {
   Frame& frame = Top();
   Restore(frame, r);
-  const ProgramNode& opening = program_[r->node->ptr];
+  const ProgramNode& opening = program[r->node->ptr];
   GroupEntry& entry = EntryOf(opening);
   switch (frame.phase) {
     case EndPhase::kBody: {

@@ -34,13 +34,13 @@ int32_t Matcher::CharacterLength(const ProgramNode& atom, const uint8_t* at) con
     case OpCharType:
     case OpClass: {
       const CharacterSet* const set = SetNoteOf(atom);
-      const bool isAlone = *at < 0x80 || !isUtf8_;
+      const bool isAlone = *at < 0x80 || !isUtf8;
       return set != nullptr && isAlone ? set->member[*at] & 1 : WideLength(atom, at);
     }
     default:
       break;
   }
-  const Utf8Character character = ReadUtf8(at, limit_);
+  const Utf8Character character = ReadUtf8(at, limit);
   const auto value = static_cast<int32_t>(character.value);
   switch (atom.op) {
     case OpCategory:
@@ -59,8 +59,8 @@ int32_t Matcher::CharacterLength(const ProgramNode& atom, const uint8_t* at) con
     return 0;
   }
   const uint8_t* end = at + character.length;
-  while (end < limit_) {
-    const Utf8Character mark = ReadUtf8(end, limit_);
+  while (end < limit) {
+    const Utf8Character mark = ReadUtf8(end, limit);
     if (!IsMark(mark.value)) {
       break;
     }
@@ -75,7 +75,7 @@ int32_t Matcher::WideLength(const ProgramNode& atom, const uint8_t* at) const {
   if (set != nullptr && set->wide == Wide::kOutside) {
     return 0;
   }
-  const Utf8Character character = isUtf8_ ? ReadUtf8(at, limit_) : Utf8Character{*at, 1};
+  const Utf8Character character = isUtf8 ? ReadUtf8(at, limit) : Utf8Character{*at, 1};
   if (set == nullptr) {
     const bool caseless = IsCaseless(OptionsNote(atom));
     return InClass(static_cast<int32_t>(character.value), atom, caseless) ? character.length : 0;
@@ -91,8 +91,8 @@ int32_t Matcher::WideLength(const ProgramNode& atom, const uint8_t* at) const {
 
 // Bytes of the copy of what a group captured, or -1. `at` lies before the end.
 int32_t Matcher::CopyLength(const ProgramNode& atom, const uint8_t* at) const {
-  const RegExpFindResult& slot = slots_[atom.a];
-  if (slot.length < 0 || slot.length > limit_ - at ||
+  const RegExpFindResult& slot = slots[atom.a];
+  if (slot.length < 0 || slot.length > limit - at ||
       !SameBytes(at, slot.pointer, slot.length, IsCaseless(OptionsNote(atom)))) {
     return -1;
   }
@@ -101,7 +101,7 @@ int32_t Matcher::CopyLength(const ProgramNode& atom, const uint8_t* at) const {
 
 // Bytes of one repetition, or -1 for none.
 int32_t Matcher::RepetitionLength(const ProgramNode& atom, const uint8_t* at) const {
-  if (at >= limit_) {
+  if (at >= limit) {
     return -1;
   }
   if (atom.op == OpBackref) {
@@ -116,25 +116,25 @@ int32_t Matcher::RepetitionLength(const ProgramNode& atom, const uint8_t* at) co
 // Only while the records before the test could have been passed.
 VEK_INLINE bool Matcher::FollowApplies(const FollowNote& note, Budget budget) const {
   return note.kind != FollowNote::kAnything &&
-         budget.Depth() >= static_cast<int64_t>(note.passes) && lowestDepth_ == 0;
+         budget.Depth() >= static_cast<int64_t>(note.passes) && lowestDepth == 0;
 }
 
 VEK_INLINE bool Matcher::CanFollow(const FollowNote& note, const uint8_t* at) const {
-  if (at >= limit_) {
+  if (at >= limit) {
     return false;
   }
   if (note.kind == FollowNote::kByte) {
     return *at == note.FirstByte() || *at == note.SecondByte();
   }
   const CharacterSet& set = *note.Set();
-  return *at < 0x80 || !isUtf8_ || set.wide == Wide::kOutside ? set.member[*at] != 0 : true;
+  return *at < 0x80 || !isUtf8 || set.wide == Wide::kOutside ? set.member[*at] != 0 : true;
 }
 
 // ---- Greedy repetitions.
 
 Flow Matcher::Repeat(Registers* r, const ProgramNode& atom) {
   const ProgramNode& quantifier = *BehindAtom(atom);
-  if (r->at >= limit_ && quantifier.a > 0) {
+  if (r->at >= limit && quantifier.a > 0) {
     return Flow::kFail;
   }
   if (quantifier.op == OpLazy) {
@@ -155,7 +155,7 @@ VEK_INLINE bool Matcher::IsOfBytes(const ProgramNode& atom) const {
     return false;
   }
   const CharacterSet* const set = SetNoteOf(atom);
-  return set != nullptr && (!isUtf8_ || set->wide == Wide::kOutside);
+  return set != nullptr && (!isUtf8 || set->wide == Wide::kOutside);
 }
 
 VEK_INLINE const uint8_t* Matcher::EndOfBytes(const ProgramNode& atom, const uint8_t* at,
@@ -178,7 +178,7 @@ VEK_INLINE const uint8_t* Matcher::EndOfBytes(const ProgramNode& atom, const uin
 
 VEK_INLINE Flow Matcher::RepeatBytes(Registers* r, const ProgramNode& atom) {
   const ProgramNode& quantifier = *BehindAtom(atom);
-  const int64_t room = limit_ - r->at;
+  const int64_t room = limit - r->at;
   if (quantifier.a > room) {
     return Flow::kFail;
   }
@@ -194,10 +194,10 @@ VEK_INLINE Flow Matcher::RepeatCharacters(Registers* r, const ProgramNode& atom)
   int32_t count = 0;
   const CharacterSet* const set =
       atom.op == OpCharType || atom.op == OpClass ? SetNoteOf(atom) : nullptr;
-  while (count < quantifier.b && end < limit_) {
+  while (count < quantifier.b && end < limit) {
     if (count >= quantifier.a && set != nullptr && set->wide == Wide::kInside &&
-        quantifier.b - count >= limit_ - end) {
-      end = EndOfBytes(atom, end, limit_);  // whole characters, since all of them are members
+        quantifier.b - count >= limit - end) {
+      end = EndOfBytes(atom, end, limit);  // whole characters, since all of them are members
       break;
     }
     const int32_t length = CharacterLength(atom, end);
@@ -205,7 +205,7 @@ VEK_INLINE Flow Matcher::RepeatCharacters(Registers* r, const ProgramNode& atom)
       break;
     }
     end += length;
-    skew_ += SkewOf(atom, length);
+    skew += SkewOf(atom, length);
     ++count;
     lowest = count <= quantifier.a ? end : lowest;
   }
@@ -249,7 +249,7 @@ VEK_INLINE const uint8_t* Matcher::GivenBack(const ProgramNode& atom, Choice cho
     return at - 1;
   }
   const uint8_t* const before = PreviousRepetition(atom, at, lowest);
-  skew_ -= SkewOf(atom, static_cast<int32_t>(at - before));
+  skew -= SkewOf(atom, static_cast<int32_t>(at - before));
   return before;
 }
 
@@ -257,22 +257,22 @@ Flow Matcher::GiveBack(Registers* r) {
   Frame& frame = Top();
   Restore(frame, r);
   const ProgramNode& atom = *r->node;
-  const uint8_t* const lowest = subject_ + frame.count;
+  const uint8_t* const lowest = subject + frame.count;
   const auto follow = NoteOf<FollowNote>(*BehindAtom(atom));
   const bool applies = FollowApplies(follow, r->budget);
   do {
     if (r->at == lowest) {
-      --top_;
+      --top;
       return Flow::kFail;
     }
     r->at = GivenBack(atom, frame.choice, r->at, lowest);
   } while (applies && !CanFollow(follow, r->at));
   if (r->at == lowest) {
-    --top_;
+    --top;
     r->onAbort = OnAbort(OnAbort::kFails);
   } else {
     frame.at = OffsetOf(r->at);
-    frame.skew = skew_;
+    frame.skew = skew;
   }
   r->node = BehindAtom(atom) + 1;
   return Flow::kNext;
@@ -281,7 +281,7 @@ Flow Matcher::GiveBack(Registers* r) {
 const uint8_t* Matcher::PreviousRepetition(const ProgramNode& atom, const uint8_t* at,
                                            const uint8_t* lowest) const {
   const uint8_t* before = PreviousCharacter(at, lowest);
-  while (atom.op == OpGrapheme && IsMark(ReadUtf8(before, limit_).value)) {
+  while (atom.op == OpGrapheme && IsMark(ReadUtf8(before, limit).value)) {
     before = PreviousCharacter(before, lowest);
   }
   return before;
@@ -298,13 +298,13 @@ const uint8_t* Matcher::PreviousCharacter(const uint8_t* at, const uint8_t* firs
   while (lead > first && last - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
     --lead;
   }
-  return ReadUtf8(lead, limit_).length > last - lead ? lead : last;
+  return ReadUtf8(lead, limit).length > last - lead ? lead : last;
 }
 
 // An empty copy can be repeated as often as there are bytes.
 Flow Matcher::RepeatCopies(Registers* r, const ProgramNode& atom) {
   const ProgramNode& quantifier = *BehindAtom(atom);
-  const int64_t room = limit_ - r->at;
+  const int64_t room = limit - r->at;
   int64_t most = quantifier.b < room ? quantifier.b : room;
   most = most < quantifier.a ? quantifier.a : most;
   int32_t count = 0;
@@ -333,10 +333,10 @@ Flow Matcher::GiveBackCopy(Registers* r) {
   Frame& frame = Top();
   Restore(frame, r);
   const ProgramNode& atom = *r->node;
-  r->at -= slots_[atom.a].length;
+  r->at -= slots[atom.a].length;
   frame.at = OffsetOf(r->at);
   if (--frame.count == 0) {
-    --top_;
+    --top;
     r->onAbort = OnAbort(OnAbort::kFails);
   }
   r->node = BehindAtom(atom) + 1;
@@ -347,14 +347,14 @@ Flow Matcher::GiveBackCopy(Registers* r) {
 
 Flow Matcher::RepeatLazily(Registers* r, const ProgramNode& atom) {
   const ProgramNode& quantifier = *BehindAtom(atom);
-  const int64_t room = limit_ - r->at;
+  const int64_t room = limit - r->at;
   for (int32_t count = 0; count < quantifier.a; ++count) {
     const int32_t length = RepetitionLength(atom, r->at);
     if (length < 0) {
       return Flow::kFail;
     }
     r->at += length;
-    skew_ += SkewOf(atom, length);
+    skew += SkewOf(atom, length);
   }
   r->budget.TakeDepth();
   const int32_t more = AtMost(quantifier.b, room) - quantifier.a;
@@ -378,17 +378,17 @@ Flow Matcher::TakeOneMore(Registers* r) {
   do {
     const int32_t length = frame.count == 0 ? -1 : RepetitionLength(atom, r->at);
     if (length < 0) {
-      --top_;
+      --top;
       return Flow::kFail;
     }
     r->at += length;
-    skew_ += SkewOf(atom, length);
+    skew += SkewOf(atom, length);
     --frame.count;
   } while (applies && !CanFollow(follow, r->at));
   frame.at = OffsetOf(r->at);
-  frame.skew = skew_;
+  frame.skew = skew;
   if (frame.count == 0) {
-    --top_;
+    --top;
     r->onAbort = OnAbort(OnAbort::kFails);
   }
   r->node = &quantifier + 1;

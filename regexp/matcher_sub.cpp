@@ -10,24 +10,24 @@ namespace vekch::regexp {
 // A program that ends where the record `end` stands, and that begins at r.at.
 void Matcher::PushSub(const Registers& r, Choice choice, const ProgramNode* end) {
   Frame* const frame = Push(r, choice);
-  frame->sub.around = sub_;
-  frame->sub.end = IndexOf(end_);
+  frame->sub.around = sub;
+  frame->sub.end = IndexOf(programEnd);
   frame->sub.bodyAt = OffsetOf(r.at);
   frame->sub.alternative = NoteOf<GroupNote>(*r.node).firstAlternative;
-  sub_ = frame;
-  end_ = end;
+  sub = frame;
+  programEnd = end;
 }
 
 void Matcher::LeaveSub(const Frame& frame) {
-  sub_ = frame.sub.around;
-  end_ = program_ + frame.sub.end;
+  sub = frame.sub.around;
+  programEnd = program + frame.sub.end;
 }
 
 // The frame on top is that of the program that has matched.
 Flow Matcher::SubMatched(Registers* r) {
   const Frame frame = Top();
   LeaveSub(frame);
-  --top_;
+  --top;
   switch (frame.choice) {
     case Choice::kCondition: {
       Restore(frame, r);
@@ -47,14 +47,14 @@ Flow Matcher::SubFailed(Registers* r) {
   Frame& frame = Top();
   Restore(frame, r);
   if (frame.sub.alternative != 0) {
-    const ProgramNode& alternative = program_[frame.sub.alternative];
+    const ProgramNode& alternative = program[frame.sub.alternative];
     frame.sub.alternative = NoteOf<AlternativeNote>(alternative).next;
     r->node = &alternative + 1;
     EnterBodyAt(r, frame);
     return Flow::kNext;
   }
   LeaveSub(frame);
-  --top_;
+  --top;
   switch (frame.choice) {
     case Choice::kCondition:
       return EnterBranch(r, *r->node, false);
@@ -79,15 +79,15 @@ Flow Matcher::BehindLookaround(Registers* r, const Frame& frame) {
 
 // The body begins elsewhere than the look-around stands, though slot 0 stays as it is.
 void Matcher::EnterBodyAt(Registers* r, const Frame& frame) {
-  skew_ = frame.skew + static_cast<int32_t>(frame.at - frame.sub.bodyAt);
-  r->at = subject_ + frame.sub.bodyAt;
+  skew = frame.skew + static_cast<int32_t>(frame.at - frame.sub.bodyAt);
+  r->at = subject + frame.sub.bodyAt;
 }
 
 Flow Matcher::LookAround(Registers* r) {
   const ProgramNode& opening = *r->node;
   const uint8_t* bodyAt = r->at;
   if (IsLookbehind(opening)) {
-    if (r->at - subject_ < opening.c) {
+    if (r->at - subject < opening.c) {
       r->node = GroupEndOf(opening) + 1;
       return IsNegative(opening) ? Flow::kNext : Flow::kFail;
     }
@@ -106,10 +106,10 @@ Flow Matcher::LookAround(Registers* r) {
 const uint8_t* Matcher::LookbehindStart(const uint8_t* at, int32_t length) const {
   const uint8_t* start = at;
   for (int32_t i = 0; i < length; ++i) {
-    if (start == subject_) {
+    if (start == subject) {
       return at - length;
     }
-    start = PreviousCharacter(start, subject_);
+    start = PreviousCharacter(start, subject);
   }
   return start;
 }
@@ -131,14 +131,14 @@ Flow Matcher::EnterCondition(Registers* r, const ProgramNode& condition) {
 
 Flow Matcher::Atomic(Registers* r) {
   const ProgramNode* const quantifier = QuantifierAt(GroupEndOf(*r->node) + 1);
-  atomicMinimum_ = quantifier == nullptr ? 1 : quantifier->a;
-  atomicMaximum_ = quantifier == nullptr ? 1 : quantifier->b;
+  atomicMinimum = quantifier == nullptr ? 1 : quantifier->a;
+  atomicMaximum = quantifier == nullptr ? 1 : quantifier->b;
   return AtomicRepetition(r);
 }
 
 Flow Matcher::AtomicRepetition(Registers* r) {
-  const int32_t minimum = atomicMinimum_;
-  const int32_t maximum = atomicMaximum_;
+  const int32_t minimum = atomicMinimum;
+  const int32_t maximum = atomicMaximum;
   if (minimum < 1 && IsLazyAtomic(*r->node)) {
     Push(*r, Choice::kAtomicLazy)->count = maximum;
     r->onAbort = OnAbort();
@@ -147,7 +147,7 @@ Flow Matcher::AtomicRepetition(Registers* r) {
   if (maximum < 1) {
     return BehindAtomic(r);
   }
-  if (r->at > limit_) {  // code points that counted more than their bytes
+  if (r->at > limit) {  // code points that counted more than their bytes
     return minimum < 1 ? BehindAtomic(r) : Flow::kFail;
   }
   EnterAtomicBody(r, minimum, maximum);
@@ -177,7 +177,7 @@ Flow Matcher::AtomicMatched(Registers* r, const Frame& frame) {
   const bool isDue = frame.sub.minimum > 0;
   const bool isLazy = IsLazyAtomic(*r->node);
   if (length <= 0) {
-    skew_ += length;
+    skew += length;
     return isLazy && !isDue ? Flow::kFail : BehindAtomic(r);
   }
   if (!isDue && !isLazy) {
@@ -185,8 +185,8 @@ Flow Matcher::AtomicMatched(Registers* r, const Frame& frame) {
     r->onAbort = OnAbort();
   }
   r->at += length;
-  atomicMinimum_ = frame.sub.minimum - 1;
-  atomicMaximum_ = frame.sub.maximum - 1;
+  atomicMinimum = frame.sub.minimum - 1;
+  atomicMaximum = frame.sub.maximum - 1;
   return Flow::kRepeat;
 }
 
@@ -198,7 +198,7 @@ Flow Matcher::AtomicFailed(Registers* r, const Frame& frame) {
 
 // A repetition of so many bytes from r.at on that may be given back.
 void Matcher::NoteAtomicRepeat(const Registers& r, int32_t length) {
-  if (top_ > chunk_->frames && Top().choice == Choice::kAtomicRepeats) {
+  if (top > chunkInUse->frames && Top().choice == Choice::kAtomicRepeats) {
     Frame& last = Top();
     const int64_t end = last.at + int64_t{last.count} * last.sub.minimum;
     if (last.node == IndexOf(r.node) && last.budget == r.budget && last.sub.minimum == length &&
@@ -217,7 +217,7 @@ Flow Matcher::GiveBackAtomic(Registers* r) {
   Restore(frame, r);
   r->at += int64_t{--frame.count} * frame.sub.minimum;
   if (frame.count == 0) {
-    --top_;
+    --top;
     r->onAbort = frame.onAbort;
   }
   return BehindAtomic(r);
@@ -227,8 +227,8 @@ Flow Matcher::TakeAtomicAgain(Registers* r) {
   const Frame& frame = Top();
   Restore(frame, r);
   r->onAbort = frame.onAbort;
-  --top_;
-  if (frame.count < 1 || r->at > limit_) {
+  --top;
+  if (frame.count < 1 || r->at > limit) {
     return Flow::kFail;
   }
   EnterAtomicBody(r, 0, frame.count);
@@ -238,7 +238,7 @@ Flow Matcher::TakeAtomicAgain(Registers* r) {
 Flow Matcher::BehindAtomic(Registers* r) {
   const ProgramNode* const behind = GroupEndOf(*r->node) + 1;
   r->node = QuantifierAt(behind) == nullptr ? behind : behind + 1;
-  return r->at > limit_ && r->node != end_ ? Flow::kFail : Flow::kNext;
+  return r->at > limit && r->node != programEnd ? Flow::kFail : Flow::kNext;
 }
 
 }  // namespace vekch::regexp

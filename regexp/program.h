@@ -58,13 +58,17 @@ inline int32_t NotedFixedLength(const ProgramNode& opening) {
   return static_cast<int32_t>(opening.ptr);
 }
 
-// The bytes of an OpString.
-inline const uint8_t* RunOf(const ProgramNode& node) {
-  const uint8_t* run = nullptr;
-  static_assert(sizeof run == sizeof node.ptr);
-  __builtin_memcpy(&run, &node.ptr, sizeof run);
-  return run;
+// An address that is kept as a number.
+template <class Object>
+inline const Object* PointerFrom(uint64_t address) {
+  static_assert(sizeof(void*) == sizeof address);
+  const Object* pointer = nullptr;
+  __builtin_memcpy(&pointer, &address, sizeof address);
+  return pointer;
 }
+
+// The bytes of an OpString.
+inline const uint8_t* RunOf(const ProgramNode& node) { return PointerFrom<uint8_t>(node.ptr); }
 
 inline ProgramNode* ProgramOf(RegExpState* state) {
   return reinterpret_cast<ProgramNode*>(state + 1);

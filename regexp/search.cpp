@@ -65,36 +65,36 @@ enum class Anchoring { kNone, kStart, kLineStart };
 class Driver {
  public:
   // No match ends behind the first `usedLength` bytes of the subject.
-  Driver(const uint8_t* subject, int32_t length, int32_t usedLength, RegExpState* state,
-         Report report, RegExpFindResult* results, int32_t* count)
-      : state_(state),
-        program_(ProgramOf(state)),
-        matcher_(state, subject, length),
-        report_(report),
-        results_(results),
-        count_(count),
-        start_(subject),
-        length_(usedLength),
-        isLoneLiteral_(IsLoneLiteral(*state)),
-        firstAlternative_(InfoOf(state)->firstAlternative) {}
+  Driver(const uint8_t* subject, int32_t length, int32_t usedLength, RegExpState* patternState,
+         Report wanted, RegExpFindResult* room, int32_t* count)
+      : state(patternState),
+        program(ProgramOf(patternState)),
+        matcher(patternState, subject, length),
+        report(wanted),
+        results(room),
+        numFind(count),
+        searchStart(subject),
+        searchLength(usedLength),
+        isLoneLiteral(IsLoneLiteral(*state)),
+        firstAlternative(InfoOf(state)->firstAlternative) {}
 
   vekStatus Run() {
-    const bool findsAll = HasOption(*state_, RegExpOptionG);
-    if (state_->searchMode == 2 && !findsAll) {
+    const bool findsAll = HasOption(*state, RegExpOptionG);
+    if (state->searchMode == 2 && !findsAll) {
       return FindAlternatives();
     }
-    if (isLoneLiteral_) {
+    if (isLoneLiteral) {
       return findsAll ? FindAll() : FindOne();
     }
-    if (state_->searchMode == 1) {
+    if (state->searchMode == 1) {
       StartAtFirstLiteral();
     }
-    anchoring_ = AnchoringOfProgram();
-    if (anchoring_ != Anchoring::kStart) {
-      const SearchPlan* const plan = PlanFor(state_, length_);
-      const bool applies = plan != nullptr && plan->strategy != SearchPlan::kEverywhere &&
-                           state_->matchLimit / 4 > plan->depth;
-      plan_ = applies ? plan : nullptr;
+    anchoring = AnchoringOfProgram();
+    if (anchoring != Anchoring::kStart) {
+      const SearchPlan* const made = PlanFor(state, searchLength);
+      const bool applies = made != nullptr && made->strategy != SearchPlan::kEverywhere &&
+                           state->matchLimit / 4 > made->depth;
+      plan = applies ? made : nullptr;
     }
     return findsAll ? FindAll() : FindOne();
   }
@@ -103,20 +103,20 @@ class Driver {
   // The pattern is alternatives of literals: the leftmost occurrence, and of two at one place that
   // of the alternative before.
   vekStatus FindAlternatives() {
-    plan_ = PlanFor(state_, length_);
-    const bool byPairs = plan_ != nullptr && plan_->strategy == SearchPlan::kWords;
-    *count_ = (byPairs ? FindWord() : FindEachWord()) ? 1 : 0;
+    plan = PlanFor(state, searchLength);
+    const bool byPairs = plan != nullptr && plan->strategy == SearchPlan::kWords;
+    *numFind = (byPairs ? FindWord() : FindEachWord()) ? 1 : 0;
     return StatusNoError;
   }
 
   // Here places may lie within a character.
   bool FindWord() {
-    const uint8_t* const end = start_ + length_;
-    StartScan scan(state_, plan_, start_, start_, end, false, false);
-    for (const uint8_t* at = scan.Next(start_); at != nullptr; at = scan.Next(at + 1)) {
-      for (int32_t i = 0; i < state_->nodeCount; i += 2) {
-        if (!matcher_.FailsAtOnce(program_ + i, at, end)) {
-          results_[0] = {at, Literal(program_[i]).length};
+    const uint8_t* const end = searchStart + searchLength;
+    StartScan scan(state, plan, {searchStart, searchStart, end, false, false});
+    for (const uint8_t* at = scan.Next(searchStart); at != nullptr; at = scan.Next(at + 1)) {
+      for (int32_t i = 0; i < state->nodeCount; i += 2) {
+        if (!matcher.FailsAtOnce(program + i, at, end)) {
+          results[0] = {at, Literal(program[i]).length};
           return true;
         }
       }
@@ -125,17 +125,17 @@ class Driver {
   }
 
   bool FindEachWord() {
-    const bool caseless = HasOption(*state_, RegExpOptionI);
+    const bool caseless = HasOption(*state, RegExpOptionI);
     int32_t best = kNotFound;
-    for (int32_t i = 0; i < state_->nodeCount; i += 2) {
-      const Literal literal(program_[i]);
+    for (int32_t i = 0; i < state->nodeCount; i += 2) {
+      const Literal literal(program[i]);
       // A later one counts only if it begins before the best.
-      const int64_t end = best == kNotFound ? length_ : int64_t{best} + literal.length - 1;
-      const auto within = static_cast<int32_t>(end < length_ ? end : length_);
-      const int32_t at = FindFirst(start_, within, literal, caseless);
+      const int64_t end = best == kNotFound ? searchLength : int64_t{best} + literal.length - 1;
+      const auto within = static_cast<int32_t>(end < searchLength ? end : searchLength);
+      const int32_t at = FindFirst(searchStart, within, literal, caseless);
       if (at != kNotFound) {
         best = at;
-        results_[0] = {start_ + best, literal.length};
+        results[0] = {searchStart + best, literal.length};
       }
     }
     return best != kNotFound;
@@ -143,51 +143,50 @@ class Driver {
 
   void StartAtFirstLiteral() {
     const int32_t at =
-        FindFirst(start_, length_, Literal(program_[0]), HasOption(*state_, RegExpOptionI));
+        FindFirst(searchStart, searchLength, Literal(program[0]), HasOption(*state, RegExpOptionI));
     if (at != kNotFound) {
-      start_ += at;
-      length_ -= at;
+      searchStart += at;
+      searchLength -= at;
     }
   }
 
   Anchoring AnchoringOfProgram() const {
-    const bool isAnchor = state_->nodeCount > 0 && program_[0].op == OpAssert;
-    if (!isAnchor || firstAlternative_ != 0) {
+    const bool isAnchor = state->nodeCount > 0 && program[0].op == OpAssert;
+    if (!isAnchor || firstAlternative != 0) {
       return Anchoring::kNone;
     }
-    const bool isLineAnchor = program_[0].a == '^' && HasOption(*state_, RegExpOptionM);
+    const bool isLineAnchor = program[0].a == '^' && HasOption(*state, RegExpOptionM);
     if (isLineAnchor) {
       return Anchoring::kLineStart;
     }
-    const bool isStartAnchor = program_[0].a == 'A' || program_[0].a == 'G' || program_[0].a == '^';
-    const bool isOptional =
-        state_->nodeCount > 1 && IsQuantifier(program_[1]) && program_[1].a == 0;
+    const bool isStartAnchor = program[0].a == 'A' || program[0].a == 'G' || program[0].a == '^';
+    const bool isOptional = state->nodeCount > 1 && IsQuantifier(program[1]) && program[1].a == 0;
     return isStartAnchor && !isOptional ? Anchoring::kStart : Anchoring::kNone;
   }
 
   MatchResult FindNextLiteral(const uint8_t* at, const uint8_t* end) {
-    const Literal literal(program_[0]);
+    const Literal literal(program[0]);
     const int32_t found =
-        FindFirst(at, static_cast<int32_t>(end - at), literal, IsCaseless(program_[0].c));
+        FindFirst(at, static_cast<int32_t>(end - at), literal, IsCaseless(program[0].c));
     if (found == kNotFound) {
       return MatchResult::kFail;
     }
-    matcher_.ClearSlots();  // groups can have been dropped that a match reports all the same
-    matcher_.Slots()[0].pointer = at + found;
-    matcher_.Slots()[0].length = literal.length;
+    matcher.ClearSlots();  // groups can have been dropped that a match reports all the same
+    matcher.Slots()[0].pointer = at + found;
+    matcher.Slots()[0].length = literal.length;
     return MatchResult::kOk;
   }
 
   // ---- Start positions.
 
   MatchResult MatchAt(const uint8_t* at, const uint8_t* end) {
-    matcher_.ClearSlots();
-    MatchResult result = matcher_.Match(program_, at, end);
-    for (int32_t i = firstAlternative_; result == MatchResult::kFail && i != 0;
-         i = NoteOf<AlternativeNote>(program_[i]).next) {
-      const ProgramNode* const first = program_ + i + 1;
-      if (plan_ == nullptr || !matcher_.FailsAtOnce(first, at, end)) {
-        result = matcher_.Match(first, at, end);
+    matcher.ClearSlots();
+    MatchResult result = matcher.Match(program, at, end);
+    for (int32_t i = firstAlternative; result == MatchResult::kFail && i != 0;
+         i = NoteOf<AlternativeNote>(program[i]).next) {
+      const ProgramNode* const first = program + i + 1;
+      if (plan == nullptr || !matcher.FailsAtOnce(first, at, end)) {
+        result = matcher.Match(first, at, end);
       }
     }
     return result;
@@ -195,15 +194,15 @@ class Driver {
 
   // Tries the start positions from `at` on, the one at the end included.
   MatchResult FindFrom(const uint8_t* at, const uint8_t* end) {
-    if (isLoneLiteral_) {
+    if (isLoneLiteral) {
       return FindNextLiteral(at, end);
     }
-    return plan_ != nullptr ? FindByPlan(at, end) : FindInOrder(at, end);
+    return plan != nullptr ? FindByPlan(at, end) : FindInOrder(at, end);
   }
 
   MatchResult FindByPlan(const uint8_t* at, const uint8_t* end) {
-    StartScan scan(state_, plan_, matcher_.Subject(), at, end, matcher_.IsUtf8(),
-                   anchoring_ == Anchoring::kLineStart);
+    const bool atLineStarts = anchoring == Anchoring::kLineStart;
+    StartScan scan(state, plan, {matcher.Subject(), at, end, matcher.IsUtf8(), atLineStarts});
     MatchResult result = MatchResult::kFail;
     for (at = scan.Next(at); at != nullptr; at = scan.Next(scan.Behind(at))) {
       result = MatchAt(at, end);
@@ -217,20 +216,20 @@ class Driver {
   MatchResult FindInOrder(const uint8_t* at, const uint8_t* end) {
     for (;;) {
       const MatchResult result = MatchAt(at, end);
-      if (result != MatchResult::kFail || anchoring_ == Anchoring::kStart) {
+      if (result != MatchResult::kFail || anchoring == Anchoring::kStart) {
         return result;
       }
       if (at >= end) {
         return MatchResult::kFail;
       }
-      if (anchoring_ == Anchoring::kLineStart) {
+      if (anchoring == Anchoring::kLineStart) {
         const int32_t newline = kernels::FindByte(at, static_cast<int32_t>(end - at), '\n');
         if (newline == kNotFound) {
           return MatchResult::kFail;
         }
         at += newline + 1;
       } else {
-        at += matcher_.IsUtf8() ? ReadUtf8(at, end).length : 1;
+        at += matcher.IsUtf8() ? ReadUtf8(at, end).length : 1;
       }
     }
   }
@@ -238,75 +237,75 @@ class Driver {
   // ---- Results.
 
   vekStatus FindOne() {
-    const int32_t captures = state_->captureCount;
-    *count_ = *count_ < captures ? *count_ : captures;
-    const MatchResult result = FindFrom(start_, start_ + length_);
+    const int32_t captures = state->captureCount;
+    *numFind = *numFind < captures ? *numFind : captures;
+    const MatchResult result = FindFrom(searchStart, searchStart + searchLength);
     if (result != MatchResult::kOk) {
-      if (result == MatchResult::kFail && matcher_.StepsLeft() < 0) {
+      if (result == MatchResult::kFail && matcher.StepsLeft() < 0) {
         return StatusRegExpMatchLimit;  // the count stays as it is
       }
-      *count_ = 0;
+      *numFind = 0;
       return result == MatchResult::kAbort ? StatusRegExpMatchLimit : StatusNoError;
     }
-    for (int32_t slot = 0; slot < *count_; ++slot) {
-      results_[slot] = matcher_.Slots()[slot];
+    for (int32_t slot = 0; slot < *numFind; ++slot) {
+      results[slot] = matcher.Slots()[slot];
     }
-    return *count_ < captures ? StatusRegExpResultsTruncated : StatusNoError;
+    return *numFind < captures ? StatusRegExpResultsTruncated : StatusNoError;
   }
 
-  int32_t FirstSlot() const { return report_ == Report::kFind && state_->captureCount > 1 ? 1 : 0; }
+  int32_t FirstSlot() const { return report == Report::kFind && state->captureCount > 1 ? 1 : 0; }
 
   void Append(int32_t room) {
-    for (int32_t slot = FirstSlot(); slot < state_->captureCount && found_ < room; ++slot) {
-      results_[found_++] = matcher_.Slots()[slot];
+    for (int32_t slot = FirstSlot(); slot < state->captureCount && foundCount < room; ++slot) {
+      results[foundCount++] = matcher.Slots()[slot];
     }
   }
 
   vekStatus FindAll() {
-    const int32_t room = *count_;
-    const uint8_t* const end = start_ + length_;
-    const uint8_t* at = start_;
-    while (at <= end && found_ < room) {
+    const int32_t room = *numFind;
+    const uint8_t* const end = searchStart + searchLength;
+    const uint8_t* at = searchStart;
+    while (at <= end && foundCount < room) {
       if (FindFrom(at, end) != MatchResult::kOk) {
         break;
       }
       Append(room);
-      const RegExpFindResult match = matcher_.Slots()[0];
+      const RegExpFindResult match = matcher.Slots()[0];
       at = match.pointer;
       if (match.length > 0) {
         at = match.length < end - at ? at + match.length : end;
         continue;
       }
-      if (found_ < room && at < end) {
-        matcher_.requireNonEmpty = true;
+      if (foundCount < room && at < end) {
+        matcher.requireNonEmpty = true;
         if (FindFrom(at, at + 1) == MatchResult::kOk) {
           Append(room);
         }
-        matcher_.requireNonEmpty = false;
+        matcher.requireNonEmpty = false;
       }
       ++at;
     }
-    if (matcher_.StepsLeft() < 0) {
+    if (matcher.StepsLeft() < 0) {
       return StatusRegExpMatchLimit;
     }
-    *count_ = found_;
-    const int32_t perMatch = state_->captureCount - FirstSlot();
-    return found_ != 0 && found_ < perMatch ? StatusRegExpResultsTruncated : StatusNoError;
+    *numFind = foundCount;
+    const int32_t perMatch = state->captureCount - FirstSlot();
+    return foundCount != 0 && foundCount < perMatch ? StatusRegExpResultsTruncated : StatusNoError;
   }
 
-  RegExpState* const state_;
-  const ProgramNode* const program_;
-  Matcher matcher_;
-  const Report report_;
-  RegExpFindResult* const results_;
-  int32_t* const count_;
-  const uint8_t* start_;
-  int32_t length_;
-  const bool isLoneLiteral_;
-  const int32_t firstAlternative_;
-  Anchoring anchoring_ = Anchoring::kNone;
-  const SearchPlan* plan_ = nullptr;  // by which start positions are passed over, if any are
-  int32_t found_ = 0;
+  RegExpState* const state;
+  const ProgramNode* const program;
+  Matcher matcher;
+  const Report report;
+  RegExpFindResult* const results;
+  int32_t* const numFind;
+  const uint8_t* searchStart;
+  int32_t searchLength;
+  const bool isLoneLiteral;
+  const int32_t firstAlternative;
+  Anchoring anchoring = Anchoring::kNone;
+  const SearchPlan* plan = nullptr;  // by which start positions are passed over, if any are
+  int32_t foundCount = 0;
 };
 
 }  // namespace

@@ -56,20 +56,19 @@ const uint8_t* FindWindowForward(const uint8_t* at, const uint8_t* end, const Se
 
 }  // namespace
 
-StartScan::StartScan(const RegExpState* state, const SearchPlan* plan, const uint8_t* subject,
-                     const uint8_t* from, const uint8_t* end, bool isUtf8, bool atLineStarts)
-    : program_(ProgramOf(state)),
-      plan_(plan),
-      subject_(subject),
-      from_(from),
-      end_(end),
-      isUtf8_(isUtf8),
-      atLineStarts_(atLineStarts) {}
+StartScan::StartScan(const RegExpState* state, const SearchPlan* searchPlan, const Text& text)
+    : program(ProgramOf(state)),
+      plan(searchPlan),
+      subject(text.subject),
+      first(text.first),
+      textEnd(text.end),
+      isUtf8(text.isUtf8),
+      atLineStarts(text.atLineStarts) {}
 
 const uint8_t* StartScan::Next(const uint8_t* at) {
-  while (at != nullptr && at <= end_) {
+  while (at != nullptr && at <= textEnd) {
     at = Candidate(at);
-    if (at != nullptr && atLineStarts_ && at != from_ && !IsLineStart(at)) {
+    if (at != nullptr && atLineStarts && at != first && !IsLineStart(at)) {
       at = NextLineStart(at);
     } else if (at == nullptr || IsPlace(at)) {
       return at;
@@ -81,7 +80,7 @@ const uint8_t* StartScan::Next(const uint8_t* at) {
 }
 
 const uint8_t* StartScan::Candidate(const uint8_t* at) {
-  switch (plan_->strategy) {
+  switch (plan->strategy) {
     case SearchPlan::kLineStart:
       return NextLineStart(at);
     case SearchPlan::kLiteral:
@@ -99,123 +98,123 @@ const uint8_t* StartScan::Candidate(const uint8_t* at) {
 }
 
 const uint8_t* StartScan::Behind(const uint8_t* at) const {
-  if (plan_->runDecides != 0 && runLiteral_ != nullptr && runLiteral_ >= at) {
-    return runLiteral_ + 1;
+  if (plan->runDecides != 0 && runLiteral != nullptr && runLiteral >= at) {
+    return runLiteral + 1;
   }
   return at + 1;
 }
 
 // Not within a character.
 bool StartScan::IsPlace(const uint8_t* at) const {
-  if (!isUtf8_ || at == end_ || !IsUtf8Continuation(*at)) {
+  if (!isUtf8 || at == textEnd || !IsUtf8Continuation(*at)) {
     return true;
   }
   const uint8_t* lead = at;
-  while (lead > from_ && at - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
+  while (lead > first && at - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
     --lead;
   }
-  return lead == at || ReadUtf8(lead, end_).length <= at - lead;
+  return lead == at || ReadUtf8(lead, textEnd).length <= at - lead;
 }
 
 const uint8_t* StartScan::NextLineStart(const uint8_t* at) const {
   if (IsLineStart(at)) {
     return at;
   }
-  const auto length = static_cast<int32_t>(end_ - at);
+  const auto length = static_cast<int32_t>(textEnd - at);
   const int32_t newline = length == 0 ? kNotFound : kernels::FindByte(at, length, '\n');
   return newline == kNotFound ? nullptr : at + newline + 1;
 }
 
 const uint8_t* StartScan::NextLiteral(const uint8_t* at) const {
-  const Literal literal(program_[plan_->literal]);
-  if (plan_->distance < 0 && at - subject_ < -plan_->distance) {
-    at = subject_ - plan_->distance;
-    if (at > end_) {
+  const Literal literal(program[plan->literal]);
+  if (plan->distance < 0 && at - subject < -plan->distance) {
+    at = subject - plan->distance;
+    if (at > textEnd) {
       return nullptr;
     }
   }
-  const uint8_t* const from = at + plan_->distance;
-  const int32_t found = FindFirst(from, static_cast<int32_t>(end_ - from), literal, false);
-  return found == kNotFound ? nullptr : from + found - plan_->distance;
+  const uint8_t* const from = at + plan->distance;
+  const int32_t found = FindFirst(from, static_cast<int32_t>(textEnd - from), literal, false);
+  return found == kNotFound ? nullptr : from + found - plan->distance;
 }
 
 const uint8_t* StartScan::NextInRun(const uint8_t* at) {
-  const Literal literal(program_[plan_->literal]);
+  const Literal literal(program[plan->literal]);
   for (;;) {
-    if (end_ - at < plan_->distance) {
+    if (textEnd - at < plan->distance) {
       return nullptr;
     }
-    if (runLiteral_ == nullptr || runLiteral_ < at + plan_->distance) {
-      const uint8_t* const from = at + plan_->distance;
-      const int32_t found = FindFirst(from, static_cast<int32_t>(end_ - from), literal, false);
+    if (runLiteral == nullptr || runLiteral < at + plan->distance) {
+      const uint8_t* const from = at + plan->distance;
+      const int32_t found = FindFirst(from, static_cast<int32_t>(textEnd - from), literal, false);
       if (found == kNotFound) {
         return nullptr;
       }
-      runLiteral_ = from + found;
-      runStart_ = runLiteral_;
-      while (runStart_ > at && plan_->bytes[runStart_[-1]] != 0) {
-        --runStart_;
+      runLiteral = from + found;
+      runStart = runLiteral;
+      while (runStart > at && plan->bytes[runStart[-1]] != 0) {
+        --runStart;
       }
     }
-    at = runStart_ > at ? runStart_ : at;
-    if (runLiteral_ - at >= plan_->distance) {
+    at = runStart > at ? runStart : at;
+    if (runLiteral - at >= plan->distance) {
       return at;
     }
-    at = runLiteral_ + 1 - plan_->distance;
+    at = runLiteral + 1 - plan->distance;
   }
 }
 
 const uint8_t* StartScan::NextByFilter(const uint8_t* at) {
   for (;; ++at) {
-    at = plan_->strategy == SearchPlan::kPair ? NextPair(at) : NextWindow(at);
-    if (at == nullptr || plan_->isAtWordStart == 0 || at == subject_ || !IsWordByte(at[-1])) {
+    at = plan->strategy == SearchPlan::kPair ? NextPair(at) : NextWindow(at);
+    if (at == nullptr || plan->isAtWordStart == 0 || at == subject || !IsWordByte(at[-1])) {
       return at;
     }
-    while (at + 1 < end_ && IsWordByte(at[1])) {
+    while (at + 1 < textEnd && IsWordByte(at[1])) {
       ++at;
     }
   }
 }
 
 const uint8_t* StartScan::NextWindow(const uint8_t* at) {
-  if (plan_->window < kLeastToSkip) {
-    return FindWindowForward(at, end_, *plan_);
+  if (plan->window < kLeastToSkip) {
+    return FindWindowForward(at, textEnd, *plan);
   }
-  const uint8_t* const bytes = plan_->bytes;
-  return FindBackward(at, end_, plan_->window,
+  const uint8_t* const bytes = plan->bytes;
+  return FindBackward(at, textEnd, plan->window,
                       [bytes](const uint8_t* p) { return uint32_t{bytes[*p]}; });
 }
 
 const uint8_t* StartScan::NextWord(const uint8_t* at) const {
-  const uint8_t* const table = PairTableOf(*plan_);
-  return FindBackward(at, end_ - 1, plan_->window,
+  const uint8_t* const table = PairTableOf(*plan);
+  return FindBackward(at, textEnd - 1, plan->window,
                       [table](const uint8_t* p) { return uint32_t{table[PairHash(p[0], p[1])]}; });
 }
 
 // Places are looked at 64 at a time, and remembered; the last ones by the filter alone.
 const uint8_t* StartScan::NextPair(const uint8_t* at) {
-  const uint8_t* const end = end_ - (plan_->window - 1);
+  const uint8_t* const end = textEnd - (plan->window - 1);
   for (;;) {
-    if (pairsFrom_ == nullptr || at - pairsFrom_ >= kernels::kGroup) {
+    if (pairsFrom == nullptr || at - pairsFrom >= kernels::kGroup) {
       if (end - at < kernels::kGroup) {
         return NextWindow(at);
       }
-      pairsFrom_ = kernels::FindPairs(at, end, plan_->pair, &pairs_);
-      if (pairs_ == 0) {
-        at = pairsFrom_;
-        pairsFrom_ = nullptr;
+      pairsFrom = kernels::FindPairs(at, end, plan->pair, &pairs);
+      if (pairs == 0) {
+        at = pairsFrom;
+        pairsFrom = nullptr;
         continue;
       }
-      at = pairsFrom_ > at ? pairsFrom_ : at;
+      at = pairsFrom > at ? pairsFrom : at;
     }
-    pairs_ = pairs_ >> (at - pairsFrom_) << (at - pairsFrom_);
-    for (; pairs_ != 0; pairs_ &= pairs_ - 1) {
-      at = pairsFrom_ + kernels::LowestBit(pairs_);
-      if (FitsWindow(at, *plan_)) {
+    pairs = pairs >> (at - pairsFrom) << (at - pairsFrom);
+    for (; pairs != 0; pairs &= pairs - 1) {
+      at = pairsFrom + kernels::LowestBit(pairs);
+      if (FitsWindow(at, *plan)) {
         return at;
       }
     }
-    at = pairsFrom_ + kernels::kGroup;
+    at = pairsFrom + kernels::kGroup;
   }
 }
 

@@ -11,11 +11,17 @@ namespace vekch::regexp {
 
 class StartScan {
  public:
-  // The text from `from` to `end`, of a subject that begins at `subject`. Places are those that a
-  // walk from `from` on meets, by characters or by bytes; behind `from` itself those where a line
-  // begins, if so asked.
-  StartScan(const RegExpState* state, const SearchPlan* plan, const uint8_t* subject,
-            const uint8_t* from, const uint8_t* end, bool isUtf8, bool atLineStarts);
+  // What is searched. Places are those that a walk from `first` on meets, by characters or by
+  // bytes; behind `first` itself only those where a line begins, if so asked.
+  struct Text {
+    const uint8_t* subject;
+    const uint8_t* first;
+    const uint8_t* end;
+    bool isUtf8;
+    bool atLineStarts;
+  };
+
+  StartScan(const RegExpState* state, const SearchPlan* searchPlan, const Text& text);
 
   // The first place from `at` on where a match may begin, or null. `at` is a place, or lies one
   // behind the end.
@@ -26,7 +32,7 @@ class StartScan {
 
  private:
   const uint8_t* Candidate(const uint8_t* at);
-  bool IsLineStart(const uint8_t* at) const { return at == subject_ || at[-1] == '\n'; }
+  bool IsLineStart(const uint8_t* at) const { return at == subject || at[-1] == '\n'; }
   const uint8_t* NextLineStart(const uint8_t* at) const;
   const uint8_t* NextLiteral(const uint8_t* at) const;
   const uint8_t* NextInRun(const uint8_t* at);
@@ -36,17 +42,17 @@ class StartScan {
   const uint8_t* NextWord(const uint8_t* at) const;
   bool IsPlace(const uint8_t* at) const;
 
-  const ProgramNode* program_;
-  const SearchPlan* plan_;
-  const uint8_t* subject_;
-  const uint8_t* from_;
-  const uint8_t* end_;
-  const bool isUtf8_;
-  const bool atLineStarts_;
-  const uint8_t* runStart_ = nullptr;    // where the run may begin that the literal ends
-  const uint8_t* runLiteral_ = nullptr;  // the literal
-  const uint8_t* pairsFrom_ = nullptr;   // 64 places that have been looked at
-  uint64_t pairs_ = 0;                   // those of them that have the two bytes
+  const ProgramNode* program;
+  const SearchPlan* plan;
+  const uint8_t* subject;
+  const uint8_t* first;
+  const uint8_t* textEnd;
+  const bool isUtf8;
+  const bool atLineStarts;
+  const uint8_t* runStart = nullptr;    // where the run may begin that the literal ends
+  const uint8_t* runLiteral = nullptr;  // the literal
+  const uint8_t* pairsFrom = nullptr;   // 64 places that have been looked at
+  uint64_t pairs = 0;                   // those of them that have the two bytes
 };
 
 }  // namespace vekch::regexp
