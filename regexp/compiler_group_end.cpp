@@ -75,6 +75,7 @@ void ProgramBuilder::DissolveGroup(int32_t opening) {
   }
   --nodeCount;
   --serial;
+  lastOfRun -= lastOfRun > opening ? 1 : 0;
 }
 
 void ProgramBuilder::AppendGroupEnd(int32_t opening, bool isOneWide) {

@@ -178,7 +178,7 @@ Flow Matcher::AtomicMatched(Registers* r, const Frame& frame) {
   const bool isLazy = IsLazyAtomic(*r->node);
   if (length <= 0) {
     skew += length;
-    return isLazy && !isDue ? Flow::kFail : BehindAtomic(r);
+    return BehindAtomic(r);
   }
   if (!isDue && !isLazy) {
     NoteAtomicRepeat(*r, length);

@@ -190,6 +190,8 @@ struct Oddity {
 
 const Oddity kOddities[] = {
     // What consumes.
+    {"a literal of a dissolved group folds", "(?:a)\\x{E9}+", "A\xC3\x89", "0+3", {"i"}},
+    {"an empty repetition of a lazy atomic group counts", "(?>())*?\\1", "a", "0+0 0+0"},
     {"a short subject fails a counted repetition", "a{2,3}", "a", ""},
     {"letters fold in ASCII alone", "k\xC3\x89", "K\xC3\xA9", "", {"i"}},
     {"bytes that differ in the case bit, but are no letters", "[@`]@", "``", "", {"i"}},
