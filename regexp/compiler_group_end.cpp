@@ -75,7 +75,7 @@ void ProgramBuilder::DissolveGroup(int32_t opening) {
   }
   --nodeCount;
   --serial;
-  lastOfRun -= lastOfRun > opening ? 1 : 0;
+  lastOfRun = lastOfRun > opening ? -1 : lastOfRun;
 }
 
 void ProgramBuilder::AppendGroupEnd(int32_t opening, bool isOneWide) {
