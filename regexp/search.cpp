@@ -39,6 +39,13 @@ int32_t LengthToLastLiteral(const uint8_t* subject, int32_t length, const RegExp
   return at == kNotFound ? 0 : at + literal.length;
 }
 
+// Whether the matcher can only fail where there is nothing of the literal that every match holds:
+// if its depth can't run out. In an empty text no group goes on after a first repetition.
+bool FailsOnNothing(const RegExpState& state) {
+  constexpr int64_t kOwnLevels = 8;
+  return state.matchLimit / 4 > 2 * int64_t{state.nodeCount} + kOwnLevels;
+}
+
 // The first match of a pattern that is one literal. Groups that the compiler has dropped took no
 // part in it.
 vekStatus FindLoneLiteral(const uint8_t* subject, int32_t length, const RegExpState& state,
@@ -320,8 +327,7 @@ vekStatus Search(const uint8_t* subject, int32_t length, RegExpState* state, Rep
     return FindLoneLiteral(subject, length, *state, results, count);
   }
   const int32_t used = isLone ? length : LengthToLastLiteral(subject, length, *state);
-  // Without that literal the matcher can only fail, as long as its depth can't run out.
-  if (used == 0 && length != 0 && state->matchLimit / 4 > InfoOf(state)->mostDepth) {
+  if (used == 0 && length != 0 && FailsOnNothing(*state)) {
     *count = 0;
     return StatusNoError;
   }

@@ -418,7 +418,7 @@ class PlanMaker {
     int32_t i = walk.SkipPassed(0, &passes);
     for (; i < walk.count; i = walk.SkipPassed(i, &passes)) {
       if (isEndless && IsExactLiteral(i)) {
-        ConsiderLiteral(i, least, passes, sets == 1 && least <= 1 && passes == 2);
+        ConsiderLiteral(i, least, passes, isExact && sets == 1 && least <= 1 && passes == 2);
       }
       const int32_t width = AddToRun(walk.nodes[i]);
       if (width == 0) {
@@ -435,7 +435,7 @@ class PlanMaker {
     }
     if (isEndless && i < walk.count && walk.nodes[i].op == OpLookahead &&
         !walk.HasAlternatives(i) && IsExactLiteral(i + 1)) {
-      ConsiderLiteral(i + 1, least, passes + 2, sets == 1 && least <= 1 && passes == 2);
+      ConsiderLiteral(i + 1, least, passes + 2, isExact && sets == 1 && least <= 1 && passes == 2);
     }
     return plan->strategy == SearchPlan::kRunLiteral;
   }
@@ -487,6 +487,7 @@ class PlanMaker {
     if (set == nullptr) {
       return 0;
     }
+    isExact = isExact && set->wide == Wide::kOutside;
     for (int32_t value = 0; value < 256; ++value) {
       const bool isWide = value >= 0x80 && set->wide != Wide::kOutside;
       work[value] |= isWide ? 0xFF : set->member[value];
@@ -630,6 +631,7 @@ class PlanMaker {
   SearchPlan* plan;
   uint8_t* work;  // at least 256 bytes
   int32_t literalWeight = 0;
+  bool isExact = true;  // the run's bytes are what its sets accept, no more
 };
 
 }  // namespace

@@ -567,6 +567,76 @@ TEST(SearchTest, LargePatternsLikeTheModel) {
   EXPECT_LT(tooMuch, compared / 1000);
 }
 
+// Long enough for places to be looked for, 64 at a time too, in every way that there is.
+TEST(SearchTest, LongSubjectsLikeTheModel) {
+  static const Words kSought = {"abc",
+                                "a",
+                                "c",
+                                "[ab]c",
+                                "\\bab",
+                                "\\b[ab]+c",
+                                "a*bc",
+                                "[a-c]+b",
+                                "\\w+c",
+                                "(\\w+)a",
+                                "\\w+(?=b)",
+                                "(?<=a)b",
+                                "(?<=ab).",
+                                "abc|bca|cab",
+                                "abcb|cab",
+                                "ab|bc",
+                                "b|c",
+                                "(?:ab|b)c",
+                                ".*b",
+                                "(?:.*)c",
+                                "^a",
+                                "^(\\w+)b",
+                                "^\\S+ +b",
+                                "[abc]{2}-",
+                                "[abc]{4,}c",
+                                "a(b)?c",
+                                "\xC3\xA9"
+                                "a",
+                                "\\pL\\w",
+                                "[^-]b",
+                                "(a|b)\\1",
+                                "(?i:AB)c",
+                                "\\p{Lu}a",
+                                "\\x{E9}[ab]",
+                                "[ab]c[ab]c",
+                                "\\W\\w+ b",
+                                "(ab|c)+a$",
+                                "\\C\\xA9b",
+                                "a+?-",
+                                "[\xC3\xA9-]+a"};
+  Author author(20261);
+  Bench bench;
+  size_t compared = 0;
+  for (size_t left = 12000 / kShare; left > 0; --left) {
+    const std::string pattern = author.Chance(70) ? author.Pick(kSought) : author.Pattern();
+    const std::string options = author.Pick({"", "", "s", "m", "i", "g", "gi", "gm"});
+    if (!bench.Compile(pattern, {options})) {
+      continue;
+    }
+    for (size_t times = 0; times < 3; ++times) {
+      std::string subject;
+      while (subject.size() < 130 || author.Chance(70)) {
+        subject += std::string(author.Below(70), author.Pick({"-", " ", "\n", "\xA9", "c"})[0]);
+        subject += author.Chance(50) ? author.Subject() : author.Pick({"abc", "ab", "bc", "AB"});
+      }
+      const auto limit =
+          static_cast<int32_t>(author.Chance(70) ? kDefaultLimit : author.Below(150));
+      bench.Set({options, author.Chance(25) ? 0 : 1, limit, kMostResults});
+      bench.Place(subject);
+      compared += bench.CompareWithModel() ? 1 : 0;
+      if (HasFailure()) {
+        return;
+      }
+    }
+  }
+  EXPECT_GT(compared, 30000 / kShare);
+}
+
 // ---- Arguments, in the order of the checks; each failure writes nothing.
 
 TEST(SearchTest, Arguments) {
