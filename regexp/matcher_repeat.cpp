@@ -5,12 +5,14 @@
 #include "regexp/bytes.h"
 #include "regexp/matcher.h"
 #include "regexp/properties.h"
+#include "strings/kernels/find_kernels.h"
 #include "unicode/utf8.h"
 
 namespace vekch::regexp {
 namespace {
 
 constexpr int32_t kLongestCharacter = 6;
+constexpr uint8_t kNewline = '\n';
 
 bool IsMark(uint32_t codePoint) {
   return codePoint >= 0x80 && MatchCategory(static_cast<int32_t>(codePoint), kCategoryM, 0);
@@ -170,6 +172,13 @@ VEK_INLINE const uint8_t* Matcher::EndOfBytes(const ProgramNode& atom, const uin
     return at;
   }
   const uint8_t* const member = SetNoteOf(atom)->member;
+  if (atom.op == OpCharType && atom.a == '.') {
+    if (member[kNewline] != 0 || at == end) {
+      return end;
+    }
+    const int32_t newline = kernels::FindByte(at, static_cast<int32_t>(end - at), kNewline);
+    return newline < 0 ? end : at + newline;
+  }
   while (at < end && member[*at] != 0) {
     ++at;
   }
