@@ -100,7 +100,7 @@ typedef struct ProgramNode {
   int32_t a;   /* directly behind `op`: both are read as one word where that tells an operation */
   int32_t b;
   int32_t c;
-  uint64_t ptr; /* address of a literal run or of a script's list of ranges; 0 */
+  uint64_t ptr; /* address of a literal run or of a script's ranges; else a note of the library's */
 } ProgramNode;
 
 /** First word of a compiled object: the characters "rgEx". */
