@@ -9,8 +9,8 @@
 #include <optional>
 #include <utility>
 
-#include "regexp/program.h"
-#include "regexp/properties.h"
+#include "regexp/characters/properties.h"
+#include "regexp/object/program.h"
 #include "unicode/utf8.h"
 
 namespace vekch::test {

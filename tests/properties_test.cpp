@@ -1,6 +1,6 @@
 // The property escapes, and which code points a property has.
 
-#include "regexp/properties.h"
+#include "regexp/characters/properties.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "regexp/properties.h"
+#include "regexp/characters/properties.h"
 
 namespace {
 

@@ -37,7 +37,7 @@ function demand(condition, what) {
   }
 }
 
-// ---- The shape of the tables, as regexp/unicode_tables.h has it.
+// ---- The shape of the tables, as regexp/characters/unicode_tables.h has it.
 
 const kPageBits = 6;
 const kMainEnd = 0x30000;
@@ -240,7 +240,7 @@ function writeTables({ classes, deltas, scripts, scriptOf, blocks }) {
   return `${kFirstLine}
 // The tables of Unicode 5.1, from data of the Unicode Character Database; see NOTICE.
 
-#include "regexp/unicode_tables.h"
+#include "regexp/characters/unicode_tables.h"
 
 namespace vekch::regexp {
 
@@ -277,7 +277,7 @@ export async function makeFiles(unpacked) {
   checkUncovered(classes, scriptOf);
   const data = { classes, deltas, scripts, scriptOf, blocks: await readBlocks(unpacked) };
   return {
-    'regexp/unicode_5_1_tables.cpp': writeTables(data),
+    'regexp/characters/unicode_5_1_tables.cpp': writeTables(data),
   };
 }
 

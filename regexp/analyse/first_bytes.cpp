@@ -1,0 +1,307 @@
+#include "regexp/analyse/first_bytes.h"
+
+#include "regexp/characters/bytes.h"
+#include "regexp/characters/properties.h"
+
+namespace vekch::regexp {
+namespace {
+
+constexpr int32_t kMostRounds = 8;
+constexpr int32_t kOwnLevels = 4;  // that loops and the last test may take beside the records
+
+// Follows every way through the program at once, a byte at a time. For each record there is a set
+// of bits that says how it can have been reached: bit n where n bytes of a string, or n
+// repetitions, have been consumed by it already; bit 0 else.
+class FilterMaker {
+ public:
+  FilterMaker(const ProgramWalk& programWalk, int32_t firstAlternative, uint8_t* marks,
+              uint8_t* bytes)
+      : walk(programWalk),
+        topLevel(firstAlternative),
+        now(marks),
+        next(marks + programWalk.count + 1),
+        filter(bytes) {}
+
+  // Returns the number of bytes that are known.
+  int32_t Run() {
+    Clear(now);
+    now[0] = 1;
+    MarkAlternatives(topLevel);
+    int32_t window = 0;
+    while (window < kMostWindow) {
+      Clear(next);
+      ends = false;
+      isUnknown = false;
+      bit = static_cast<uint8_t>(1U << window);
+      isLast = window == kMostWindow - 1 || mayBeWithin;
+      if (mayBeWithin) {
+        AddAll(0x80, 256);
+      }
+      if (!Close() || ends || isUnknown) {
+        break;
+      }
+      ++window;
+      if (isLast) {
+        break;
+      }
+      uint8_t* const swap = now;
+      now = next;
+      next = swap;
+    }
+    // What a step that was broken off has added counts for nothing.
+    for (int32_t i = 0; i < 256; ++i) {
+      filter[i] &= static_cast<uint8_t>((1U << window) - 1);
+    }
+    return window;
+  }
+
+  // Levels that the matcher may use up before the known bytes are tested, or -1 if that depends on
+  // the subject.
+  int32_t Levels() const { return passesLookaround ? -1 : levels; }
+
+ private:
+  void Clear(uint8_t* marks) const {
+    for (int32_t i = 0; i <= walk.count; ++i) {
+      marks[i] = 0;
+    }
+  }
+
+  // Marks what is reached without a byte until nothing changes. Only repeated groups lead back.
+  bool Close() {
+    for (int32_t round = 0; round < kMostRounds; ++round) {
+      changed = false;
+      for (int32_t i = 0; i < walk.count && !ends && !isUnknown; ++i) {
+        if (now[i] != 0) {
+          Step(i);
+          levels += round == 0 ? 2 : 0;
+        }
+        i += walk.nodes[i].op == OpClass ? walk.nodes[i].b : 0;
+      }
+      ends = ends || now[walk.count] != 0;
+      if (!changed) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  void Mark(int32_t index, uint8_t bits = 1) {
+    changed = changed || (index <= current && (now[index] | bits) != now[index]);
+    now[index] |= bits;
+  }
+
+  void MarkAlternatives(int32_t alternative) {
+    for (; alternative != 0; alternative = NoteOf<AlternativeNote>(walk.nodes[alternative]).next) {
+      Mark(alternative + 1);
+    }
+  }
+
+  void Step(int32_t index) {
+    current = index;
+    const ProgramNode& node = walk.nodes[index];
+    switch (node.op) {
+      case OpSetOptions:
+        Mark(index + 1);
+        return;
+      case OpAssert:
+        Mark(walk.QuantifierAt(index + 1) == nullptr ? index + 1 : index + 2);
+        return;
+      case OpLookbehind:
+      case OpNegLookbehind:
+      case OpLookahead:
+      case OpNegLookahead:
+        passesLookaround = true;
+        Mark(walk.GroupEnd(index) + 1);
+        return;
+      case OpCapture:
+      case OpGroup:
+      case OpOptionGroup:
+      case OpAtomic:
+      case OpConditional:
+        OpenGroup(index);
+        return;
+      case OpAlternative: {
+        const int32_t groupEnd = NoteOf<AlternativeNote>(node).groupEnd;
+        Mark(groupEnd == 0 ? walk.count : groupEnd);
+        return;
+      }
+      case OpGroupEnd:
+        EndGroup(index);
+        return;
+      case OpBackref:
+        isUnknown = true;
+        return;
+      default:
+        Consume(index);
+        return;
+    }
+  }
+
+  void OpenGroup(int32_t index) {
+    const ProgramNode& node = walk.nodes[index];
+    const int32_t end = walk.GroupEnd(index);
+    const ProgramNode* const quantifier = walk.QuantifierAt(end + 1);
+    if (quantifier != nullptr && quantifier->a == 0) {
+      Mark(end + 2);
+    }
+    if (quantifier == nullptr || quantifier->b != 0) {
+      EnterBody(index);
+    }
+    if (node.op == OpConditional && !walk.HasAlternatives(index)) {
+      Mark(end);
+    }
+  }
+
+  void EnterBody(int32_t index) {
+    int32_t body = index + 1;
+    if (walk.nodes[index].op == OpConditional) {
+      passesLookaround = passesLookaround || walk.nodes[body].op != OpBackref;
+      body = walk.nodes[body].op == OpBackref ? body + 1 : walk.GroupEnd(body) + 1;
+    }
+    Mark(body);
+    MarkAlternatives(NoteOf<GroupNote>(walk.nodes[index]).firstAlternative);
+  }
+
+  void EndGroup(int32_t index) {
+    const ProgramNode* const quantifier = walk.QuantifierAt(index + 1);
+    Mark(quantifier == nullptr ? index + 1 : index + 2);
+    if (quantifier != nullptr && quantifier->b > 1) {
+      EnterBody(static_cast<int32_t>(walk.nodes[index].ptr));
+    }
+  }
+
+  void Consume(int32_t index) {
+    const ProgramNode& node = walk.nodes[index];
+    if (node.op == OpString) {
+      const uint8_t* const run = RunOf(node);
+      for (int32_t n = 0; n < kMostWindow; ++n) {
+        if ((now[index] >> n & 1) != 0) {
+          AddByte(run[n], IsCaseless(node.c));
+          if (n + 1 == node.b) {
+            next[index + 1] |= 1;
+          } else {
+            next[index] |= static_cast<uint8_t>(2U << n);
+          }
+        }
+      }
+      return;
+    }
+    const int32_t behind = walk.BehindAtom(index);
+    const ProgramNode* const quantifier = walk.QuantifierAt(behind);
+    const int32_t minimum = quantifier == nullptr ? 1 : quantifier->a;
+    const int32_t maximum = quantifier == nullptr ? 1 : quantifier->b;
+    const int32_t after = quantifier == nullptr ? behind : behind + 1;
+    if (minimum == 0) {
+      Mark(after);
+    }
+    if (maximum == 0) {
+      return;
+    }
+    AddAtom(node);
+    for (int32_t n = 0; n < kMostWindow; ++n) {
+      if ((now[index] >> n & 1) != 0) {
+        const int32_t done = n + 1;
+        if (done < maximum) {
+          next[index] |= static_cast<uint8_t>(1U << (done < kMostWindow ? done : n));
+        }
+        if (done >= minimum) {
+          next[after] |= 1;
+        }
+      }
+    }
+  }
+
+  void AddByte(uint8_t byte, bool caseless) {
+    filter[byte] |= bit;
+    if (caseless && IsAsciiLetter(byte)) {
+      filter[byte ^ 0x20] |= bit;
+    }
+  }
+
+  // A character of several bytes leaves it open what stands two bytes further: the window ends
+  // with the byte behind its first.
+  void AddAtom(const ProgramNode& node) {
+    switch (node.op) {
+      case OpChar:
+        AddByte(static_cast<uint8_t>(node.a), IsCaseless(node.c));
+        return;
+      case OpAnyByte:
+        AddAll(0, 256);
+        return;
+      case OpCharType:
+      case OpClass: {
+        const CharacterSet* const set = SetNoteOf(node);
+        if (set == nullptr) {
+          isUnknown = true;
+          return;
+        }
+        AddSet(*set);
+        return;
+      }
+      default:
+        AddAll(0x80, 256);
+        for (int32_t value = 0; value < 0x80; ++value) {
+          if (AcceptsAscii(value, node)) {
+            filter[value] |= bit;
+          }
+        }
+        mayBeWithin = true;
+        return;
+    }
+  }
+
+  void AddSet(const CharacterSet& set) {
+    for (int32_t value = 0; value < 256; ++value) {
+      filter[value] |= static_cast<uint8_t>(set.member[value] & bit);
+    }
+    if (set.wide != Wide::kOutside) {
+      AddAll(0x80, 256);
+      mayBeWithin = true;
+    }
+  }
+
+  void AddAll(int32_t first, int32_t end) {
+    for (int32_t value = first; value < end; ++value) {
+      filter[value] |= bit;
+    }
+  }
+
+  static bool AcceptsAscii(int32_t value, const ProgramNode& node) {
+    switch (node.op) {
+      case OpGrapheme:
+        return true;
+      case OpCategory:
+        return InCategorySet(value, node.ptr);
+      case OpCodePoint:
+        return MatchPropertyItem(value, &node, OptionsNote(node) & RegExpOptionI) >= 0;
+      default:
+        return MatchPropertyItem(value, &node, 0) >= 0;
+    }
+  }
+
+  const ProgramWalk& walk;
+  const int32_t topLevel;
+  uint8_t* now;
+  uint8_t* next;
+  uint8_t* filter;
+  uint8_t bit = 1;
+  int32_t current = -1;
+  int32_t levels = kOwnLevels;
+  bool changed = false;
+  bool ends = false;         // a match can be over here
+  bool isUnknown = false;    // anything can follow here
+  bool isLast = false;       // no further byte is asked for
+  bool mayBeWithin = false;  // the byte may be within a character
+  bool passesLookaround = false;
+};
+
+}  // namespace
+
+FirstBytes FindFirstBytes(const ProgramWalk& walk, int32_t firstAlternative, uint8_t* marks,
+                          uint8_t* filter) {
+  FilterMaker maker(walk, firstAlternative, marks, filter);
+  const int32_t window = maker.Run();
+  return {window, maker.Levels()};
+}
+
+}  // namespace vekch::regexp

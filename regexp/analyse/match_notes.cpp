@@ -1,0 +1,303 @@
+#include "regexp/analyse/match_notes.h"
+
+#include "regexp/analyse/program_walk.h"
+#include "regexp/characters/bytes.h"
+#include "regexp/characters/properties.h"
+#include "strings/kernels/block.h"
+
+namespace vekch::regexp {
+namespace {
+
+constexpr int32_t kMostPasses = 100;
+constexpr int32_t kOwnLevels = 4;  // of the search, and of the last test
+
+// What an entry of the group table holds while the notes are written; searches begin with it anew.
+struct OpenGroup {
+  int32_t around;           // serial of the group around
+  int32_t opening;          // index of its record
+  int32_t lastAlternative;  // 0 for none yet
+  int32_t unused[5];
+};
+static_assert(sizeof(OpenGroup) == sizeof(GroupEntry));
+
+class NoteWriter {
+ public:
+  explicit NoteWriter(RegExpState* patternState)
+      : state(patternState),
+        nodes(ProgramOf(patternState)),
+        count(patternState->nodeCount),
+        groups(reinterpret_cast<OpenGroup*>(patternState->workTableA)) {}
+
+  void Run() {
+    LinkGroups();
+    uint8_t* const room = NoteSets();
+    NoteRepetitions();
+    NoteCertainGroups();
+    SearchInfo* const info = InfoOf(state);
+    info->mostDepth = MostDepth();
+    info->room = room;
+  }
+
+ private:
+  // ---- Groups, their alternatives and their ends.
+
+  void LinkGroups() {
+    int32_t innermost = 0;
+    for (int32_t i = 0; i < count; ++i) {
+      ProgramNode& node = nodes[i];
+      if (node.op == OpClass) {
+        i += node.b;
+      } else if (IsOpening(node)) {
+        const int32_t serial = node.a < 0 ? -node.a : node.a;
+        groups[serial] = {innermost, i, 0, {}};
+        innermost = serial;
+        lastSerial = serial > lastSerial ? serial : lastSerial;
+        SetNote(&node, GroupNote{0, 0});
+      } else if (node.op == OpAlternative) {
+        LinkAlternative(i, &groups[innermost]);
+      } else if (node.op == OpGroupEnd) {
+        const OpenGroup group = groups[innermost];
+        groups[innermost] = {};
+        EndGroup(i, group);
+        innermost = group.around;
+      }
+    }
+    const int32_t first = groups[0].opening;
+    *InfoOf(state) = {first, 0, nullptr, nullptr, 0, 0};
+  }
+
+  void LinkAlternative(int32_t index, OpenGroup* group) {
+    SetNote(&nodes[index], AlternativeNote{0, 0});
+    if (group->lastAlternative != 0) {
+      SetNote(&nodes[group->lastAlternative], AlternativeNote{index, 0});
+    } else if (nodes[index].a == 0) {
+      group->opening = index;  // at top level, where no record opens
+    } else {
+      SetNote(&nodes[group->opening], GroupNote{index, 0});
+    }
+    group->lastAlternative = index;
+  }
+
+  void EndGroup(int32_t end, const OpenGroup& group) {
+    nodes[end].ptr = static_cast<uint64_t>(group.opening);
+    int32_t i = NoteOf<GroupNote>(nodes[group.opening]).firstAlternative;
+    while (i != 0) {
+      const int32_t next = NoteOf<AlternativeNote>(nodes[i]).next;
+      SetNote(&nodes[i], AlternativeNote{next, end});
+      i = next;
+    }
+  }
+
+  // ---- Sets and options. The options in force follow from the order of the records alone.
+
+  // Returns what is left of the room for sets.
+  uint8_t* NoteSets() {
+    auto options = static_cast<int32_t>(state->compileFlags);
+    auto* room = reinterpret_cast<uint8_t*>(groups + lastSerial + 1);
+    auto* const end = reinterpret_cast<uint8_t*>(groups + RegExpTableSize);
+    for (int32_t i = 0; i < count; ++i) {
+      ProgramNode& node = nodes[i];
+      switch (node.op) {
+        case OpSetOptions:
+          options = node.a;
+          break;
+        case OpOptionGroup:
+          options = node.c;
+          break;
+        case OpAlternative:
+        case OpGroupEnd:
+          options = node.b;
+          break;
+        case OpAssert:
+        case OpBackref:
+        case OpCodePoint:
+          node.ptr = static_cast<uint64_t>(options);
+          break;
+        case OpCharType: {
+          const CharacterSet& set = ShorthandSet(node.a, (options & RegExpOptionS) != 0);
+          node.ptr = reinterpret_cast<uintptr_t>(&set);
+          break;
+        }
+        case OpCategory:
+          node.ptr = CategorySet(node.a, node.b);
+          break;
+        case OpClass:
+          node.ptr = static_cast<uint64_t>(options);
+          static_assert(sizeof(CharacterSet) % alignof(GroupEntry*) == 0);
+          if (end - room >= static_cast<ptrdiff_t>(sizeof(CharacterSet))) {
+            FillClassSet(node, options, reinterpret_cast<CharacterSet*>(room));
+            node.ptr = reinterpret_cast<uintptr_t>(room);
+            room += sizeof(CharacterSet);
+          }
+          i += node.b;
+          break;
+        default:
+          break;
+      }
+    }
+    return room;
+  }
+
+  // ---- What must follow a repetition.
+
+  void NoteRepetitions() {
+    const ProgramWalk walk(*state);
+    for (int32_t i = 0; i < count; ++i) {
+      const int32_t behind = walk.BehindAtom(i);
+      if (!IsOpening(nodes[i]) && walk.QuantifierAt(behind) != nullptr) {
+        SetNote(&nodes[behind], Follow(walk, nodes[i], behind + 1));
+      }
+      i = behind - 1;
+    }
+  }
+
+  static FollowNote Follow(const ProgramWalk& walk, const ProgramNode& atom, int32_t next) {
+    FollowNote note = {};
+    int32_t passes = 0;
+    const int32_t i = walk.SkipPassed(next, &passes);
+    if (passes > kMostPasses || !walk.IsCertain(i)) {
+      return note;
+    }
+    note.passes = static_cast<uint8_t>(passes);
+    const ProgramNode& follower = walk.nodes[i];
+    if (IsLiteral(follower)) {
+      const uint8_t byte =
+          follower.op == OpChar ? static_cast<uint8_t>(follower.a) : RunOf(follower)[0];
+      note.kind = FollowNote::kByte;
+      const uint32_t other = OtherCase(byte, follower.c);
+      note.target = (byte | other << 8) & 0xFFFFU;
+    } else if (walk.SetAt(i) != nullptr) {
+      note.kind = FollowNote::kSet;
+      note.target = reinterpret_cast<uintptr_t>(walk.SetAt(i)) & 0xFFFFFFFFFFFFU;
+    } else {
+      return note;
+    }
+    note.isDisjoint = IsDisjoint(note, atom) ? 1 : 0;
+    return note;
+  }
+
+  static uint8_t OtherCase(uint8_t byte, int32_t options) {
+    return IsCaseless(options) && IsAsciiLetter(byte) ? static_cast<uint8_t>(byte ^ 0x20) : byte;
+  }
+
+  // Whether no character of the atom begins with a byte that can follow.
+  static bool IsDisjoint(const FollowNote& note, const ProgramNode& atom) {
+    if (atom.op == OpChar) {
+      const auto byte = static_cast<uint8_t>(atom.a);
+      return !Follows(note, byte) && !Follows(note, OtherCase(byte, atom.c));
+    }
+    if (atom.op != OpCharType && atom.op != OpClass) {
+      return false;
+    }
+    const CharacterSet* const set = SetNoteOf(atom);
+    if (set == nullptr) {
+      return false;
+    }
+    if (note.kind == FollowNote::kByte) {
+      return !Has(*set, note.FirstByte()) && !Has(*set, note.SecondByte());
+    }
+    return AreDisjoint(*set, *note.Set());
+  }
+
+  static bool Follows(const FollowNote& note, uint8_t byte) {
+    return note.kind == FollowNote::kByte ? byte == note.FirstByte() || byte == note.SecondByte()
+                                          : Has(*note.Set(), byte);
+  }
+
+  // A byte above 0x7F may begin a character that is a member.
+  static bool Has(const CharacterSet& set, uint8_t byte) {
+    return set.member[byte] != 0 || (byte >= 0x80 && set.wide != Wide::kOutside);
+  }
+
+  static bool AreDisjoint(const CharacterSet& a, const CharacterSet& b) {
+    if (a.wide != Wide::kOutside && b.wide != Wide::kOutside) {
+      return false;
+    }
+    const kernels::Block zero = kernels::ZeroBlock();
+    kernels::Block both = zero;
+    for (int32_t i = 0; i < 256; i += kernels::kBlock) {
+      both = both | (kernels::LoadAny(a.member + i) & kernels::LoadAny(b.member + i));
+    }
+    // The other's characters of several bytes begin with any byte above 0x7F, but it has none of
+    // those bytes itself, as one of the two sets is of single bytes alone.
+    return kernels::LaneBits(both == zero) == 0xFFFF;
+  }
+
+  // ---- Budgets, and what need not be undone.
+
+  // Every record takes a level, and a repetition one more; a group that is repeated takes its
+  // levels again each time. The entries of the groups keep the sums of what is around.
+  int32_t MostDepth() {
+    const ProgramWalk walk(*state);
+    int64_t depth = kOwnLevels;
+    int32_t serial = 0;
+    for (int32_t i = 0; i < count; ++i) {
+      const ProgramNode& node = nodes[i];
+      depth = depth < INT32_MAX - 2 ? depth + 2 : INT32_MAX;
+      if (IsOpening(node)) {
+        const int32_t own = node.a < 0 ? -node.a : node.a;
+        groups[own] = {serial, static_cast<int32_t>(depth), 0, {}};
+        serial = own;
+        depth = 2;
+      } else if (node.op == OpGroupEnd) {
+        const ProgramNode* const quantifier = walk.QuantifierAt(i + 1);
+        const int64_t times = quantifier == nullptr ? 1 : quantifier->b + int64_t{1};
+        const OpenGroup group = groups[serial];
+        groups[serial] = {};
+        depth = group.opening + depth * times;
+        serial = group.around;
+      }
+      depth = depth < INT32_MAX ? depth : INT32_MAX;
+    }
+    return static_cast<int32_t>(depth);
+  }
+
+  // At top level and without alternatives there, a group is passed by every match, and by nothing
+  // else than a try that begins with its opening. The slots say which groups are open or closed.
+  void NoteCertainGroups() {
+    auto* const slots = reinterpret_cast<RegExpFindResult*>(state->workTableB);
+    const bool isSingle = InfoOf(state)->firstAlternative == 0;
+    const ProgramWalk walk(*state);
+    int32_t nesting = 0;
+    for (int32_t i = 0; i < count; ++i) {
+      ProgramNode& node = nodes[i];
+      if (IsOpening(node)) {
+        if (node.op == OpCapture) {
+          slots[node.c].length = kOpen;
+          const bool isRepeated = walk.QuantifierAt(walk.GroupEnd(i) + 1) != nullptr;
+          GroupNote note = NoteOf<GroupNote>(node);
+          note.isCertain = nesting == 0 && isSingle && !isRepeated ? 1 : 0;
+          SetNote(&node, note);
+        }
+        ++nesting;
+      } else if (node.op == OpGroupEnd) {
+        const ProgramNode& opening = nodes[node.ptr];
+        if (opening.op == OpCapture) {
+          slots[opening.c].length = kClosed;
+        }
+        --nesting;
+      } else if (node.op == OpBackref && node.a < state->captureCount &&
+                 slots[node.a].length != kClosed) {
+        InfoOf(state)->readsOpenGroups = 1;
+      }
+    }
+    for (int32_t slot = 0; slot < state->captureCount; ++slot) {
+      slots[slot].length = 0;
+    }
+  }
+
+  static constexpr int32_t kOpen = 1;
+  static constexpr int32_t kClosed = 2;
+
+  RegExpState* state;
+  ProgramNode* nodes;
+  int32_t count;
+  OpenGroup* groups;
+  int32_t lastSerial = 0;
+};
+
+}  // namespace
+
+void WriteNotes(RegExpState* state) { NoteWriter(state).Run(); }
+
+}  // namespace vekch::regexp

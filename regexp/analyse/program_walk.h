@@ -1,0 +1,82 @@
+// Walking along a compiled program, whose notes are written, without matching anything.
+
+#ifndef VEKCH_REGEXP_ANALYSE_PROGRAM_WALK_H
+#define VEKCH_REGEXP_ANALYSE_PROGRAM_WALK_H
+
+#include <stdint.h>
+
+#include "regexp/analyse/match_notes.h"
+
+namespace vekch::regexp {
+
+struct ProgramWalk {
+  const ProgramNode* nodes;
+  int32_t count;
+
+  explicit ProgramWalk(const RegExpState& state)
+      : nodes(ProgramOf(&state)), count(state.nodeCount) {}
+
+  const ProgramNode* QuantifierAt(int32_t index) const {
+    return index < count && IsQuantifier(nodes[index]) ? &nodes[index] : nullptr;
+  }
+
+  // The index behind an atom, where its quantifier stands if it has one.
+  int32_t BehindAtom(int32_t index) const {
+    return index + 1 + (nodes[index].op == OpClass ? nodes[index].b : 0);
+  }
+
+  int32_t GroupEnd(int32_t opening) const { return opening + nodes[opening].b + 1; }
+
+  bool HasAlternatives(int32_t opening) const {
+    return NoteOf<GroupNote>(nodes[opening]).firstAlternative != 0;
+  }
+
+  // Whether every way leads from a record to the next one, without anything read.
+  bool IsPassed(int32_t index) const {
+    const ProgramNode& node = nodes[index];
+    switch (node.op) {
+      case OpSetOptions:
+        return true;
+      case OpAssert:
+        return QuantifierAt(index + 1) == nullptr;
+      case OpGroupEnd:
+        return node.a > 0 && QuantifierAt(index + 1) == nullptr;
+      case OpCapture:
+      case OpGroup:
+      case OpOptionGroup:
+        return !HasAlternatives(index) && QuantifierAt(GroupEnd(index) + 1) == nullptr;
+      default:
+        return false;
+    }
+  }
+
+  // The first record from `index` on that is not passed; raises `passes` by those that are.
+  int32_t SkipPassed(int32_t index, int32_t* passes) const {
+    while (index < count && IsPassed(index)) {
+      ++index;
+      ++*passes;
+    }
+    return index;
+  }
+
+  // Whether what stands at an index occurs at least once there, if it is an atom.
+  bool IsCertain(int32_t index) const {
+    if (index >= count) {
+      return false;
+    }
+    const ProgramNode* const quantifier = QuantifierAt(BehindAtom(index));
+    return quantifier == nullptr || quantifier->a > 0;
+  }
+
+  bool IsCertainLiteral(int32_t index) const { return IsCertain(index) && IsLiteral(nodes[index]); }
+
+  // The set of characters that the record is, or null.
+  const CharacterSet* SetAt(int32_t index) const {
+    const uint32_t op = nodes[index].op;
+    return op == OpCharType || op == OpClass ? SetNoteOf(nodes[index]) : nullptr;
+  }
+};
+
+}  // namespace vekch::regexp
+
+#endif

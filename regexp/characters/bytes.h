@@ -1,0 +1,41 @@
+// How single bytes of a subject are compared.
+
+#ifndef VEKCH_REGEXP_CHARACTERS_BYTES_H
+#define VEKCH_REGEXP_CHARACTERS_BYTES_H
+
+#include <stdint.h>
+
+#include "strings/kernels/block.h"
+#include "vekch/regexp_program.h"
+
+namespace vekch::regexp {
+
+constexpr bool IsAsciiLetter(int32_t value) {
+  return static_cast<uint32_t>(value | 0x20) - 'a' < 26;
+}
+
+constexpr bool IsDigitByte(int32_t value) { return static_cast<uint32_t>(value) - '0' < 10; }
+
+constexpr bool IsWordByte(int32_t value) {
+  return IsAsciiLetter(value) || IsDigitByte(value) || value == '_';
+}
+
+constexpr bool IsCaseless(int32_t options) { return (options & RegExpOptionI) != 0; }
+
+VEK_INLINE bool SameByte(uint8_t inSubject, uint8_t expected, bool caseless) {
+  return inSubject == expected ||
+         (caseless && (inSubject ^ expected) == 0x20 && IsAsciiLetter(inSubject));
+}
+
+VEK_INLINE bool SameBytes(const uint8_t* inSubject, const uint8_t* expected, int32_t length,
+                          bool caseless) {
+  int32_t i = 0;
+  while (i < length && SameByte(inSubject[i], expected[i], caseless)) {
+    ++i;
+  }
+  return i >= length;
+}
+
+}  // namespace vekch::regexp
+
+#endif

@@ -1,0 +1,143 @@
+// The literals of a compiled program, looked for in a subject.
+
+#ifndef VEKCH_REGEXP_CHARACTERS_LITERAL_H
+#define VEKCH_REGEXP_CHARACTERS_LITERAL_H
+
+#include <stdint.h>
+
+#include "regexp/characters/bytes.h"
+#include "regexp/object/program.h"
+#include "strings/kernels/block.h"
+#include "strings/kernels/commonness.h"
+#include "strings/kernels/find_kernels.h"
+#include "strings/kernels/find_pair_kernels.h"
+
+namespace vekch::regexp {
+
+constexpr int32_t kNotFound = -1;
+
+struct Literal {
+  const uint8_t* bytes;
+  int32_t length;
+
+  explicit Literal(const ProgramNode& node)
+      : bytes(node.op == OpString ? RunOf(node) : reinterpret_cast<const uint8_t*>(&node.a)),
+        length(node.op == OpString ? node.b : 1) {}
+};
+
+// Where the bytes of a literal stand that texts hold least often in both cases; the second is the
+// first again in a literal of one byte.
+struct RarestBytes {
+  int32_t first = 0;
+  int32_t second = 0;
+
+  explicit RarestBytes(const Literal& literal) {
+    for (int32_t i = 1; i < literal.length; ++i) {
+      if (Commonness(literal.bytes[i]) < Commonness(literal.bytes[first])) {
+        second = first;
+        first = i;
+      } else if (second == first ||
+                 Commonness(literal.bytes[i]) < Commonness(literal.bytes[second])) {
+        second = i;
+      }
+    }
+  }
+
+  static int32_t Commonness(uint8_t byte) {
+    return kernels::kCommonness.of[IsAsciiLetter(byte) ? byte | 0x20 : byte];
+  }
+};
+
+constexpr uint8_t OtherCase(uint8_t byte) {
+  return IsAsciiLetter(byte) ? static_cast<uint8_t>(byte ^ 0x20) : byte;
+}
+
+inline void SetCases(uint8_t byte, kernels::PairRanges* ranges) {
+  for (int32_t i = 0; i < kernels::kMostPairRanges; ++i) {
+    ranges->lowest[i] = ranges->highest[i] = i == 0 ? byte : OtherCase(byte);
+  }
+}
+
+// By the two rarest bytes 64 places at a time, the last places by the rarest alone.
+inline int32_t FindFirstCaseless(const uint8_t* subject, int32_t length, const Literal& literal) {
+  const RarestBytes rarest(literal);
+  const uint8_t* const end = subject + (length - literal.length + 1);
+  const uint8_t* at = subject;
+  const auto isHere = [&literal](const uint8_t* place) {
+    return SameBytes(place, literal.bytes, literal.length, true);
+  };
+  if (end - at >= kernels::kGroup) {
+    kernels::BytePair pair = {{rarest.first, rarest.second}, 2, {}};
+    SetCases(literal.bytes[rarest.first], &pair.sets[0]);
+    SetCases(literal.bytes[rarest.second], &pair.sets[1]);
+    uint64_t hits = 0;
+    while (at = kernels::FindPairs(at, end, pair, &hits), hits != 0) {
+      for (; hits != 0; hits &= hits - 1) {
+        const uint8_t* const place = at + kernels::LowestBit(hits);
+        if (isHere(place)) {
+          return static_cast<int32_t>(place - subject);
+        }
+      }
+      at += kernels::kGroup;
+    }
+  }
+  const uint8_t byte = literal.bytes[rarest.first];
+  const uint8_t cases[2] = {byte, OtherCase(byte)};
+  while (at < end) {
+    const int32_t found =
+        kernels::FindAnyOf(at + rarest.first, static_cast<int32_t>(end - at), cases, 2);
+    if (found < 0) {
+      return kNotFound;
+    }
+    at += found;
+    if (isHere(at)) {
+      return static_cast<int32_t>(at - subject);
+    }
+    ++at;
+  }
+  return kNotFound;
+}
+
+inline int32_t FindLastCaseless(const uint8_t* subject, int32_t length, const Literal& literal) {
+  const RarestBytes rarest(literal);
+  const uint8_t byte = literal.bytes[rarest.first];
+  const uint8_t cases[2] = {byte, OtherCase(byte)};
+  int32_t places = length - literal.length + 1;
+  while (places > 0) {
+    places = kernels::FindLastOf(subject + rarest.first, places, cases, 2);
+    if (places >= 0 && SameBytes(subject + places, literal.bytes, literal.length, true)) {
+      return places;
+    }
+  }
+  return kNotFound;
+}
+
+inline int32_t FindFirst(const uint8_t* subject, int32_t length, const Literal& literal,
+                         bool caseless) {
+  if (literal.length > length) {
+    return kNotFound;
+  }
+  if (caseless) {
+    return FindFirstCaseless(subject, length, literal);
+  }
+  return literal.length == 1
+             ? kernels::FindByte(subject, length, literal.bytes[0])
+             : kernels::FindSubstring(subject, length, literal.bytes, literal.length);
+}
+
+inline int32_t FindLast(const uint8_t* subject, int32_t length, const Literal& literal,
+                        bool caseless) {
+  if (literal.length > length) {
+    return kNotFound;
+  }
+  if (caseless) {
+    return FindLastCaseless(subject, length, literal);
+  }
+  return literal.length == 1
+             ? kernels::FindLastByte(subject, length, literal.bytes[0])
+             : kernels::FindLastSubstring(subject, length, literal.bytes, literal.length);
+}
+
+}  // namespace vekch::regexp
+
+#endif

@@ -1,0 +1,162 @@
+// The state of the pass that builds the program, and its constructs. The pass reads the pattern
+// once from left to right, without recursion and without memory of its own: it appends records,
+// and goes back to change them where a group closes or a quantifier arrives.
+//
+//   compiler.cpp    the stages, and the dispatch over the constructs
+//   literal.cpp     literal runs, and the literal that the pattern ends with
+//   escape.cpp      escapes, "." and the shorthands
+//   class.cpp       bracket classes
+//   group.cpp       groups: opening
+//   group_end.cpp   groups: closing
+//   quantifier.cpp  quantifiers
+//
+// Notes that the pass makes for itself lie in the records' `ptr`, which only strings and scripts
+// use in the end; ProgramBuilder::Finish wipes them.
+//
+//   an open group's record       OpenNote: the group around it, and the options outside
+//   a closed group's record      the fixed length of its body (OpCapture, OpGroup, OpAtomic)
+//   a group's end                its opening record
+//   an item of a class           kItemNote, so that it is not taken for a record of its own; an
+//                                OpScript needs none
+//
+// The program never outgrows the object. Every construct appends at most one record for each byte
+// that it has read, and reads before it appends:
+//
+//   one byte, one record         a literal, an assertion, ".", "|", "(" of a capture, ")", "*",
+//                                "[" and each single byte of a class
+//   two bytes, at most two       "x-" before a POSIX name, "[:" that starts none
+//   "(?(1)" and longer           two, for five bytes
+//   "[:punct:]"                  four, the most of all names, for nine bytes
+//   a run that is split          two for two bytes or more
+//
+// and the anchor in front of a leading ".*" is the one record for which the object has room beyond
+// the pattern's bytes. The copies of literals fit as well: a run of n bytes, 2 or more, is one
+// record, so that n - 1 records of 24 bytes stay free for its n bytes.
+
+#ifndef VEKCH_REGEXP_COMPILE_PROGRAM_BUILDER_H
+#define VEKCH_REGEXP_COMPILE_PROGRAM_BUILDER_H
+
+#include <stdint.h>
+
+#include "regexp/compile/fault.h"
+#include "regexp/object/program.h"
+
+namespace vekch::regexp {
+
+constexpr int32_t kNoLiteral = -1;
+constexpr int32_t kAlternatives = -2;
+
+// Groups carry serials below this, the number of entries of the searches' table.
+constexpr int32_t kSerialEnd = RegExpTableSize;
+
+constexpr uint64_t kItemNote = uint64_t{1} << 63;
+// Marks a member that was written as a sequence of several bytes.
+constexpr uint64_t kSequenceNote = uint64_t{1} << 62;
+
+struct OpenNote {
+  int32_t around;   // record of the open group around, -1 at top level
+  int32_t options;  // outside the group
+
+  static OpenNote Of(uint64_t ptr) {
+    return {static_cast<int32_t>(ptr >> 32), static_cast<int32_t>(ptr)};
+  }
+  uint64_t Packed() const {
+    return uint64_t{static_cast<uint32_t>(around)} << 32 | static_cast<uint32_t>(options);
+  }
+};
+
+class ProgramBuilder {
+ public:
+  // `recordsThere` records stand already in `program`.
+  ProgramBuilder(const uint8_t* pattern, const uint8_t* textEnd, int32_t compileFlags,
+                 int32_t captures, ProgramNode* program, int32_t recordsThere)
+      : at(pattern),
+        patternEnd(textEnd),
+        nodes(program),
+        nodeCount(recordsThere),
+        options(compileFlags),
+        captureCount(captures) {}
+
+  Fault Run();
+
+  // Copies the literals behind the program, wipes the notes, and returns the first free byte.
+  uint8_t* Finish();
+
+  int32_t NodeCount() const { return nodeCount; }
+  int32_t RequiredLiteral() const { return requiredLiteral; }
+
+ private:
+  friend class ClassBuilder;
+
+  // Each of these starts at its construct and ends behind it; a fault names its place.
+  Fault Construct();
+  Fault Fail(vekStatus status, const uint8_t* place) const { return {status, place}; }
+
+  // literal.cpp
+  Fault LiteralByte();
+  void FlushRun();
+  void SplitRun();
+  void AppendByte(uint8_t byte);
+  void NoteLiteral();
+  void SettleRequiredLiteral();
+
+  // escape.cpp
+  Fault Escape();
+  Fault ByteEscape(const uint8_t* text);
+  Fault NumberEscape(const uint8_t* digits);
+  Fault PropertyEscape(int32_t negated);
+  Fault CharType(uint8_t letter, const uint8_t* next);
+  void Quote(const uint8_t* text);
+
+  // class.cpp
+  Fault BracketClass();
+
+  // group.cpp
+  Fault OpenBracket();
+  Fault OpenGroup(uint32_t op, int32_t length, int32_t c = 0);
+  Fault Comment();
+  Fault InlineOptions();
+  Fault Conditional();
+  Fault Alternative();
+
+  // group_end.cpp
+  Fault CloseGroup();
+  void DissolveGroup(int32_t opening);
+  void AppendGroupEnd(int32_t opening, bool isOneWide);
+  Fault CheckConditional(int32_t opening, const uint8_t* closing) const;
+  Fault SettleLookbehind(int32_t opening, const uint8_t* closing);
+
+  // quantifier.cpp
+  Fault Quantifier();
+  void QuantifyLiteral(int32_t minimum);
+
+  void Append(uint32_t op, int32_t a = 0, int32_t b = 0, int32_t c = 0, uint64_t ptr = 0) {
+    nodes[nodeCount++] = {op, a, b, c, ptr};
+  }
+  ProgramNode& Last() { return nodes[nodeCount - 1]; }
+
+  bool AtTopLevel() const { return depth == 0; }
+
+  const uint8_t* at;
+  const uint8_t* patternEnd;
+  ProgramNode* nodes;
+  int32_t nodeCount;
+  int32_t options;
+  int32_t captureCount;
+
+  const uint8_t* run = nullptr;  // literal bytes that have no record yet
+  int32_t runLength = 0;
+  int32_t lastOfRun = -1;  // the last record made of a run
+
+  int32_t depth = 0;
+  int32_t innermost = -1;  // record of the innermost open group
+  int32_t serial = 1;
+  int32_t captureNumber = 1;
+
+  const uint8_t* quantifierEnd = nullptr;  // behind the last quantifier's text
+  int32_t requiredLiteral = kNoLiteral;
+};
+
+}  // namespace vekch::regexp
+
+#endif

@@ -1,0 +1,460 @@
+// The loop over the records, and what happens where it can't go on.
+
+#include "regexp/match/matcher.h"
+
+#include "regexp/characters/bytes.h"
+
+namespace vekch::regexp {
+namespace {
+
+constexpr int32_t kDepthShare = 4;  // the depth may be this part of the steps
+constexpr int32_t kLineStart = 0x80;
+
+// One level is the search's own.
+constexpr int32_t DepthOf(int32_t matchLimit) { return matchLimit / kDepthShare - 1; }
+
+// No more frames than levels are ever needed, but for conditions within conditions, of which the
+// number of groups allows some hundreds, and for repetitions of atomic groups, which take no level:
+// past some of them, the depth counts as used up.
+constexpr int32_t kChunksAhead = 16;
+
+}  // namespace
+
+Matcher::Matcher(RegExpState* patternState, const uint8_t* text, int32_t length)
+    : state(patternState),
+      program(ProgramOf(patternState)),
+      slots(reinterpret_cast<RegExpFindResult*>(patternState->workTableB)),
+      groups(GroupsOf(patternState)),
+      subject(text),
+      subjectEnd(text + length),
+      isUtf8(patternState->characterFormat != 0),
+      undoesLess(patternState->matchLimit / kDepthShare > InfoOf(patternState)->mostDepth &&
+                 InfoOf(patternState)->readsOpenGroups == 0),
+      fullBudget(DepthOf(patternState->matchLimit), patternState->matchLimit),
+      mostChunks(DepthOf(patternState->matchLimit) / (kFramesInChunk - kSpareFrames) +
+                 kChunksAhead) {
+  static_assert(sizeof(RegExpFindResult) == sizeof patternState->workTableB[0]);
+}
+
+void Matcher::ClearSlots() {
+  for (int32_t slot = 1; slot < state->captureCount; ++slot) {
+    slots[slot].pointer = nullptr;
+    slots[slot].length = -1;
+  }
+}
+
+MatchResult Matcher::Match(const ProgramNode* first, const uint8_t* start, const uint8_t* end) {
+  matchStart = start;
+  limit = end;
+  programEnd = program + state->nodeCount;
+  sub = nullptr;
+  skew = 0;
+  chunkInUse = nullptr;
+  chunksLeft = mostChunks;
+  Run(first, start, fullBudget, OnAbort(), Flow::kNext);
+  return result;
+}
+
+// ---- The loop.
+
+// Runs records until one of them can't be passed by a step in the loop.
+VEK_INLINE Flow Matcher::Execute(Registers* r) {
+  Flow flow = Flow::kNext;
+  while (flow == Flow::kNext) {
+    if (r->budget.Depth() < lowestDepth) {
+      flow = ExhaustedBudget(*r);
+      if (flow != Flow::kNext) {
+        break;
+      }
+    }
+    if (r->node == programEnd) {
+      flow = Flow::kEnd;
+      break;
+    }
+    if (!HasRoom()) {
+      flow = Flow::kGrow;
+      break;
+    }
+    r->budget.TakeRecord();
+    const ProgramNode& node = *r->node;
+    switch (node.op) {
+      case OpChar:
+        if (QuantifierAt(&node + 1) != nullptr) {
+          flow = Character(r);
+        } else if (r->at < limit &&
+                   SameByte(*r->at, static_cast<uint8_t>(node.a), IsCaseless(node.c))) {
+          ++r->node;
+          ++r->at;
+          r->onAbort.PassByte();
+        } else {
+          flow = Flow::kFail;
+        }
+        break;
+      case OpString:
+        if (limit - r->at >= node.b && SameBytes(r->at, RunOf(node), node.b, IsCaseless(node.c))) {
+          ++r->node;
+          r->at += node.b;
+          r->onAbort = OnAbort(OnAbort::kMatches);
+        } else {
+          flow = Flow::kFail;
+        }
+        break;
+      case OpCharType:
+      case OpClass:
+        flow = Character(r);
+        break;
+      case OpCapture:
+      case OpGroup:
+        flow = OpenGroup(r);
+        break;
+      case OpGroupEnd:
+        flow = EndGroup(r);
+        break;
+      default:
+        flow = Record(r);
+        break;
+    }
+  }
+  return flow;
+}
+
+Flow Matcher::Record(Registers* r) {
+  switch (r->node->op) {
+    case OpBackref:
+    case OpAnyByte:
+    case OpCodePoint:
+    case OpCategory:
+    case OpRange:
+    case OpScript:
+    case OpGrapheme:
+      return Character(r);
+    case OpAssert:
+      return Assertion(r);
+    case OpAlternative: {
+      const int32_t groupEnd = NoteOf<AlternativeNote>(*r->node).groupEnd;
+      if (r->node->a < 1) {  // a match here may be empty where others may not
+        return Accept(r);
+      }
+      r->node = program + groupEnd;
+      return EndGroup(r);
+    }
+    case OpLookbehind:
+    case OpNegLookbehind:
+    case OpLookahead:
+    case OpNegLookahead:
+      return LookAround(r);
+    case OpOptionGroup:
+    case OpConditional:
+      return OpenGroup(r);
+    case OpAtomic:
+      return Atomic(r);
+    case OpSetOptions:  // the records hold the options that are in force where they stand
+      ++r->node;
+      return Flow::kNext;
+    default:
+      return Flow::kFail;
+  }
+}
+
+// A record that consumes a character or a copy, once or repeated.
+Flow Matcher::Character(Registers* r) {
+  const ProgramNode& atom = *r->node;
+  if (QuantifierAt(BehindAtom(atom)) != nullptr) {
+    return Repeat(r, atom);
+  }
+  const int32_t length = r->at < limit ? RepetitionLength(atom, r->at) : -1;
+  if (length < 0) {
+    return Flow::kFail;
+  }
+  r->at += length;
+  r->node = BehindAtom(atom);
+  switch (atom.op) {
+    case OpBackref:
+      break;
+    case OpClass:  // counts as a repetition, once
+      r->budget.TakeDepth();
+      r->onAbort = OnAbort(OnAbort::kFails);
+      break;
+    case OpCharType:
+    case OpAnyByte:
+      r->onAbort = OnAbort(OnAbort::kFails);
+      break;
+    default:
+      skew += SkewOf(atom, length);
+      r->onAbort = OnAbort(OnAbort::kMatches);
+      break;
+  }
+  return Flow::kNext;
+}
+
+// A quantifier tells no more than whether the assertion has to hold.
+Flow Matcher::Assertion(Registers* r) {
+  const ProgramNode* const quantifier = QuantifierAt(r->node + 1);
+  const bool isOptional = quantifier != nullptr && quantifier->a == 0;
+  if (!isOptional && !AssertionHolds(*r->node, r->at)) {
+    return Flow::kFail;
+  }
+  r->node += quantifier == nullptr ? 1 : 2;
+  return Flow::kNext;
+}
+
+bool Matcher::AssertionHolds(const ProgramNode& node, const uint8_t* at) const {
+  const bool atStart = at == subject;
+  const bool atEnd = at == limit;
+  const bool isMultiLine = (OptionsNote(node) & RegExpOptionM) != 0;
+  const auto isLineStart = [at] { return at[-1] == '\n'; };
+  const auto isLastNewline = [this, at] { return limit - at == 1 && *at == '\n'; };
+  const auto changesWord = [this, at, atStart] {
+    // Where the text that is matched ends before the subject, the byte there counts.
+    const bool after = at < subjectEnd && IsWordByte(*at);
+    return after != (!atStart && IsWordByte(at[-1]));
+  };
+  switch (node.a) {
+    case 'A':
+    case 'G':
+      return atStart;
+    case 'Z':
+      return atEnd || isLastNewline();
+    case 'z':
+      return atEnd;
+    case '^':
+      return atStart || (isMultiLine && !atEnd && isLineStart());
+    case '$':
+      return atEnd || (isMultiLine ? *at == '\n' : isLastNewline());
+    case 'b':
+      return changesWord();
+    case 'B':
+      return !changesWord();
+    case kLineStart:
+      return atStart || isLineStart();
+    default:
+      return false;
+  }
+}
+
+// ---- Where a run of records ends.
+
+Flow Matcher::ExhaustedBudget(const Registers& r) {
+  if (r.budget.Depth() < 0) {
+    return Flow::kAbort;
+  }
+  return r.budget.Steps() - stepsLost < 1 ? Flow::kFail : Flow::kNext;
+}
+
+Flow Matcher::EndOfProgram(Registers* r) {
+  return requireNonEmpty && MatchLength(r->at) == 0 ? Flow::kFail : Accept(r);
+}
+
+Flow Matcher::Accept(Registers* r) {
+  if (sub != nullptr) {
+    CutBehind(sub);
+    return SubMatched(r);
+  }
+  slots[0].pointer = matchStart;
+  slots[0].length = static_cast<int32_t>(MatchLength(r->at));
+  return Finish(MatchResult::kOk);
+}
+
+Flow Matcher::Finish(MatchResult outcome) {
+  result = outcome;
+  chunkInUse = nullptr;
+  return Flow::kFinished;
+}
+
+Flow Matcher::Fail(Registers* r) {
+  if (top == chunkInUse->frames) {
+    if (chunkInUse->below == nullptr) {
+      return Finish(MatchResult::kFail);
+    }
+    CutBehind(Below(top));
+  }
+  return Resume(r, false);
+}
+
+// Goes on with the last frame, to which a failure has come back, or an abort that it stops.
+Flow Matcher::Resume(Registers* r, bool aborted) {
+  switch (Top().choice) {
+    case Choice::kBytes:
+    case Choice::kCharacters:
+      return GiveBack(r);
+    case Choice::kCopies:
+      return GiveBackCopy(r);
+    case Choice::kLazy:
+      return TakeOneMore(r);
+    case Choice::kGroup:
+      return NextAlternative(r);
+    case Choice::kSkippedGroup:
+      return EnterSkippedGroup(r);
+    case Choice::kGroupEnd:
+      return ResumeGroupEnd(r, aborted);
+    case Choice::kLookaround:
+    case Choice::kCondition:
+    case Choice::kAtomic:
+      return SubFailed(r);
+    case Choice::kAtomicRepeats:
+      return GiveBackAtomic(r);
+    case Choice::kAtomicLazy:
+      return TakeAtomicAgain(r);
+  }
+  return Flow::kFail;
+}
+
+namespace {
+
+// Whether an abort that comes back to a frame is a failure to it.
+constexpr bool StopsAbort(Choice choice) {
+  return choice <= Choice::kLazy || choice == Choice::kGroupEnd;
+}
+
+constexpr bool IsSub(Choice choice) {
+  return choice >= Choice::kLookaround && choice <= Choice::kAtomic;
+}
+
+}  // namespace
+
+void Matcher::LoseSteps(int64_t count) {
+  stepsLost += count;
+  // The steps can't run out before the depth as long as fewer are lost than they are ahead.
+  if (stepsLost >= state->matchLimit - state->matchLimit / kDepthShare) {
+    lowestDepth = INT64_MAX;
+  }
+}
+
+// Carries an abort back, over the runs and the frames that pass it on, to what makes something else
+// of it. Nothing is undone before that is known: an abort that counts as a match leaves the slots
+// as they are.
+Flow Matcher::Abort(Registers* r) {
+  LoseSteps(1);
+  OnAbort onAbort = r->onAbort;
+  Frame* frame = Below(top);
+  LoseSteps(onAbort.LostSteps());
+  while (onAbort.What() == OnAbort::kPasses) {
+    if (frame == nullptr) {
+      return Finish(MatchResult::kAbort);
+    }
+    if (StopsAbort(frame->choice)) {
+      UnwindTo(frame);
+      return Resume(r, true);
+    }
+    onAbort = frame->onAbort;
+    LoseSteps(onAbort.LostSteps());
+    frame = Below(frame);
+  }
+  if (onAbort.What() == OnAbort::kFails) {
+    return UnwindTo(frame) ? Resume(r, false) : Finish(MatchResult::kFail);
+  }
+  while (frame != nullptr && !IsSub(frame->choice)) {
+    frame = Below(frame);
+  }
+  sub = frame;
+  return Accept(r);
+}
+
+// The frame before another, or before the end of the frames; null if there is none.
+Frame* Matcher::Below(const Frame* frame) const {
+  Chunk* chunk = chunkInUse;
+  while (frame < chunk->frames || frame > chunk->frames + kFramesInChunk) {
+    chunk = chunk->below;
+  }
+  if (frame > chunk->frames) {
+    return chunk->frames + (frame - chunk->frames - 1);
+  }
+  return chunk->below == nullptr ? nullptr : chunk->below->top - 1;
+}
+
+// Drops all frames behind one.
+void Matcher::CutBehind(const Frame* frame) {
+  while (frame < chunkInUse->frames || frame >= chunkInUse->frames + kFramesInChunk) {
+    chunkInUse = chunkInUse->below;
+    ++chunksLeft;
+  }
+  top = chunkInUse->frames + (frame - chunkInUse->frames) + 1;
+}
+
+// Undoes what the frames behind one stand for; null stands for all of them, and false tells so.
+bool Matcher::UnwindTo(const Frame* frame) {
+  for (const Frame* last = Below(top); last != frame; last = Below(last)) {
+    Undo(*last);
+  }
+  if (frame != nullptr) {
+    CutBehind(frame);
+  }
+  return frame != nullptr;
+}
+
+void Matcher::Undo(const Frame& frame) {
+  if (IsSub(frame.choice)) {
+    LeaveSub(frame);
+    return;
+  }
+  if (frame.choice != Choice::kGroup && frame.choice != Choice::kSkippedGroup &&
+      frame.choice != Choice::kGroupEnd) {
+    return;
+  }
+  const ProgramNode& record = program[frame.node];
+  const ProgramNode& opening = record.op == OpGroupEnd ? program[record.ptr] : record;
+  const Frame::GroupPart& part = frame.group;
+  GroupEntry& entry = EntryOf(opening);
+  entry.minimum = part.minimum;
+  entry.maximum = part.maximum;
+  entry.start = part.start;
+  if (opening.op == OpCapture) {
+    RegExpFindResult& slot = slots[opening.c];
+    slot.pointer = part.captureLength < 0 ? nullptr : subject + part.captureStart;
+    slot.length = part.captureLength;
+  }
+}
+
+// ---- The chunks.
+
+void Matcher::Run(const ProgramNode* node, const uint8_t* at, Budget budget, OnAbort onAbort,
+                  Flow flow) {
+  Registers r = {node, at, budget, onAbort};
+  Chunk chunk;
+  chunk.below = chunkInUse;
+  chunkInUse = &chunk;
+  top = chunk.frames;
+  while (chunkInUse == &chunk) {
+    switch (flow) {
+      case Flow::kNext:
+        flow = Execute(&r);
+        break;
+      case Flow::kFail:
+        flow = Fail(&r);
+        break;
+      case Flow::kAbort:
+        flow = Abort(&r);
+        break;
+      case Flow::kEnd:
+        flow = EndOfProgram(&r);
+        break;
+      case Flow::kGrow:
+        flow = RunInNewChunk(&r, Flow::kNext);
+        break;
+      case Flow::kRepeat:
+        flow = HasRoom() ? AtomicRepetition(&r) : RunInNewChunk(&r, flow);
+        break;
+      case Flow::kFinished:
+        chunkInUse = nullptr;
+        break;
+    }
+  }
+  resumedFlow = flow;
+  if (chunkInUse != nullptr) {
+    resumedRegisters = r;
+  }
+}
+
+// Returns with what the chunk whose turn it is then has to go on with.
+Flow Matcher::RunInNewChunk(Registers* r, Flow flow) {
+  if (chunksLeft == 0) {
+    return Flow::kAbort;
+  }
+  --chunksLeft;
+  chunkInUse->top = top;
+  Run(r->node, r->at, r->budget, r->onAbort, flow);
+  *r = resumedRegisters;
+  return resumedFlow;
+}
+
+}  // namespace vekch::regexp

@@ -1,0 +1,259 @@
+// The matcher: whether a compiled program matches at one place of a subject.
+//
+// The rules are those of a recursion in which every record calls the next: a failure goes back to
+// the last record with another way to go on, and undoes on its way what the records did; how deep
+// the calls may nest is limited. Here a record calls nothing. Runs of records are executed in one
+// loop, and a frame is put aside only where there is a choice to come back to, or something to
+// undo. The budgets are counted as if every record had made its call, and OnAbort carries along
+// what the records in a run would have made of an abort that came back to them.
+//
+//   matcher.cpp      the loop over the records, and what happens at its ends
+//   repeat.cpp       repeated characters and back-references
+//   group.cpp        groups and conditionals
+//   sub_program.cpp  look-arounds and atomic groups
+//
+// Frames lie on the machine stack in chunks: when a chunk is full, the loop calls itself with a new
+// one. So the stack grows no further than a search needs.
+
+#ifndef VEKCH_REGEXP_MATCH_MATCHER_H
+#define VEKCH_REGEXP_MATCH_MATCHER_H
+
+#include <stdint.h>
+
+#include "regexp/analyse/match_notes.h"
+#include "regexp/characters/literal.h"
+#include "regexp/match/frame.h"
+#include "unicode/utf8.h"
+#include "vekch/regexp.h"
+#include "vekch/regexp_program.h"
+
+namespace vekch::regexp {
+
+enum class MatchResult { kOk, kFail, kAbort };
+
+// What a step of the matcher leads to.
+enum class Flow : uint8_t {
+  kNext,      // the next record is set
+  kFail,      // back to the last frame
+  kAbort,     // the depth is used up
+  kEnd,       // the end of the program, or of the program in the program
+  kGrow,      // a record may need more frames than the chunk has left
+  kRepeat,    // a further repetition of the atomic group that is set
+  kFinished,  // the result is known
+};
+
+class Matcher {
+ public:
+  Matcher(RegExpState* patternState, const uint8_t* text, int32_t length);
+
+  // Matches at `start` by the program from `first` on, in a subject that ends at `end`. On kOk slot
+  // 0 holds the match and the other slots what the groups captured. The slots are to be cleared
+  // before.
+  MatchResult Match(const ProgramNode* first, const uint8_t* start, const uint8_t* end);
+
+  void ClearSlots();
+
+  // Whether what begins at a record begins with a literal that does not stand at `at`.
+  bool FailsAtOnce(const ProgramNode* first, const uint8_t* at, const uint8_t* end) const {
+    const ProgramNode* const wholeEnd = program + state->nodeCount;
+    if (first >= wholeEnd || !IsLiteral(*first) ||
+        (first + 1 < wholeEnd && IsQuantifier(first[1]))) {
+      return false;
+    }
+    const Literal literal(*first);
+    return end - at < literal.length ||
+           !SameBytes(at, literal.bytes, literal.length, IsCaseless(first->c));
+  }
+
+  // What is left of the steps. Aborts lower it for good, below zero as well.
+  int64_t StepsLeft() const { return state->matchLimit - stepsLost; }
+
+  RegExpFindResult* Slots() const { return slots; }
+  bool IsUtf8() const { return isUtf8; }
+  const uint8_t* Subject() const { return subject; }
+
+  // An empty match is refused.
+  bool requireNonEmpty = false;
+
+ private:
+  static constexpr int32_t kFramesInChunk = 52;  // keeps a call's frame below a page
+  static constexpr int32_t kSpareFrames = 3;     // what one record may take, at most
+
+  struct Chunk {
+    Chunk* below;
+    Frame* top;  // behind its last frame, while there is a chunk above
+    Frame frames[kFramesInChunk];
+  };
+
+  // ---- matcher.cpp
+  void Run(const ProgramNode* node, const uint8_t* at, Budget budget, OnAbort onAbort, Flow flow);
+  Flow RunInNewChunk(Registers* r, Flow flow);
+  Flow Execute(Registers* registers);
+  Flow Record(Registers* r);
+  Flow Character(Registers* r);
+  Flow Assertion(Registers* r);
+  bool AssertionHolds(const ProgramNode& node, const uint8_t* at) const;
+  Flow ExhaustedBudget(const Registers& r);
+  Flow Accept(Registers* r);
+  Flow EndOfProgram(Registers* r);
+  Flow Finish(MatchResult outcome);
+  Flow Fail(Registers* r);
+  Flow Resume(Registers* r, bool aborted);
+  Flow Abort(Registers* r);
+  Frame* Below(const Frame* frame) const;
+  void CutBehind(const Frame* frame);
+  bool UnwindTo(const Frame* frame);
+  void Undo(const Frame& frame);
+  void LoseSteps(int64_t count);
+
+  // ---- repeat.cpp
+  int32_t CharacterLength(const ProgramNode& atom, const uint8_t* at) const;
+  int32_t WideLength(const ProgramNode& atom, const uint8_t* at) const;
+  int32_t CopyLength(const ProgramNode& atom, const uint8_t* at) const;
+  int32_t RepetitionLength(const ProgramNode& atom, const uint8_t* at) const;
+  Flow Repeat(Registers* r, const ProgramNode& atom);
+  Flow RepeatBytes(Registers* r, const ProgramNode& atom);
+  Flow RepeatCharacters(Registers* r, const ProgramNode& atom);
+  Flow RepeatCopies(Registers* r, const ProgramNode& atom);
+  Flow RepeatLazily(Registers* r, const ProgramNode& atom);
+  Flow TryFrom(Registers* r, const ProgramNode& atom, Choice choice, const uint8_t* end,
+               const uint8_t* lowest);
+  const uint8_t* GivenBack(const ProgramNode& atom, Choice choice, const uint8_t* at,
+                           const uint8_t* lowest);
+  bool IsOfBytes(const ProgramNode& atom) const;
+  const uint8_t* EndOfBytes(const ProgramNode& atom, const uint8_t* at, const uint8_t* end) const;
+  bool CanFollow(const FollowNote& note, const uint8_t* at) const;
+  bool FollowApplies(const FollowNote& note, Budget budget) const;
+  Flow GiveBack(Registers* r);
+  Flow GiveBackCopy(Registers* r);
+  Flow TakeOneMore(Registers* r);
+  const uint8_t* PreviousRepetition(const ProgramNode& atom, const uint8_t* at,
+                                    const uint8_t* lowest) const;
+  const uint8_t* PreviousCharacter(const uint8_t* at, const uint8_t* first) const;
+
+  // ---- group.cpp
+  Flow OpenGroup(Registers* r);
+  Flow EnterBody(Registers* r, const ProgramNode& opening);
+  Flow EnterAlternative(Registers* r, const ProgramNode& opening);
+  Flow NextAlternative(Registers* r);
+  Flow EnterSkippedGroup(Registers* r);
+  Flow EndGroup(Registers* r);
+  Flow EndRepetition(Registers* r, const ProgramNode& opening, const ProgramNode& quantifier);
+  Flow ResumeGroupEnd(Registers* r, bool aborted);
+  Flow GoBehind(Registers* r, EndPhase phase);
+  Flow FailGroupEnd();
+  void BeginCapture(const ProgramNode& opening, const uint8_t* at);
+  void Capture(const ProgramNode& opening, const uint8_t* at);
+  void SaveGroup(const ProgramNode& opening, Frame* frame);
+  Flow EnterBranch(Registers* r, const ProgramNode& opening, bool holds);
+
+  // ---- sub_program.cpp
+  Flow LookAround(Registers* r);
+  void EnterBodyAt(Registers* r, const Frame& frame);
+  Flow BehindLookaround(Registers* r, const Frame& frame);
+  static bool IsNegative(const ProgramNode& opening);
+  bool IsLazyAtomic(const ProgramNode& opening) const;
+  const uint8_t* LookbehindStart(const uint8_t* at, int32_t length) const;
+  void PushSub(const Registers& r, Choice choice, const ProgramNode* end);
+  Flow EnterCondition(Registers* r, const ProgramNode& condition);
+  void LeaveSub(const Frame& frame);
+  Flow SubMatched(Registers* r);
+  Flow SubFailed(Registers* r);
+  Flow Atomic(Registers* r);
+  Flow AtomicRepetition(Registers* r);
+  void EnterAtomicBody(Registers* r, int32_t minimum, int32_t maximum);
+  Flow AtomicMatched(Registers* r, const Frame& frame);
+  Flow AtomicFailed(Registers* r, const Frame& frame);
+  void NoteAtomicRepeat(const Registers& r, int32_t length);
+  Flow GiveBackAtomic(Registers* r);
+  Flow TakeAtomicAgain(Registers* r);
+  Flow BehindAtomic(Registers* r);
+
+  // ---- Shared.
+  Frame* Push(const Registers& r, Choice choice) {
+    Frame* const frame = top++;
+    frame->budget = r.budget;
+    frame->onAbort = r.onAbort;
+    frame->skew = skew;
+    frame->at = OffsetOf(r.at);
+    frame->node = IndexOf(r.node);
+    frame->choice = choice;
+    return frame;
+  }
+  Frame& Top() { return top[-1]; }
+  bool HasRoom() const { return top <= chunkInUse->frames + kFramesInChunk - kSpareFrames; }
+  // The frame's registers; results that come back to it are its own affair as long as it stays.
+  void Restore(const Frame& frame, Registers* r) {
+    r->node = program + frame.node;
+    r->at = subject + frame.at;
+    r->budget = frame.budget;
+    r->onAbort = OnAbort();
+    skew = frame.skew;
+  }
+  uint32_t OffsetOf(const uint8_t* at) const { return static_cast<uint32_t>(at - subject); }
+  uint32_t IndexOf(const ProgramNode* node) const { return static_cast<uint32_t>(node - program); }
+  // Bytes in slot 0: what was consumed, which counts code points by their own length.
+  int64_t MatchLength(const uint8_t* at) const { return at - matchStart + skew; }
+
+  // What a character adds to slot 0 beyond its bytes.
+  static int32_t SkewOf(const ProgramNode& atom, int32_t length) {
+    return atom.op == OpCodePoint ? Utf8Length(static_cast<uint32_t>(atom.a)) - length : 0;
+  }
+
+  const ProgramNode* GroupEndOf(const ProgramNode& opening) const {
+    return &opening + opening.b + 1;
+  }
+  // A group that neither captures nor decides.
+  static bool IsPlainGroup(const ProgramNode& opening) {
+    return opening.op == OpGroup || opening.op == OpOptionGroup;
+  }
+  // A group whose slot and entry need not be put back.
+  bool IsPassedOnce(const ProgramNode& opening) const {
+    return undoesLess && opening.op == OpCapture && NoteOf<GroupNote>(opening).isCertain != 0;
+  }
+  // The quantifier at a record, or null.
+  const ProgramNode* QuantifierAt(const ProgramNode* node) const {
+    return node < programEnd && IsQuantifier(*node) ? node : nullptr;
+  }
+  static const ProgramNode* BehindAtom(const ProgramNode& atom) {
+    return &atom + 1 + (atom.op == OpClass ? atom.b : 0);
+  }
+  GroupEntry& EntryOf(const ProgramNode& record) const {
+    return groups[record.a < 0 ? -record.a : record.a];
+  }
+
+  RegExpState* const state;
+  const ProgramNode* const program;
+  RegExpFindResult* const slots;
+  GroupEntry* const groups;
+  const uint8_t* const subject;
+  const uint8_t* const subjectEnd;
+  const bool isUtf8;
+  // The depth can't run out, and no group is read while it is open: slots and entries that every
+  // match sets anew need not be put back.
+  const bool undoesLess;
+  const Budget fullBudget;   // with which each match begins
+  const int32_t mostChunks;  // beyond the first
+
+  const uint8_t* matchStart = nullptr;      // of the match
+  const uint8_t* limit = nullptr;           // end of the text that is matched
+  const ProgramNode* programEnd = nullptr;  // of the program, or of the program in the program
+  Frame* sub = nullptr;                     // of the innermost program in the program
+  int32_t skew = 0;                         // bytes in slot 0 beyond the distance from the start
+  int64_t lowestDepth = 0;                  // below it a record looks at both budgets
+  int64_t stepsLost = 0;                    // by aborts
+
+  int32_t atomicMinimum = 0;  // repetitions due of the atomic group that is set
+  int32_t atomicMaximum = 0;  // repetitions allowed
+
+  Chunk* chunkInUse = nullptr;  // whose loop runs, or is to go on
+  Frame* top = nullptr;         // behind its last frame
+  int32_t chunksLeft = 0;
+  Flow resumedFlow = Flow::kFinished;  // with which that loop goes on
+  Registers resumedRegisters = {};
+  MatchResult result = MatchResult::kFail;
+};
+
+}  // namespace vekch::regexp
+
+#endif
