@@ -1,10 +1,10 @@
-// The entry points of a pattern's life before the searches: its size, its compilation, its
-// settings.
-
-#include "regexp/object/object.h"
+// The entry points of a pattern's life before the searches: its size, its compilation with what is
+// found out about the program right away, its settings.
 
 #include "frame/checks.h"
+#include "regexp/analyse/match_notes.h"
 #include "regexp/compile/compiler.h"
+#include "regexp/object/object.h"
 #include "strings/kernels/block.h"
 #include "vekch/regexp.h"
 
@@ -28,8 +28,10 @@ vekStatus veksRegExpInit(const uint8_t* pattern, const uint8_t* options, RegExpS
   const vekch::regexp::Fault fault = vekch::regexp::Compile(pattern, length, options, state);
   if (vekch::regexp::Failed(fault)) {
     *errorOffset = static_cast<int32_t>(fault.place - pattern);
+    return fault.status;
   }
-  return fault.status;
+  vekch::regexp::WriteNotes(state);
+  return StatusNoError;
 }
 
 vekStatus veksRegExpSetFormat(int32_t format, RegExpState* state) noexcept {

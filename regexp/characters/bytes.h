@@ -14,10 +14,10 @@ constexpr bool IsAsciiLetter(int32_t value) {
   return static_cast<uint32_t>(value | 0x20) - 'a' < 26;
 }
 
-constexpr bool IsDigitByte(int32_t value) { return static_cast<uint32_t>(value) - '0' < 10; }
+constexpr bool IsDigit(int32_t value) { return static_cast<uint32_t>(value) - '0' < 10; }
 
 constexpr bool IsWordByte(int32_t value) {
-  return IsAsciiLetter(value) || IsDigitByte(value) || value == '_';
+  return IsAsciiLetter(value) || IsDigit(value) || value == '_';
 }
 
 constexpr bool IsCaseless(int32_t options) { return (options & RegExpOptionI) != 0; }

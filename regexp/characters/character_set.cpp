@@ -14,9 +14,9 @@ constexpr bool IsSpace(int32_t value) {
 constexpr bool InShorthand(int32_t value, int32_t letter) {
   switch (letter) {
     case 'd':
-      return IsDigitByte(value);
+      return IsDigit(value);
     case 'D':
-      return !IsDigitByte(value);
+      return !IsDigit(value);
     case 's':
       return IsSpace(value);
     case 'S':

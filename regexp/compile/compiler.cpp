@@ -7,12 +7,9 @@
 //   5  the literal that every match ends with
 //   6  the copies of the literals
 //   7  the search mode
-//
-// and behind them the notes for the matcher (match_notes.h).
 
 #include "regexp/compile/compiler.h"
 
-#include "regexp/analyse/match_notes.h"
 #include "regexp/compile/pattern_text.h"
 #include "regexp/compile/prescan.h"
 #include "regexp/compile/program_builder.h"
@@ -117,7 +114,6 @@ Fault Compile(const uint8_t* pattern, uint32_t length, const uint8_t* options, R
   state->requiredLiteralIndex = builder.RequiredLiteral();
   state->matchLimit = kMatchLimit;
   state->searchMode = SearchMode(nodes, state->nodeCount, state->requiredLiteralIndex);
-  WriteNotes(state);
   return kNoFault;
 }
 

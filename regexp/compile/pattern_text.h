@@ -6,11 +6,10 @@
 
 #include <stdint.h>
 
+#include "regexp/characters/bytes.h"
 #include "vekch/regexp_program.h"
 
 namespace vekch::regexp {
-
-constexpr bool IsDigit(uint8_t byte) { return byte >= '0' && byte <= '9'; }
 
 constexpr bool IsOctalDigit(uint8_t byte) { return byte >= '0' && byte <= '7'; }
 

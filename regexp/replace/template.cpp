@@ -3,7 +3,7 @@
 // room for one item per byte.
 
 #include "frame/checks.h"
-#include "regexp/compile/pattern_text.h"
+#include "regexp/characters/bytes.h"
 #include "regexp/object/object.h"
 #include "vekch/regexp_program.h"
 
