@@ -5,7 +5,7 @@
 #include "regexp/analyse/match_notes.h"
 #include "regexp/compile/compiler.h"
 #include "regexp/object/object.h"
-#include "strings/kernels/block.h"
+#include "strings/kernels/clear_words.h"
 #include "vekch/regexp.h"
 
 vekStatus veksRegExpGetSize(const uint8_t* pattern, int32_t* size) noexcept {

@@ -17,6 +17,7 @@
 // the text still to come must fill them; elsewhere a step works beside the destination and only
 // what it made is copied.
 
+#include "strings/kernels/lanes.h"
 #include "unicode/cursor.h"
 #include "unicode/utf8.h"
 #include "unicode/utf_kernels.h"
@@ -94,7 +95,7 @@ VEK_INLINE bool ConvertCharacters(Cursor& at, const uint8_t* stop) {
 
 template <bool kSwapped>
 VEK_INLINE Units LoadUnits(const uint8_t* p) {
-  const Units units = AsUnits(LoadAny(p));
+  const Units units = As<Units>(LoadAny(p));
   return kSwapped ? SwapBytes(units) : units;
 }
 
@@ -105,7 +106,7 @@ VEK_INLINE Units BelowMask(Units units, uint16_t mask) {
 VEK_INLINE Units IsAscii(Units units) { return BelowMask(units, 0xFF80); }
 VEK_INLINE Units IsShort(Units units) { return BelowMask(units, 0xF800); }
 
-VEK_INLINE bool All(Units mask) { return UnitBits(mask) == 0xFFFF; }
+VEK_INLINE bool All(Units mask) { return LaneBits(mask) == 0xFFFF; }
 
 // 32 units a step, as long as they are ASCII; false if there were not that many.
 template <bool kSwapped>
@@ -147,10 +148,10 @@ VEK_INLINE Units ShortBytes(Units units) {
 //   aa..bbbb  ->  aabbbb..    where the first of the two is ASCII
 VEK_INLINE void ConvertShort(Cursor& at, Units units) {
   const Units ascii = IsAscii(units);
-  const Block bytes = AsBlock(Select(ascii, units, ShortBytes(units)));
-  const Block closed = (bytes & SplatHalf(0x000000FF000000FF)) |
-                       (HalvesDown<8>(bytes) & SplatHalf(0x00FFFF0000FFFF00));
-  const Block pairs = Select(AsBlock(RepeatEven(ascii)), closed, bytes);
+  const Halves bytes = As<Halves>(Select(ascii, units, ShortBytes(units)));
+  const Halves closed =
+      (bytes & SplatHalf(0x000000FF000000FF)) | ((bytes >> 8) & SplatHalf(0x00FFFF0000FFFF00));
+  const Halves pairs = Select(As<Halves>(RepeatEven(ascii)), closed, bytes);
   const uint64_t ends = Ends(SplatUnit(2) + ascii);
   const uint64_t low = LowHalf(pairs);
   const uint64_t high = HighHalf(pairs);
@@ -181,13 +182,13 @@ VEK_INLINE Units HighSurrogateBytes(Units units) {
 }
 
 VEK_INLINE Units LowSurrogateBytes(Units units) {
-  const Units high = AsUnits(LanesUp<kUnit>(AsBlock(units)));
+  const Units high = As<Units>(LanesUp<kUnit>(As<Block>(units)));
   return ((high & SplatUnit(0x0003)) << 4) | ((units >> 6) & SplatUnit(0x000F)) |
          ((units << 8) & SplatUnit(0x3F00)) | SplatUnit(0x8080);
 }
 
 // Four units' bytes, each in four lanes, to the places that follow from the ends.
-VEK_INLINE void StoreFourUnits(uint8_t* to, Block bytes, uint64_t ends) {
+VEK_INLINE void StoreFourUnits(uint8_t* to, Units bytes, uint64_t ends) {
   const uint64_t low = LowHalf(bytes);
   const uint64_t high = HighHalf(bytes);
   StoreWord(to, static_cast<uint32_t>(low));
@@ -212,7 +213,7 @@ VEK_INLINE bool ConvertPairs(Cursor& at, Units units) {
   const Units kind = units & SplatUnit(0xFC00);
   const Units high = kind == SplatUnit(0xD800);
   const Units low = kind == SplatUnit(0xDC00);
-  if (((UnitBits(high) << 2) & 0xFFFF) != UnitBits(low)) {
+  if (((LaneBits(high) << 2) & 0xFFFF) != LaneBits(low)) {
     return false;
   }
   UnitBytes bytes = BytesOfUnits(units);
@@ -220,7 +221,7 @@ VEK_INLINE bool ConvertPairs(Cursor& at, Units units) {
   bytes.firstTwo = Select(low, LowSurrogateBytes(units), bytes.firstTwo);
   bytes.lengths = bytes.lengths + (high | low);
   // A high surrogate at the end of the step waits for its partner.
-  StoreBytes(at, units, bytes, (UnitBits(high) >> 15) != 0 ? 7 : 8);
+  StoreBytes(at, units, bytes, (LaneBits(high) >> 15) != 0 ? 7 : 8);
   return true;
 }
 
@@ -230,7 +231,7 @@ VEK_INLINE bool ConvertBlock(Cursor& at, Units units) {
     ConvertShort(at, units);
     return true;
   }
-  if (UnitBits((units & SplatUnit(0xF800)) == SplatUnit(0xD800)) != 0) {
+  if (LaneBits((units & SplatUnit(0xF800)) == SplatUnit(0xD800)) != 0) {
     return ConvertPairs(at, units);
   }
   StoreBytes(at, units, BytesOfUnits(units), kStepUnits);

@@ -16,6 +16,8 @@
 // A step stores up to four units more than it makes. That is harmless where the text still to come
 // must fill them; elsewhere a step works beside the destination and only what it made is copied.
 
+#include "strings/kernels/byte_range.h"
+#include "strings/kernels/lanes.h"
 #include "unicode/cursor.h"
 #include "unicode/utf8.h"
 #include "unicode/utf_kernels.h"
@@ -147,18 +149,18 @@ constexpr PackTable MakePackTable() {
 
 constexpr PackTable kPack = MakePackTable();
 
-VEK_INLINE Block LoadMoves(const PackRow& row) {
-  return LoadAligned(reinterpret_cast<const uint8_t*>(&row));
+VEK_INLINE Halves LoadMoves(const PackRow& row) {
+  return As<Halves>(LoadAligned(reinterpret_cast<const uint8_t*>(&row)));
 }
 
 // Returns where the next unit goes. Stores up to 8 units.
-VEK_INLINE uint8_t* StoreKept(uint8_t* to, Block units, uint32_t kept) {
+VEK_INLINE uint8_t* StoreKept(uint8_t* to, Halves units, uint32_t kept) {
   const PackRow& first = kPack.rows[kept & 15];
   const PackRow& second = kPack.rows[kept >> 4 & 15];
-  const Block moves = LoadMoves(first);
-  const Block movesOfSecond = LoadMoves(second);
-  units = Select(LowHalves(moves, movesOfSecond), HalvesDown<16>(units), units);
-  units = Select(HighHalves(moves, movesOfSecond), HalvesDown<32>(units), units);
+  const Halves moves = LoadMoves(first);
+  const Halves movesOfSecond = LoadMoves(second);
+  units = Select(LowHalves(moves, movesOfSecond), units >> 16, units);
+  units = Select(HighHalves(moves, movesOfSecond), units >> 32, units);
   StoreLowHalf(to, units);
   to += first.bytes;
   StoreHighHalf(to, units);
@@ -277,8 +279,8 @@ VEK_INLINE bool ConvertMix(Cursor& at, Block bytes) {
     return false;
   }
   const uint32_t kept = KeptBytes(kinds);
-  at.to = StoreKept(at.to, FirstUnits<kSwapped>(found.units), kept);
-  at.to = StoreKept(at.to, LastUnits<kSwapped>(found.units), kept >> 8);
+  at.to = StoreKept(at.to, As<Halves>(FirstUnits<kSwapped>(found.units)), kept);
+  at.to = StoreKept(at.to, As<Halves>(LastUnits<kSwapped>(found.units)), kept >> 8);
   at.from += WholeCharacters<kLongest>(at.from);
   return true;
 }
@@ -289,20 +291,21 @@ VEK_INLINE bool ConvertMix(Cursor& at, Block bytes) {
 //
 //   1110aaaa 10bbbbcc 10dddddd  ........  aaaabbbb ccdddddd, times 0x10000
 struct FourOfThree {
-  Block spread;
+  Halves spread;
 
   static VEK_INLINE FourOfThree Load(const uint8_t* p) {
-    const Block halves = LowHalves(LoadHalf(p), LoadHalf(p + 6));
+    const Halves halves = As<Halves>(LowHalves(LoadHalf(p), LoadHalf(p + 6)));
     return {(halves & SplatHalf(0x0000000000FFFFFF)) |
-            (HalvesUp<8>(halves) & SplatHalf(0x00FFFFFF00000000))};
+            ((halves << 8) & SplatHalf(0x00FFFFFF00000000))};
   }
 
   VEK_INLINE Block HaveForm() const {
-    return (spread & SplatHalf(0x00C0C0F000C0C0F0)) == SplatHalf(0x008080E0008080E0);
+    return As<Block>(spread & SplatHalf(0x00C0C0F000C0C0F0)) ==
+           As<Block>(SplatHalf(0x008080E0008080E0));
   }
 
   VEK_INLINE Quads Values() const {
-    const Quads quads = AsQuads(spread);
+    const Quads quads = As<Quads>(spread);
     return (quads << 28) | ((quads & SplatQuad(0x3F00)) << 14) | (quads & SplatQuad(0x3F0000));
   }
 };
@@ -317,12 +320,12 @@ VEK_INLINE bool ConvertThreeByteRun(Cursor& at) {
     const FourOfThree first = FourOfThree::Load(at.from);
     const FourOfThree second = FourOfThree::Load(at.from + 12);
     const Units units = HighUnits(first.Values(), second.Values());
-    const Block overlong = AsBlock((units & SplatUnit(0xF800)) == SplatUnit(0));
+    const Units overlong = (units & SplatUnit(0xF800)) == SplatUnit(0);
     const Block formed = first.HaveForm() & second.HaveForm();
     if (LaneBits(formed) != 0xFFFF || LaneBits(overlong) != 0) {
       break;
     }
-    StoreAny(at.to, AsBlock(kSwapped ? SwapBytes(units) : units));
+    StoreAny(at.to, As<Block>(kSwapped ? SwapBytes(units) : units));
     at.Advance(24, kBlock);
     any = true;
   }

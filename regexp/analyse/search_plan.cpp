@@ -5,6 +5,7 @@
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/literal.h"
 #include "strings/kernels/block.h"
+#include "strings/kernels/clear_words.h"
 #include "strings/kernels/commonness.h"
 
 namespace vekch::regexp {

@@ -5,6 +5,7 @@
 #ifndef VEKCH_STRINGS_KERNELS_BYTE_SET_H
 #define VEKCH_STRINGS_KERNELS_BYTE_SET_H
 
+#include "strings/kernels/byte_range.h"
 #include "strings/kernels/scan.h"
 
 namespace vekch::kernels {

@@ -4,6 +4,7 @@
 #ifndef VEKCH_STRINGS_KERNELS_CASE_KERNELS_H
 #define VEKCH_STRINGS_KERNELS_CASE_KERNELS_H
 
+#include "strings/kernels/byte_range.h"
 #include "strings/kernels/transform.h"
 
 namespace vekch::kernels {

@@ -6,6 +6,7 @@
 #ifndef VEKCH_STRINGS_KERNELS_COMPARE_KERNELS_H
 #define VEKCH_STRINGS_KERNELS_COMPARE_KERNELS_H
 
+#include "strings/kernels/byte_range.h"
 #include "strings/kernels/scan.h"
 
 namespace vekch::kernels {

@@ -1,5 +1,6 @@
 #include "strings/kernels/find_pair_kernels.h"
 
+#include "strings/kernels/byte_range.h"
 #include "strings/kernels/scan.h"
 
 namespace vekch::kernels {

@@ -2,28 +2,31 @@
 
 #include "strings/kernels/hash_kernels.h"
 
+#include "strings/kernels/lanes.h"
+
 namespace vekch::kernels {
 namespace {
 
-// The hashes of the four quarters of a block, in 32-bit lanes.
+// The hashes of the four quarters of a block, in its quads.
 template <class Element>
-VEK_INLINE Block HashQuarters(Block b) {
+VEK_INLINE Quads HashQuarters(Block b) {
+  const Units units = As<Units>(b);
   if constexpr (sizeof(Element) == 1) {
-    const Block pairs = Add16(Multiply16(EvenOf8(b), Splat16(31)), OddOf8(b));
-    return MultiplyAdd16(pairs, 31 * 31, 1);
+    const Units pairs = (units & SplatUnit(0xFF)) * SplatUnit(31) + (units >> 8);
+    return MultiplyAdd(pairs, 31 * 31, 1);
   } else {
     // The multiplication takes its lanes as signed: they are moved down by 2^15, the sums back up.
-    return Add32(MultiplyAdd16(b ^ Splat16(0x8000), 31, 1), Splat32(32U << 15));
+    return MultiplyAdd(units ^ SplatUnit(0x8000), 31, 1) + SplatQuad(32U << 15);
   }
 }
 
-// The hashes of the two halves of a block, in the low halves of 64-bit lanes; the high halves hold
-// anything, here and below.
+// The hashes of the two halves of a block, in their low quads; the high quads hold anything, here
+// and below.
 template <class Element>
-VEK_INLINE Block HashHalves(Block b) {
-  const Block quarters = HashQuarters<Element>(b);
+VEK_INLINE Halves HashHalves(Block b) {
+  const Quads quarters = HashQuarters<Element>(b);
   constexpr int32_t kPerQuarter = 4 / sizeof(Element);
-  return Add64(MultiplyEven32(quarters, Splat32(Power(31, kPerQuarter))), OddOf32(quarters));
+  return MultiplyEven(quarters, SplatQuad(Power(31, kPerQuarter))) + (As<Halves>(quarters) >> 32);
 }
 
 // Two blocks a step: each lane sums one half of every block, as a polynomial in the power of 31 for
@@ -35,13 +38,14 @@ VEK_INLINE uint32_t HashBlocks(const uint8_t* p, int32_t count) {
   const uint8_t* end = p + count * static_cast<ptrdiff_t>(sizeof(Element));
   const int32_t front = count % (2 * kPerBlock);
   const uint32_t h = front == 0 ? 0 : HashShortMultiply31<Element>(p, front);
-  const Block oneBlock = Splat32(Power(31, kPerBlock));
-  const Block twoBlocks = Splat32(Power(31, 2 * kPerBlock));
-  Block sums = LowHalves(ZeroBlock(), SplatHalf(h));
+  const Quads oneBlock = SplatQuad(Power(31, kPerBlock));
+  const Quads twoBlocks = SplatQuad(Power(31, 2 * kPerBlock));
+  Halves sums = LowHalves(SplatHalf(0), SplatHalf(h));
   for (p += front * static_cast<ptrdiff_t>(sizeof(Element)); p < end; p += kMultiply31Step) {
-    const Block first = HashHalves<Element>(LoadAny(p));
-    const Block second = HashHalves<Element>(LoadAny(p + kBlock));
-    sums = Add64(MultiplyEven32(sums, twoBlocks), Add64(MultiplyEven32(first, oneBlock), second));
+    const Halves first = HashHalves<Element>(LoadAny(p));
+    const Halves second = HashHalves<Element>(LoadAny(p + kBlock));
+    sums = MultiplyEven(As<Quads>(sums), twoBlocks) + MultiplyEven(As<Quads>(first), oneBlock) +
+           second;
   }
   return static_cast<uint32_t>(Multiply31::Join<kPerBlock / 2>(LowHalf(sums), HighHalf(sums)));
 }

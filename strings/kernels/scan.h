@@ -18,7 +18,7 @@
 #ifndef VEKCH_STRINGS_KERNELS_SCAN_H
 #define VEKCH_STRINGS_KERNELS_SCAN_H
 
-#include "strings/kernels/block.h"
+#include "strings/kernels/ends.h"
 
 namespace vekch::kernels {
 

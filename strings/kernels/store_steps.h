@@ -11,6 +11,13 @@
 
 namespace vekch::kernels {
 
+// Stores past the cache; p is aligned. StoreFence orders such stores before later ones.
+VEK_INLINE void StoreStreaming(uint8_t* p, Block b) {
+  _mm_stream_si128(reinterpret_cast<__m128i*>(p), b.lanes);
+}
+
+VEK_INLINE void StoreFence() { _mm_sfence(); }
+
 template <class Word, class Supply>
 VEK_INLINE void StoreStep(const Supply& supply, uint8_t* destination, ptrdiff_t* at) {
   StoreWord(destination + *at, supply.template WordAt<Word>(*at));

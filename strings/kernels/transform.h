@@ -15,7 +15,7 @@
 #ifndef VEKCH_STRINGS_KERNELS_TRANSFORM_H
 #define VEKCH_STRINGS_KERNELS_TRANSFORM_H
 
-#include "strings/kernels/block.h"
+#include "strings/kernels/ends.h"
 
 namespace vekch::kernels {
 

@@ -162,19 +162,44 @@ VEK_INLINE Kept TrimLarge(const uint8_t* source, int32_t length, const uint8_t* 
 }
 
 // One function for each size of a set, so that none pays for the registers and the stack of
-// another.
-#define VEK_TRIM_KERNEL(name, method)                                                            \
-  VEK_KERNEL __attribute__((noinline)) Kept name(                                                \
-      const uint8_t* source, int32_t length, const uint8_t* set, int32_t setLength, Ends ends) { \
-    return method(source, length, set, setLength, ends);                                         \
-  }
+// another. They are no instances of one template: g++ places those in the ordinary code section
+// whatever the template says.
 
-VEK_TRIM_KERNEL(TrimSetOf1, TrimEqual)
-VEK_TRIM_KERNEL(TrimSetOf2, TrimMembers<2>)
-VEK_TRIM_KERNEL(TrimSetOf4, TrimMembers<4>)
-VEK_TRIM_KERNEL(TrimSetOf8, TrimMembers<8>)
-VEK_TRIM_KERNEL(TrimSetOf16, TrimMembers<16>)
-VEK_TRIM_KERNEL(TrimLargeSet, TrimLarge)
+VEK_KERNEL __attribute__((noinline)) Kept TrimSetOf1(const uint8_t* source, int32_t length,
+                                                     const uint8_t* set, int32_t setLength,
+                                                     Ends ends) {
+  return TrimEqual(source, length, set, setLength, ends);
+}
+
+VEK_KERNEL __attribute__((noinline)) Kept TrimSetOf2(const uint8_t* source, int32_t length,
+                                                     const uint8_t* set, int32_t setLength,
+                                                     Ends ends) {
+  return TrimMembers<2>(source, length, set, setLength, ends);
+}
+
+VEK_KERNEL __attribute__((noinline)) Kept TrimSetOf4(const uint8_t* source, int32_t length,
+                                                     const uint8_t* set, int32_t setLength,
+                                                     Ends ends) {
+  return TrimMembers<4>(source, length, set, setLength, ends);
+}
+
+VEK_KERNEL __attribute__((noinline)) Kept TrimSetOf8(const uint8_t* source, int32_t length,
+                                                     const uint8_t* set, int32_t setLength,
+                                                     Ends ends) {
+  return TrimMembers<8>(source, length, set, setLength, ends);
+}
+
+VEK_KERNEL __attribute__((noinline)) Kept TrimSetOf16(const uint8_t* source, int32_t length,
+                                                      const uint8_t* set, int32_t setLength,
+                                                      Ends ends) {
+  return TrimMembers<16>(source, length, set, setLength, ends);
+}
+
+VEK_KERNEL __attribute__((noinline)) Kept TrimLargeSet(const uint8_t* source, int32_t length,
+                                                       const uint8_t* set, int32_t setLength,
+                                                       Ends ends) {
+  return TrimLarge(source, length, set, setLength, ends);
+}
 
 }  // namespace
 

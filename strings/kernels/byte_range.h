@@ -1,0 +1,42 @@
+// Ranges of byte values, tested in all lanes of a block.
+
+#ifndef VEKCH_STRINGS_KERNELS_BYTE_RANGE_H
+#define VEKCH_STRINGS_KERNELS_BYTE_RANGE_H
+
+#include "strings/kernels/block.h"
+
+namespace vekch::kernels {
+
+// The bytes from a lowest to a highest value, tested with one addition and one comparison: the
+// addition moves the range to the top of the signed bytes, so that a member is whatever is then
+// greater than the byte below the moved range. The range of all 256 bytes has no byte below it and
+// can't be tested so.
+struct ByteRange {
+  Block shift;
+  Block below;
+};
+
+VEK_INLINE ByteRange MakeRange(uint8_t lowest, uint8_t highest) {
+  return {Splat(static_cast<uint8_t>(127 - highest)),
+          Splat(static_cast<uint8_t>(126 - (highest - lowest)))};
+}
+
+VEK_INLINE Block InRange(Block b, const ByteRange& range) {
+  return {_mm_cmpgt_epi8((b + range.shift).lanes, range.below.lanes)};
+}
+
+// Adds a value to the bytes of a range and leaves the others.
+struct Folding {
+  ByteRange range;
+  Block addend;
+
+  VEK_INLINE Block Fold(Block b) const { return b + (InRange(b, range) & addend); }
+};
+
+VEK_INLINE Folding MakeFolding(uint8_t lowest, uint8_t highest, uint8_t addend) {
+  return {MakeRange(lowest, highest), Splat(addend)};
+}
+
+}  // namespace vekch::kernels
+
+#endif
