@@ -4,7 +4,7 @@
 #include "frame/checks.h"
 #include "regexp/analyse/match_notes.h"
 #include "regexp/compile/compiler.h"
-#include "regexp/object/object.h"
+#include "regexp/object/object_layout.h"
 #include "strings/kernels/clear_words.h"
 #include "vekch/regexp.h"
 

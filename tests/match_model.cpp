@@ -10,7 +10,8 @@
 #include <utility>
 
 #include "regexp/characters/properties.h"
-#include "regexp/object/program.h"
+#include "regexp/object/object_layout.h"
+#include "regexp/object/record.h"
 #include "unicode/utf8.h"
 
 namespace vekch::test {

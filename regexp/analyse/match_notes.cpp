@@ -11,74 +11,64 @@ namespace {
 constexpr int32_t kMostPasses = 100;
 constexpr int32_t kOwnLevels = 4;  // of the search, and of the last test
 
-// What an entry of the group table holds while the notes are written; searches begin with it anew.
-struct OpenGroup {
-  int32_t around;           // serial of the group around
-  int32_t opening;          // index of its record
-  int32_t lastAlternative;  // 0 for none yet
-  int32_t unused[5];
-};
-static_assert(sizeof(OpenGroup) == sizeof(GroupEntry));
-
 class NoteWriter {
  public:
   explicit NoteWriter(RegExpState* patternState)
       : state(patternState),
         nodes(ProgramOf(patternState)),
         count(patternState->nodeCount),
-        groups(reinterpret_cast<OpenGroup*>(patternState->workTableA)) {}
+        facts(FactsOf(patternState)),
+        groups(GroupsOf(patternState)),
+        room(patternState) {}
 
   void Run() {
     LinkGroups();
-    uint8_t* const room = NoteSets();
+    NoteSets();
     NoteRepetitions();
     NoteCertainGroups();
-    SearchInfo* const info = InfoOf(state);
-    info->mostDepth = MostDepth();
-    info->room = room;
+    facts->mostDepth = MostDepth();
   }
 
  private:
   // ---- Groups, their alternatives and their ends.
 
   void LinkGroups() {
-    int32_t innermost = 0;
+    int32_t lastSerial = 0;
+    int32_t lastAtTopLevel = 0;
     for (int32_t i = 0; i < count; ++i) {
       ProgramNode& node = nodes[i];
       if (node.op == OpClass) {
         i += node.b;
       } else if (IsOpening(node)) {
-        const int32_t serial = node.a < 0 ? -node.a : node.a;
-        groups[serial] = {innermost, i, 0, {}};
-        innermost = serial;
-        lastSerial = serial > lastSerial ? serial : lastSerial;
+        lastSerial = SerialOf(node);
+        groups[lastSerial].analysing = {};
         SetNote(&node, GroupNote{0, 0});
       } else if (node.op == OpAlternative) {
-        LinkAlternative(i, &groups[innermost]);
+        GroupEntry& group = groups[SerialOf(node)];
+        const bool isAtTopLevel = node.a == 0;
+        LinkAlternative(i, isAtTopLevel ? nullptr : &group,
+                        isAtTopLevel ? &lastAtTopLevel : &group.analysing.lastAlternative);
       } else if (node.op == OpGroupEnd) {
-        const OpenGroup group = groups[innermost];
-        groups[innermost] = {};
-        EndGroup(i, group);
-        innermost = group.around;
+        EndGroup(i, groups[SerialOf(node)]);
       }
     }
-    const int32_t first = groups[0].opening;
-    *InfoOf(state) = {first, 0, nullptr, nullptr, 0, 0};
+    room.Open(lastSerial);
   }
 
-  void LinkAlternative(int32_t index, OpenGroup* group) {
+  // Null stands for the top level.
+  void LinkAlternative(int32_t index, const GroupEntry* group, int32_t* last) {
     SetNote(&nodes[index], AlternativeNote{0, 0});
-    if (group->lastAlternative != 0) {
-      SetNote(&nodes[group->lastAlternative], AlternativeNote{index, 0});
-    } else if (nodes[index].a == 0) {
-      group->opening = index;  // at top level, where no record opens
+    if (*last != 0) {
+      SetNote(&nodes[*last], AlternativeNote{index, 0});
+    } else if (group == nullptr) {
+      facts->firstAlternative = index;
     } else {
       SetNote(&nodes[group->opening], GroupNote{index, 0});
     }
-    group->lastAlternative = index;
+    *last = index;
   }
 
-  void EndGroup(int32_t end, const OpenGroup& group) {
+  void EndGroup(int32_t end, const GroupEntry& group) {
     nodes[end].ptr = static_cast<uint64_t>(group.opening);
     int32_t i = NoteOf<GroupNote>(nodes[group.opening]).firstAlternative;
     while (i != 0) {
@@ -90,11 +80,8 @@ class NoteWriter {
 
   // ---- Sets and options. The options in force follow from the order of the records alone.
 
-  // Returns what is left of the room for sets.
-  uint8_t* NoteSets() {
+  void NoteSets() {
     auto options = static_cast<int32_t>(state->compileFlags);
-    auto* room = reinterpret_cast<uint8_t*>(groups + lastSerial + 1);
-    auto* const end = reinterpret_cast<uint8_t*>(groups + RegExpTableSize);
     for (int32_t i = 0; i < count; ++i) {
       ProgramNode& node = nodes[i];
       switch (node.op) {
@@ -123,11 +110,9 @@ class NoteWriter {
           break;
         case OpClass:
           node.ptr = static_cast<uint64_t>(options);
-          static_assert(sizeof(CharacterSet) % alignof(GroupEntry*) == 0);
-          if (end - room >= static_cast<ptrdiff_t>(sizeof(CharacterSet))) {
-            FillClassSet(node, options, reinterpret_cast<CharacterSet*>(room));
-            node.ptr = reinterpret_cast<uintptr_t>(room);
-            room += sizeof(CharacterSet);
+          if (auto* const set = reinterpret_cast<CharacterSet*>(room.Take(sizeof(CharacterSet)))) {
+            FillClassSet(node, options, set);
+            node.ptr = reinterpret_cast<uintptr_t>(set);
           }
           i += node.b;
           break;
@@ -135,7 +120,6 @@ class NoteWriter {
           break;
       }
     }
-    return room;
   }
 
   // ---- What must follow a repetition.
@@ -226,26 +210,20 @@ class NoteWriter {
   // ---- Budgets, and what need not be undone.
 
   // Every record takes a level, and a repetition one more; a group that is repeated takes its
-  // levels again each time. The entries of the groups keep the sums of what is around.
+  // levels again each time.
   int32_t MostDepth() {
     const ProgramWalk walk(*state);
     int64_t depth = kOwnLevels;
-    int32_t serial = 0;
     for (int32_t i = 0; i < count; ++i) {
       const ProgramNode& node = nodes[i];
       depth = depth < INT32_MAX - 2 ? depth + 2 : INT32_MAX;
       if (IsOpening(node)) {
-        const int32_t own = node.a < 0 ? -node.a : node.a;
-        groups[own] = {serial, static_cast<int32_t>(depth), 0, {}};
-        serial = own;
+        groups[SerialOf(node)].analysing.depth = static_cast<int32_t>(depth);
         depth = 2;
       } else if (node.op == OpGroupEnd) {
         const ProgramNode* const quantifier = walk.QuantifierAt(i + 1);
         const int64_t times = quantifier == nullptr ? 1 : quantifier->b + int64_t{1};
-        const OpenGroup group = groups[serial];
-        groups[serial] = {};
-        depth = group.opening + depth * times;
-        serial = group.around;
+        depth = groups[SerialOf(node)].analysing.depth + depth * times;
       }
       depth = depth < INT32_MAX ? depth : INT32_MAX;
     }
@@ -253,17 +231,16 @@ class NoteWriter {
   }
 
   // At top level and without alternatives there, a group is passed by every match, and by nothing
-  // else than a try that begins with its opening. The slots say which groups are open or closed.
+  // else than a try that begins with its opening.
   void NoteCertainGroups() {
-    auto* const slots = reinterpret_cast<RegExpFindResult*>(state->workTableB);
-    const bool isSingle = InfoOf(state)->firstAlternative == 0;
+    uint64_t isClosed[RegExpTableSize / 64 + 1] = {};  // a bit for each capture
+    const bool isSingle = facts->firstAlternative == 0;
     const ProgramWalk walk(*state);
     int32_t nesting = 0;
     for (int32_t i = 0; i < count; ++i) {
       ProgramNode& node = nodes[i];
       if (IsOpening(node)) {
         if (node.op == OpCapture) {
-          slots[node.c].length = kOpen;
           const bool isRepeated = walk.QuantifierAt(walk.GroupEnd(i) + 1) != nullptr;
           GroupNote note = NoteOf<GroupNote>(node);
           note.isCertain = nesting == 0 && isSingle && !isRepeated ? 1 : 0;
@@ -273,27 +250,22 @@ class NoteWriter {
       } else if (node.op == OpGroupEnd) {
         const ProgramNode& opening = nodes[node.ptr];
         if (opening.op == OpCapture) {
-          slots[opening.c].length = kClosed;
+          isClosed[opening.c / 64] |= uint64_t{1} << opening.c % 64;
         }
         --nesting;
       } else if (node.op == OpBackref && node.a < state->captureCount &&
-                 slots[node.a].length != kClosed) {
-        InfoOf(state)->readsOpenGroups = 1;
+                 (isClosed[node.a / 64] >> node.a % 64 & 1) == 0) {
+        facts->readsOpenGroups = 1;
       }
     }
-    for (int32_t slot = 0; slot < state->captureCount; ++slot) {
-      slots[slot].length = 0;
-    }
   }
-
-  static constexpr int32_t kOpen = 1;
-  static constexpr int32_t kClosed = 2;
 
   RegExpState* state;
   ProgramNode* nodes;
   int32_t count;
-  OpenGroup* groups;
-  int32_t lastSerial = 0;
+  PatternFacts* facts;
+  GroupEntry* groups;
+  FreeRoom room;
 };
 
 }  // namespace

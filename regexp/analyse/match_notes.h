@@ -21,7 +21,8 @@
 #include <stdint.h>
 
 #include "regexp/characters/character_set.h"
-#include "regexp/object/program.h"
+#include "regexp/object/object_layout.h"
+#include "regexp/object/record.h"
 
 namespace vekch::regexp {
 
@@ -74,38 +75,9 @@ inline const CharacterSet* SetNoteOf(const ProgramNode& node) {
   return node.ptr < kOptionsEnd ? nullptr : PointerFrom<CharacterSet>(node.ptr);
 }
 
-// An entry of the first work table: one for each group, by its serial.
-struct GroupEntry {
-  int32_t minimum;  // repetitions that are still due
-  int32_t maximum;  // repetitions that are still allowed
-  uint32_t start;   // offset in the subject where the current repetition began
-  int32_t unused[5];
-};
-
-struct SearchPlan;
-
-// Entry 0, which belongs to no group.
-struct SearchInfo {
-  int32_t firstAlternative;  // at top level, 0 for none
-  int32_t mostDepth;         // that a match can need, INT32_MAX where that depends on the subject
-  uint8_t* room;             // what is free of the table, null once there is not enough
-  const SearchPlan* plan;    // null as long as there is none
-  int32_t searches;          // that did without a plan
-  int32_t readsOpenGroups;   // not 0 if a group is referred to before its end
-};
-static_assert(sizeof(GroupEntry) == 32 && sizeof(SearchInfo) == 32);
-
-// Writes the notes of a compiled program. Sets of classes lie in the first work table behind the
-// entries of the program's groups, as long as there is room.
+// Writes the notes of a compiled program, and what is known of it as a whole. A class whose set has
+// no room does without, and is tested item by item.
 void WriteNotes(RegExpState* state);
-
-inline GroupEntry* GroupsOf(RegExpState* state) {
-  return reinterpret_cast<GroupEntry*>(state->workTableA);
-}
-
-inline SearchInfo* InfoOf(RegExpState* state) {
-  return reinterpret_cast<SearchInfo*>(state->workTableA);
-}
 
 }  // namespace vekch::regexp
 

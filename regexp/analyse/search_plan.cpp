@@ -52,7 +52,7 @@ class PlanMaker {
       : state(patternState), walk(*patternState), plan(searchPlan), work(scratch) {}
 
   void Run() {
-    const bool isSingle = InfoOf(state)->firstAlternative == 0;  // no alternatives at top level
+    const bool isSingle = FactsOf(state)->firstAlternative == 0;  // no alternatives at top level
     plan->strategy = SearchPlan::kEverywhere;
     for (int32_t value = 0; value < 256; ++value) {
       work[value] = 0;
@@ -244,10 +244,10 @@ class PlanMaker {
 
   void UseFilter() {
     const FirstBytes known =
-        FindFirstBytes(walk, InfoOf(state)->firstAlternative, work, plan->bytes);
+        FindFirstBytes(walk, FactsOf(state)->firstAlternative, work, plan->bytes);
     plan->window = static_cast<uint8_t>(known.window);
     if (plan->window != 0) {
-      Use(SearchPlan::kFilter, known.levels < 0 ? InfoOf(state)->mostDepth : known.levels);
+      Use(SearchPlan::kFilter, known.levels < 0 ? FactsOf(state)->mostDepth : known.levels);
       UsePair();
     }
   }
@@ -349,27 +349,33 @@ class PlanMaker {
 }  // namespace
 
 const SearchPlan* PlanFor(RegExpState* state, int32_t length) {
-  SearchInfo* const info = InfoOf(state);
-  if (info->plan != nullptr) {
-    return info->plan;
+  PatternFacts* const facts = FactsOf(state);
+  if (facts->plan != 0) {
+    return reinterpret_cast<const SearchPlan*>(reinterpret_cast<const uint8_t*>(state) +
+                                               facts->plan);
   }
-  if (info->room == nullptr || (length < kLongSubject && info->searches < kManySearches)) {
-    ++info->searches;
+  if (facts->planless == kNeverPlanned) {
+    return nullptr;
+  }
+  if (length < kLongSubject && facts->planless < kManySearches) {
+    ++facts->planless;
     return nullptr;
   }
   constexpr int64_t kScratch = 2 * (kMostRecords + 1);
   static_assert(kScratch >= kPairHashes && kScratch >= 256);
-  auto* const roomEnd = reinterpret_cast<uint8_t*>(GroupsOf(state) + RegExpTableSize);
-  if (state->nodeCount > kMostRecords ||
-      roomEnd - info->room < static_cast<int64_t>(sizeof(SearchPlan)) + kScratch) {
-    info->room = nullptr;
+  FreeRoom room(state);
+  if (state->nodeCount > kMostRecords || facts->freeFrom == 0 ||
+      room.Size() < static_cast<int64_t>(sizeof(SearchPlan)) + kScratch) {
+    facts->planless = kNeverPlanned;
     return nullptr;
   }
-  auto* const plan = reinterpret_cast<SearchPlan*>(info->room);
+  auto* const plan = reinterpret_cast<SearchPlan*>(room.Take(sizeof(SearchPlan)));
   *plan = {};
-  PlanMaker(state, plan, info->room + sizeof(SearchPlan)).Run();
-  info->room = nullptr;  // the plan's table may lie there
-  info->plan = plan;
+  PlanMaker(state, plan, room.Begin()).Run();
+  if (plan->strategy == SearchPlan::kWords) {
+    room.Take(kPairHashes);  // what was made there stays
+  }
+  facts->plan = room.OffsetOf(reinterpret_cast<const uint8_t*>(plan));
   return plan;
 }
 

@@ -15,7 +15,7 @@
 
 namespace vekch::regexp {
 
-struct SearchPlan {
+struct alignas(8) SearchPlan {
   enum Strategy : uint8_t {
     kEverywhere,
     kLineStart,   // where a line begins

@@ -6,7 +6,7 @@
 
 #include <stdint.h>
 
-#include "regexp/object/program.h"
+#include "regexp/object/record.h"
 
 namespace vekch::regexp {
 

@@ -6,7 +6,7 @@
 #include <stdint.h>
 
 #include "regexp/characters/bytes.h"
-#include "regexp/object/program.h"
+#include "regexp/object/record.h"
 #include "strings/kernels/block.h"
 #include "strings/kernels/commonness.h"
 #include "strings/kernels/find_kernels.h"

@@ -139,9 +139,7 @@ class ClassBuilder {
     if (ParsePropertyEscape(&text, builder.nodes, &builder.nodeCount, negated) < 0) {
       return {StatusRegExpEscapeError, text};
     }
-    if (builder.Last().op != OpScript) {
-      builder.Last().ptr = kItemNote;
-    }
+    lastIsSequence = false;
     at = text;
     return kNoFault;
   }
@@ -187,9 +185,7 @@ class ClassBuilder {
     }
     AppendItem(waitingMember.kind == EscapeKind::kCodePoint ? OpCodePoint : OpChar,
                waitingMember.value);
-    if (waitingMember.isSequence) {
-      builder.Last().ptr |= kSequenceNote;
-    }
+    lastIsSequence = waitingMember.isSequence;
     if (waiting == Waiting::kDash) {
       AppendItem(OpChar, '-');
     }
@@ -227,12 +223,13 @@ class ClassBuilder {
     }
     if (bracket.negated) {
       // Where the name's items end can't be told otherwise: the next name may be negated as well.
-      builder.nodes[builder.nodeCount - set.count].ptr |= static_cast<uint64_t>(set.count);
+      builder.nodes[builder.nodeCount - set.count].ptr = static_cast<uint64_t>(set.count);
     }
   }
 
   void AppendItem(uint32_t op, int32_t a, int32_t b = 0, int32_t c = 0) {
-    builder.Append(op, a, b, c, kItemNote);
+    builder.Append(op, a, b, c);
+    lastIsSequence = false;
   }
 
   Fault CloseClass() {
@@ -241,12 +238,14 @@ class ClassBuilder {
     classHead.b = builder.nodeCount - head - 1;
     const ProgramNode& last = builder.Last();
     // A character of several bytes would be lost as a record of one byte.
-    const bool isOne = classHead.b == 1 && classHead.a == 0 && (last.ptr & kSequenceNote) == 0;
+    const bool isOne = classHead.b == 1 && classHead.a == 0 && !lastIsSequence;
     if (classHead.b == 0 || (isOne && last.op == OpChar && last.a == '^')) {
       return {StatusRegExpSyntaxError, at};
     }
     if (isOne && (last.op == OpChar || last.op == OpCharType || last.op == OpGrapheme)) {
       ReduceToItem();
+    } else {
+      builder.classEnd = builder.nodeCount;
     }
     builder.at = at + 1;
     return kNoFault;
@@ -256,7 +255,6 @@ class ClassBuilder {
   void ReduceToItem() {
     ProgramNode item = builder.Last();
     item.c = item.op == OpChar ? builder.options : item.c;
-    item.ptr = 0;
     builder.nodes[head] = item;
     builder.nodeCount = head + 1;
   }
@@ -266,6 +264,7 @@ class ClassBuilder {
   int32_t head = 0;
   Waiting waiting = Waiting::kNothing;
   Member waitingMember = {};
+  bool lastIsSequence = false;  // the last item is a member written as several bytes
   bool quoted = false;
 };
 

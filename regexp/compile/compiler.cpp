@@ -13,7 +13,7 @@
 #include "regexp/compile/pattern_text.h"
 #include "regexp/compile/prescan.h"
 #include "regexp/compile/program_builder.h"
-#include "regexp/object/program.h"
+#include "regexp/object/record.h"
 #include "strings/kernels/block_kernels.h"
 
 namespace vekch::regexp {
@@ -104,7 +104,7 @@ Fault Compile(const uint8_t* pattern, uint32_t length, const uint8_t* options, R
   state->compileFlags = static_cast<uint32_t>(compileFlags);
   state->characterFormat = 1;
 
-  ProgramBuilder builder(pattern, pattern + length, compileFlags, captureCount, nodes, nodeCount);
+  ProgramBuilder builder(pattern, pattern + length, state, nodeCount);
   const Fault construct = builder.Run();
   if (Failed(construct)) {
     return construct;
@@ -166,7 +166,7 @@ Fault ProgramBuilder::Construct() {
   }
 }
 
-uint8_t* ProgramBuilder::Finish() {
+void ProgramBuilder::Finish() {
   auto* free = reinterpret_cast<uint8_t*>(nodes + nodeCount);
   for (int32_t i = 0; i < nodeCount; ++i) {
     ProgramNode& node = nodes[i];
@@ -174,12 +174,8 @@ uint8_t* ProgramBuilder::Finish() {
       kernels::Copy(RunOf(node), free, node.b);
       node.ptr = reinterpret_cast<uintptr_t>(free);
       free += node.b;
-    } else if (node.op != OpScript) {
-      // Of an item's note the size of its POSIX name stays, where it begins a negated one.
-      node.ptr = (node.ptr & kItemNote) != 0 ? node.ptr & ~(kItemNote | kSequenceNote) : 0;
     }
   }
-  return free;
 }
 
 }  // namespace vekch::regexp

@@ -114,7 +114,7 @@ Fault ProgramBuilder::CharType(uint8_t letter, const uint8_t* next) {
   const bool quantified = QuantifierFollows(at, options);
   const auto repeats = [this, letter](int32_t index) {
     return index >= 0 && nodes[index].op == OpCharType && nodes[index].a == letter &&
-           nodes[index].ptr == 0;  // no item of a class
+           !IsItem(index);
   };
   if (repeats(nodeCount - 1)) {
     const int32_t count = quantified ? 1 : 2;

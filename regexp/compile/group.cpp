@@ -1,5 +1,5 @@
 // Groups, from their "(" on: what kind a group is, and the constructs in "(?" and ")" that are no
-// groups. While a group is open its record holds the depth in `a` and the serial in `b`.
+// groups.
 
 #include "regexp/compile/pattern_text.h"
 #include "regexp/compile/program_builder.h"
@@ -42,10 +42,10 @@ Fault ProgramBuilder::OpenBracket() {
 }
 
 Fault ProgramBuilder::OpenGroup(uint32_t op, int32_t length, int32_t c) {
-  ++depth;
-  Append(op, depth, serial, c, OpenNote{innermost, options}.Packed());
-  ++serial;
-  innermost = nodeCount - 1;
+  const bool isNegative = op == OpAtomic || (op >= OpLookbehind && op <= OpNegLookahead);
+  groups[serial] = {nodeCount, innermost, 0, 0, 0, {{options, 0, 0}}};
+  Append(op, isNegative ? -serial : serial, 0, c);
+  innermost = serial++;
   at += length;
   return kNoFault;
 }
@@ -109,14 +109,17 @@ Fault ProgramBuilder::Conditional() {
   return kNoFault;
 }
 
-// The serial of its group is written when the group closes.
 Fault ProgramBuilder::Alternative() {
   FlushRun();
-  Append(OpAlternative, depth, options);
   ++at;
   if (AtTopLevel()) {
+    Append(OpAlternative, 0, options);
     requiredLiteral = kAlternatives;
+    return kNoFault;
   }
+  GroupEntry& group = groups[innermost];
+  Append(OpAlternative, nodes[group.opening].a, options);
+  ++group.compiling.alternatives;
   return kNoFault;
 }
 

@@ -36,10 +36,6 @@ int32_t FlatWidth(const ProgramNode* nodes, int32_t first, int32_t end) {
   return width;
 }
 
-constexpr bool IsNegativeSerial(const ProgramNode& opening) {
-  return opening.op == OpAtomic || IsLookaround(opening);
-}
-
 }  // namespace
 
 Fault ProgramBuilder::CloseGroup() {
@@ -49,24 +45,23 @@ Fault ProgramBuilder::CloseGroup() {
     return Fail(StatusRegExpSyntaxError, closing);
   }
   ++at;
-  --depth;
-  const int32_t opening = innermost;
-  const OpenNote note = OpenNote::Of(nodes[opening].ptr);
-  innermost = note.around;
-  options = note.options;  // dissolved or not
+  GroupEntry& group = groups[innermost];
+  innermost = group.around;
+  options = group.compiling.options;  // dissolved or not
 
-  const int32_t bodyCount = nodeCount - opening - 1;
-  const int32_t width = FlatWidth(nodes, opening + 1, nodeCount);
-  if (nodes[opening].op == OpGroup &&
+  const int32_t bodyCount = nodeCount - group.opening - 1;
+  const int32_t width = FlatWidth(nodes, group.opening + 1, nodeCount);
+  const uint32_t op = nodes[group.opening].op;
+  if (op == OpGroup &&
       ((width == 1 && bodyCount == 1) || (width >= 2 && !QuantifierFollows(at, options)))) {
-    DissolveGroup(opening);
+    DissolveGroup(group.opening);
     return kNoFault;
   }
-  AppendGroupEnd(opening, width == 1);
-  if (nodes[opening].op == OpConditional) {
-    return CheckConditional(opening, closing);
-  }
-  return IsLookbehind(nodes[opening]) ? SettleLookbehind(opening, closing) : kNoFault;
+  AppendGroupEnd(&group, width == 1);
+  const bool isValid = op == OpConditional                  ? IsConditional(group)
+                       : IsLookbehind(nodes[group.opening]) ? SettleLookbehind(group)
+                                                            : true;
+  return isValid ? kNoFault : Fail(StatusRegExpSyntaxError, closing);
 }
 
 void ProgramBuilder::DissolveGroup(int32_t opening) {
@@ -76,53 +71,95 @@ void ProgramBuilder::DissolveGroup(int32_t opening) {
   --nodeCount;
   --serial;
   lastOfRun = lastOfRun > opening ? -1 : lastOfRun;
+  classEnd -= classEnd > opening ? 1 : 0;
 }
 
-void ProgramBuilder::AppendGroupEnd(int32_t opening, bool isOneWide) {
-  ProgramNode& open = nodes[opening];
-  const int32_t signedSerial = IsNegativeSerial(open) ? -open.b : open.b;
+void ProgramBuilder::AppendGroupEnd(GroupEntry* group, bool isOneWide) {
+  ProgramNode& open = nodes[group->opening];
   const bool repeatsOne =
       (open.op == OpCapture || open.op == OpGroup) && IsQuantifier(Last()) && isOneWide;
-  open.a = signedSerial;
-  open.b = nodeCount - opening - 1;
-  open.ptr = 0;
-  for (int32_t i = opening + 1; i < nodeCount; i = AfterConstruct(nodes, i)) {
-    if (nodes[i].op == OpAlternative) {
-      nodes[i].a = signedSerial;
-    }
-  }
+  open.b = nodeCount - group->opening - 1;
   if (WidthRule(open) == RegExpWidthGroup) {
-    NoteFixedLength(open);
+    group->compiling.fixedLength = FixedBodyLength(group->opening);
   }
-  Append(OpGroupEnd, signedSerial, options, repeatsOne ? 1 : 0, static_cast<uint64_t>(opening));
+  Append(OpGroupEnd, open.a, options, repeatsOne ? 1 : 0);
 }
 
 // A condition that is a group's number or a look-around, not repeated, and at most two branches.
-Fault ProgramBuilder::CheckConditional(int32_t opening, const uint8_t* closing) const {
-  const ProgramNode& condition = nodes[opening + 1];
-  const int32_t end = nodeCount - 1;
-  const int32_t body = AfterConstruct(nodes, opening + 1);
-  bool isValid =
-      (condition.op == OpBackref || IsLookaround(condition)) && !IsQuantifier(nodes[body]);
-  int32_t branches = 1;
-  for (int32_t i = body; isValid && i < end; i = AfterConstruct(nodes, i)) {
-    branches += nodes[i].op == OpAlternative ? 1 : 0;
-    isValid = branches <= 2;
-  }
-  return isValid ? kNoFault : Fail(StatusRegExpSyntaxError, closing);
+bool ProgramBuilder::IsConditional(const GroupEntry& group) const {
+  const ProgramNode& condition = nodes[group.opening + 1];
+  const int32_t body = AfterConstruct(nodes, group.opening + 1);
+  return (condition.op == OpBackref || IsLookaround(condition)) && !IsQuantifier(nodes[body]) &&
+         group.compiling.alternatives <= 1;
 }
 
 // The body must be of one length, told record by record wherever it lies in the body.
-Fault ProgramBuilder::SettleLookbehind(int32_t opening, const uint8_t* closing) {
-  ProgramNode& open = nodes[opening];
-  for (int32_t i = opening + 1; i < nodeCount; ++i) {
+bool ProgramBuilder::SettleLookbehind(const GroupEntry& group) {
+  for (int32_t i = group.opening + 1; i < nodeCount; ++i) {
     const ProgramNode& node = nodes[i];
     if (node.op == OpBackref || (IsQuantifier(node) && node.a != node.b)) {
-      return Fail(StatusRegExpSyntaxError, closing);
+      return false;
     }
   }
-  open.c = FixedBodyLength(open, open.b);
-  return open.c < 0 ? Fail(StatusRegExpSyntaxError, closing) : kNoFault;
+  ProgramNode& open = nodes[group.opening];
+  open.c = FixedBodyLength(group.opening);
+  return open.c >= 0;
+}
+
+// The number of characters that the body of a closed group always consumes, or -1 if it is not
+// fixed; what is longer than any subject counts as the longest.
+//
+// Of groups inside the body (of the rule RegExpWidthGroup) the length is known since they closed.
+// So there is no recursion, and each record is walked once for the group that it stands in.
+int32_t ProgramBuilder::FixedBodyLength(int32_t opening) const {
+  int64_t length = 0;
+  int64_t lastWidth = 0;  // of what a quantifier would repeat
+  int64_t ofFirstAlternative = -1;
+  const int32_t end = opening + 1 + nodes[opening].b;
+  for (int32_t i = opening + 1; i < end; ++i) {
+    const ProgramNode& node = nodes[i];
+    switch (WidthRule(node)) {
+      case RegExpWidthOne:
+        lastWidth = 1;
+        length += 1;
+        break;
+      case RegExpWidthRun:
+        length += node.b;
+        break;
+      case RegExpWidthClass:
+        lastWidth = 1;
+        length += 1;
+        i += node.b;
+        break;
+      case RegExpWidthRepeat:
+        // "a{0}" still counts as one "a".
+        length += node.a > 1 ? (int64_t{node.a} - 1) * lastWidth : 0;
+        break;
+      case RegExpWidthLookaround:
+        i += node.b;
+        break;
+      case RegExpWidthGroup:
+        lastWidth = groups[SerialOf(node)].compiling.fixedLength;
+        if (lastWidth < 0) {
+          return -1;
+        }
+        length += lastWidth;
+        i += node.b;
+        break;
+      case RegExpWidthAlternative:
+        if (ofFirstAlternative >= 0 && length != ofFirstAlternative) {
+          return -1;
+        }
+        ofFirstAlternative = length;
+        length = 0;
+        break;
+      default:
+        break;
+    }
+    length = length < INT32_MAX ? length : INT32_MAX;
+  }
+  const bool isFixed = ofFirstAlternative < 0 || length == ofFirstAlternative;
+  return isFixed ? static_cast<int32_t>(length) : -1;
 }
 
 }  // namespace vekch::regexp

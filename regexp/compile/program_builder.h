@@ -10,14 +10,8 @@
 //   group_end.cpp   groups: closing
 //   quantifier.cpp  quantifiers
 //
-// Notes that the pass makes for itself lie in the records' `ptr`, which only strings and scripts
-// use in the end; ProgramBuilder::Finish wipes them.
-//
-//   an open group's record       OpenNote: the group around it, and the options outside
-//   a closed group's record      the fixed length of its body (OpCapture, OpGroup, OpAtomic)
-//   a group's end                its opening record
-//   an item of a class           kItemNote, so that it is not taken for a record of its own; an
-//                                OpScript needs none
+// What it has to know of groups lies in their entries of the object's room; the records hold
+// nothing but the program.
 //
 // The program never outgrows the object. Every construct appends at most one record for each byte
 // that it has read, and reads before it appends:
@@ -39,48 +33,32 @@
 #include <stdint.h>
 
 #include "regexp/compile/fault.h"
-#include "regexp/object/program.h"
+#include "regexp/object/object_layout.h"
+#include "regexp/object/record.h"
 
 namespace vekch::regexp {
 
 constexpr int32_t kNoLiteral = -1;
 constexpr int32_t kAlternatives = -2;
 
-// Groups carry serials below this, the number of entries of the searches' table.
-constexpr int32_t kSerialEnd = RegExpTableSize;
-
-constexpr uint64_t kItemNote = uint64_t{1} << 63;
-// Marks a member that was written as a sequence of several bytes.
-constexpr uint64_t kSequenceNote = uint64_t{1} << 62;
-
-struct OpenNote {
-  int32_t around;   // record of the open group around, -1 at top level
-  int32_t options;  // outside the group
-
-  static OpenNote Of(uint64_t ptr) {
-    return {static_cast<int32_t>(ptr >> 32), static_cast<int32_t>(ptr)};
-  }
-  uint64_t Packed() const {
-    return uint64_t{static_cast<uint32_t>(around)} << 32 | static_cast<uint32_t>(options);
-  }
-};
-
 class ProgramBuilder {
  public:
-  // `recordsThere` records stand already in `program`.
-  ProgramBuilder(const uint8_t* pattern, const uint8_t* textEnd, int32_t compileFlags,
-                 int32_t captures, ProgramNode* program, int32_t recordsThere)
+  // The object's flags and number of captures are set; `recordsThere` records stand already in its
+  // program.
+  ProgramBuilder(const uint8_t* pattern, const uint8_t* textEnd, RegExpState* state,
+                 int32_t recordsThere)
       : at(pattern),
         patternEnd(textEnd),
-        nodes(program),
+        nodes(ProgramOf(state)),
+        groups(GroupsOf(state)),
         nodeCount(recordsThere),
-        options(compileFlags),
-        captureCount(captures) {}
+        options(static_cast<int32_t>(state->compileFlags)),
+        captureCount(state->captureCount) {}
 
   Fault Run();
 
-  // Copies the literals behind the program, wipes the notes, and returns the first free byte.
-  uint8_t* Finish();
+  // Copies the literals behind the program.
+  void Finish();
 
   int32_t NodeCount() const { return nodeCount; }
   int32_t RequiredLiteral() const { return requiredLiteral; }
@@ -122,9 +100,10 @@ class ProgramBuilder {
   // group_end.cpp
   Fault CloseGroup();
   void DissolveGroup(int32_t opening);
-  void AppendGroupEnd(int32_t opening, bool isOneWide);
-  Fault CheckConditional(int32_t opening, const uint8_t* closing) const;
-  Fault SettleLookbehind(int32_t opening, const uint8_t* closing);
+  void AppendGroupEnd(GroupEntry* group, bool isOneWide);
+  bool IsConditional(const GroupEntry& group) const;
+  bool SettleLookbehind(const GroupEntry& group);
+  int32_t FixedBodyLength(int32_t opening) const;
 
   // quantifier.cpp
   Fault Quantifier();
@@ -135,11 +114,16 @@ class ProgramBuilder {
   }
   ProgramNode& Last() { return nodes[nodeCount - 1]; }
 
-  bool AtTopLevel() const { return depth == 0; }
+  // Whether a record is an item of the class that was built last, and not one of its own. In front
+  // of the last record or behind it no other class can end.
+  bool IsItem(int32_t index) const { return index + 1 == classEnd; }
+
+  bool AtTopLevel() const { return innermost == 0; }
 
   const uint8_t* at;
   const uint8_t* patternEnd;
   ProgramNode* nodes;
+  GroupEntry* groups;
   int32_t nodeCount;
   int32_t options;
   int32_t captureCount;
@@ -147,9 +131,9 @@ class ProgramBuilder {
   const uint8_t* run = nullptr;  // literal bytes that have no record yet
   int32_t runLength = 0;
   int32_t lastOfRun = -1;  // the last record made of a run
+  int32_t classEnd = -1;   // index behind the items of the last class
 
-  int32_t depth = 0;
-  int32_t innermost = -1;  // record of the innermost open group
+  int32_t innermost = 0;  // serial of the innermost open group
   int32_t serial = 1;
   int32_t captureNumber = 1;
 

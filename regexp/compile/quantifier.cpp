@@ -76,13 +76,14 @@ Fault ProgramBuilder::Quantifier() {
   }
   if (last.op == OpGroupEnd) {
     last.c = last.c == 1 ? -1 : last.c;
-    const auto opening = static_cast<int32_t>(last.ptr);
+    const int32_t opening = groups[SerialOf(last)].opening;
     if (IsLookaround(nodes[opening])) {
       // It holds or does not, however often it is asked; and need not hold if asked no times.
       nodeCount = bounds.minimum == 0 ? opening : nodeCount;
+      classEnd = classEnd > nodeCount ? -1 : classEnd;
       return kNoFault;
     }
-  } else if ((last.op == OpChar || last.op == OpCodePoint) && (last.ptr & kItemNote) == 0) {
+  } else if ((last.op == OpChar || last.op == OpCodePoint) && !IsItem(nodeCount - 1)) {
     QuantifyLiteral(bounds.minimum);
   }
   Append(lazy ? OpLazy : OpGreedy, bounds.minimum, bounds.maximum);

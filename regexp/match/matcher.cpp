@@ -23,18 +23,16 @@ constexpr int32_t kChunksAhead = 16;
 Matcher::Matcher(RegExpState* patternState, const uint8_t* text, int32_t length)
     : state(patternState),
       program(ProgramOf(patternState)),
-      slots(reinterpret_cast<RegExpFindResult*>(patternState->workTableB)),
+      slots(SlotsOf(patternState)),
       groups(GroupsOf(patternState)),
       subject(text),
       subjectEnd(text + length),
       isUtf8(patternState->characterFormat != 0),
-      undoesLess(patternState->matchLimit / kDepthShare > InfoOf(patternState)->mostDepth &&
-                 InfoOf(patternState)->readsOpenGroups == 0),
+      undoesLess(patternState->matchLimit / kDepthShare > FactsOf(patternState)->mostDepth &&
+                 FactsOf(patternState)->readsOpenGroups == 0),
       fullBudget(DepthOf(patternState->matchLimit), patternState->matchLimit),
       mostChunks(DepthOf(patternState->matchLimit) / (kFramesInChunk - kSpareFrames) +
-                 kChunksAhead) {
-  static_assert(sizeof(RegExpFindResult) == sizeof patternState->workTableB[0]);
-}
+                 kChunksAhead) {}
 
 void Matcher::ClearSlots() {
   for (int32_t slot = 1; slot < state->captureCount; ++slot) {

@@ -4,7 +4,7 @@
 
 #include "frame/checks.h"
 #include "regexp/characters/bytes.h"
-#include "regexp/object/object.h"
+#include "regexp/object/object_layout.h"
 #include "vekch/regexp_program.h"
 
 namespace vekch::regexp {

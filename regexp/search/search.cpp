@@ -83,7 +83,7 @@ class Driver {
         searchStart(subject),
         searchLength(usedLength),
         isLoneLiteral(IsLoneLiteral(*state)),
-        firstAlternative(InfoOf(state)->firstAlternative) {}
+        firstAlternative(FactsOf(state)->firstAlternative) {}
 
   vekStatus Run() {
     const bool findsAll = HasOption(*state, RegExpOptionG);

@@ -1,11 +1,11 @@
-// The compiled program as the compiler builds it and the searches read it: an array of records
-// behind the fixed part of the pattern object.
+// Questions about one record of a program.
 
-#ifndef VEKCH_REGEXP_OBJECT_PROGRAM_H
-#define VEKCH_REGEXP_OBJECT_PROGRAM_H
+#ifndef VEKCH_REGEXP_OBJECT_RECORD_H
+#define VEKCH_REGEXP_OBJECT_RECORD_H
 
 #include <stdint.h>
 
+#include "frame/expect.h"
 #include "vekch/regexp_program.h"
 
 namespace vekch::regexp {
@@ -42,21 +42,8 @@ constexpr int32_t WidthRule(const ProgramNode& node) {
   return index < RegExpOperationCount ? kRules[index] : RegExpWidthNone;
 }
 
-// The number of characters that the `count` records behind an opening record always consume, or
-// -1 if it is not fixed; what is longer than any subject counts as the longest.
-//
-// Groups inside the body (of the rule RegExpWidthGroup) are not walked again: NoteFixedLength has
-// put their lengths into `ptr` of their opening records, innermost first. So there is no
-// recursion, and each record is walked once for the group that it stands in.
-int32_t FixedBodyLength(const ProgramNode& opening, int32_t count);
-
-inline void NoteFixedLength(ProgramNode& opening) {
-  opening.ptr = static_cast<uint32_t>(FixedBodyLength(opening, opening.b));
-}
-
-inline int32_t NotedFixedLength(const ProgramNode& opening) {
-  return static_cast<int32_t>(opening.ptr);
-}
+// The serial of the group that an opening, an alternative or an end belongs to, 0 at top level.
+constexpr int32_t SerialOf(const ProgramNode& node) { return node.a < 0 ? -node.a : node.a; }
 
 // An address that is kept as a number.
 template <class Object>
@@ -68,14 +55,9 @@ inline const Object* PointerFrom(uint64_t address) {
 }
 
 // The bytes of an OpString.
-inline const uint8_t* RunOf(const ProgramNode& node) { return PointerFrom<uint8_t>(node.ptr); }
-
-inline ProgramNode* ProgramOf(RegExpState* state) {
-  return reinterpret_cast<ProgramNode*>(state + 1);
-}
-
-inline const ProgramNode* ProgramOf(const RegExpState* state) {
-  return reinterpret_cast<const ProgramNode*>(state + 1);
+inline const uint8_t* RunOf(const ProgramNode& node) {
+  VEK_EXPECT(node.op == OpString);
+  return PointerFrom<uint8_t>(node.ptr);
 }
 
 }  // namespace vekch::regexp
