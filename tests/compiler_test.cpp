@@ -74,6 +74,7 @@ std::string Repeat(const std::string& text, size_t times) {
 // A program in the form of the table: its listing with fewer words.
 std::string Shorten(std::string listing) {
   static const std::pair<const char*, const char*> kShortForms[] = {
+      {R"re(  \([^()]*\)\n)re", "\n"},  // a meaning in words
       {"\n +[0-9]+ +Op|^ +0 +Op", "  "},
       {" (byte|letter|length|lowest|highest|serial|extent|items|group|mask|slot|code point|ranges|"
        "minimum|maximum)=",

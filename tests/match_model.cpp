@@ -192,7 +192,7 @@ class Matcher {
   int32_t end = 0;  // of what is searched
   bool requiresNonEmpty = false;
   int32_t steps = state.matchLimit;
-  int32_t depth = state.matchLimit / 4;
+  int32_t depth = state.matchLimit / RegExpDepthShare;
   std::vector<Slot> slots;
   std::vector<std::pair<size_t, Slot>> trail;
 
@@ -555,7 +555,7 @@ class Matcher {
       case 'b':
       case 'B':
         return isBoundary == (letter == 'b');
-      case 0x80:
+      case RegExpAssertLineStart:
         return isStart || isBehindNewline;
       default:
         return false;

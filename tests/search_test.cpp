@@ -792,7 +792,7 @@ TEST(SearchTest, StackIsAsTold) {
       RunInThread(kModelStack, [&] { expected = bench.AskModel(); });
       RunInThread(kSmallStack, [&] { answer = bench.AskLibrary(); });
       EXPECT_EQ(bench.Show(answer), bench.Show(expected)) << test.pattern.substr(0, 40);
-      EXPECT_LE(bench.stackTaken, kStackPerLevel * static_cast<size_t>(limit / 4) + kStackBeyond)
+      EXPECT_LE(bench.stackTaken, kStackPerLevel * static_cast<size_t>(limit / RegExpDepthShare) + kStackBeyond)
           << test.pattern.substr(0, 40) << " limit " << limit;
     }
   }

@@ -70,6 +70,28 @@ std::string Operand(std::string_view label, int32_t value) {
   return " " + std::string(label) + "=" + text;
 }
 
+// What a shorthand or an assertion means, "" for any other record.
+std::string Words(const ProgramNode& node) {
+  struct Meaning {
+    uint32_t op;
+    int32_t letter;
+    const char* words;
+  };
+#define VEKGREP_SHORTHAND(name, letter, ranges, isComplement, newline, words) \
+  {OpCharType, letter, words},
+#define VEKGREP_ASSERTION(name, letter, isOfLine, words) {OpAssert, letter, words},
+  constexpr Meaning kMeanings[] = {VEKCH_REGEXP_SHORTHANDS(VEKGREP_SHORTHAND)
+                                       VEKCH_REGEXP_ASSERTIONS(VEKGREP_ASSERTION)};
+#undef VEKGREP_ASSERTION
+#undef VEKGREP_SHORTHAND
+  for (const Meaning& meaning : kMeanings) {
+    if (meaning.op == node.op && meaning.letter == node.a) {
+      return std::string("  (") + meaning.words + ")";
+    }
+  }
+  return "";
+}
+
 bool IsOpening(uint32_t op) { return op >= OpLookbehind && op <= OpAtomic; }
 
 std::string DescribeRecord(const ProgramNode& node, bool isItem) {
@@ -87,7 +109,7 @@ std::string DescribeRecord(const ProgramNode& node, bool isItem) {
   } else if (isItem && node.c != 0 && node.ptr != 0 && node.op != OpScript) {
     text += " together=" + std::to_string(node.ptr);
   }
-  return text;
+  return text + Words(node);
 }
 
 }  // namespace

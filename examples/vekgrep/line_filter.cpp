@@ -17,7 +17,7 @@ namespace {
 bool LimitIsAmple(const RegExpState& state) {
   constexpr int32_t kDepthPerRecord = 4;
   constexpr int32_t kSpare = 16;
-  return state.nodeCount <= (state.matchLimit / 4 - kSpare) / kDepthPerRecord;
+  return state.nodeCount <= (state.matchLimit / RegExpDepthShare - kSpare) / kDepthPerRecord;
 }
 
 bool IsOptional(const ProgramNode& quantifier) {
@@ -25,6 +25,31 @@ bool IsOptional(const ProgramNode& quantifier) {
 }
 
 enum class Holds { kNo, kYes, kUnknown };  // whether a newline is among what a record matches
+
+// Where option s is not in force.
+Holds ShorthandHoldsNewline(int32_t letter) {
+  switch (letter) {
+#define VEKGREP_SHORTHAND(name, letter, ranges, isComplement, newline, words) \
+  case letter:                                                                \
+    return (newline) == RegExpNewlineAlways ? Holds::kYes : Holds::kNo;
+    VEKCH_REGEXP_SHORTHANDS(VEKGREP_SHORTHAND)
+#undef VEKGREP_SHORTHAND
+    default:
+      return Holds::kUnknown;
+  }
+}
+
+bool AssertsOfLine(int32_t letter) {
+  switch (letter) {
+#define VEKGREP_ASSERTION(name, letter, isOfLine, words) \
+  case letter:                                           \
+    return (isOfLine) != 0;
+    VEKCH_REGEXP_ASSERTIONS(VEKGREP_ASSERTION)
+#undef VEKGREP_ASSERTION
+    default:
+      return false;
+  }
+}
 
 Holds HoldsNewline(const ProgramNode& node) {
   const auto answer = [](bool holds) { return holds ? Holds::kYes : Holds::kNo; };
@@ -37,7 +62,7 @@ Holds HoldsNewline(const ProgramNode& node) {
     case OpClassRange:
       return answer(node.a <= '\n' && '\n' <= node.b);
     case OpCharType:
-      return answer(node.a == 's' || node.a == 'D' || node.a == 'W');
+      return ShorthandHoldsNewline(node.a);
     default:
       return Holds::kUnknown;
   }
@@ -61,13 +86,11 @@ bool KeepsLines(int32_t options) {
 }
 
 bool StaysInLine(const ProgramNode* node) {
-  constexpr int32_t kStartOfLine = 0x80;  // in front of a leading ".*"
   switch (node->op) {
     case OpClass:
       return ClassHoldsNewline(node) == Holds::kNo;
     case OpAssert:
-      return node->a == '^' || node->a == '$' || node->a == 'b' || node->a == 'B' ||
-             node->a == kStartOfLine;
+      return AssertsOfLine(node->a);
     case OpGreedy:
     case OpLazy:
       return node[-1].op != OpGroupEnd;

@@ -94,6 +94,47 @@ enum { VEKCH_REGEXP_OPERATIONS(VEKCH_REGEXP_CODE) RegExpOperationEnd };
 /** The maximum of a quantifier without an upper bound. */
 enum { RegExpUnbounded = 0x3FFFFFFF };
 
+/** When a newline is among what a record matches. */
+enum { RegExpNewlineNever = 0, RegExpNewlineAlways, RegExpNewlineByOptionS };
+
+/*
+ * The shorthands, by whose letters OpCharType records name them: name, letter, bytes as pairs of a
+ * first and a last one, whether all others are meant instead, when a newline is one of them, and
+ * the set in words. A shorthand is nothing but its line here: the escape, what the compiler makes
+ * of it, the sets that searches test and what tools tell of it are made of the line.
+ */
+#define VEKCH_REGEXP_SHORTHANDS(X)                                                             \
+  X(Any, '.', "\n\n", 1, RegExpNewlineByOptionS, "any character, with option s a newline too") \
+  X(Digit, 'd', "09", 0, RegExpNewlineNever, "a digit")                                        \
+  X(NoDigit, 'D', "09", 1, RegExpNewlineAlways, "no digit")                                    \
+  X(Space, 's', "\t\n\f\r  ", 0, RegExpNewlineAlways, "white space")                           \
+  X(NoSpace, 'S', "\t\n\f\r  ", 1, RegExpNewlineNever, "no white space")                       \
+  X(Word, 'w', "09AZ__az", 0, RegExpNewlineNever, "a letter of ASCII, a digit or _")           \
+  X(NoWord, 'W', "09AZ__az", 1, RegExpNewlineAlways, "no letter of ASCII, digit or _")
+
+/*
+ * The assertions, by whose letters OpAssert records name them: name, letter, whether option m makes
+ * it ask of its line alone, and what it asks in words. The last one no pattern can spell: it stands
+ * in front of one that begins with ".*" or ".+".
+ */
+#define VEKCH_REGEXP_ASSERTIONS(X)                                    \
+  X(LineOrSubjectStart, '^', 1, "the start, with option m of a line") \
+  X(LineOrSubjectEnd, '$', 1, "the end, with option m of a line")     \
+  X(SubjectStart, 'A', 0, "the start")                                \
+  X(SearchStart, 'G', 0, "the start")                                 \
+  X(LastLineEnd, 'Z', 0, "the end, or a last newline in front of it") \
+  X(SubjectEnd, 'z', 0, "the end")                                    \
+  X(WordBoundary, 'b', 1, "a word begins or ends")                    \
+  X(NoWordBoundary, 'B', 1, "no word begins or ends")                 \
+  X(LineStart, 0x80, 1, "the start of a line")
+
+#define VEKCH_REGEXP_ASSERTION(name, letter, isOfLine, words) RegExpAssert##name = (letter),
+enum { VEKCH_REGEXP_ASSERTIONS(VEKCH_REGEXP_ASSERTION) RegExpAssertNone = 0 };
+#undef VEKCH_REGEXP_ASSERTION
+
+/** The match limit that compiling sets, and the part of a limit that the depth may reach. */
+enum { RegExpDefaultMatchLimit = 10000, RegExpDepthShare = 4 };
+
 /** One record of the program, 24 bytes. */
 typedef struct ProgramNode {
   uint32_t op; /* RegExpFirstOperation plus the operation's place in the list */

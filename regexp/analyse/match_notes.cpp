@@ -101,8 +101,7 @@ class NoteWriter {
           node.ptr = static_cast<uint64_t>(options);
           break;
         case OpCharType: {
-          const CharacterSet& set = ShorthandSet(node.a, (options & RegExpOptionS) != 0);
-          node.ptr = reinterpret_cast<uintptr_t>(&set);
+          node.ptr = reinterpret_cast<uintptr_t>(&ShorthandSet(node.a, options));
           break;
         }
         case OpCategory:

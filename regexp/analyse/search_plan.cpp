@@ -76,7 +76,7 @@ class PlanMaker {
 
   // The anchor in front of a leading ".*".
   bool BeginsLine() {
-    return walk.count > 0 && walk.nodes[0].op == OpAssert && walk.nodes[0].a == 0x80 &&
+    return walk.count > 0 && walk.nodes[0].op == OpAssert && walk.nodes[0].a == RegExpAssertLineStart &&
            walk.QuantifierAt(1) == nullptr && Use(SearchPlan::kLineStart, kSlack);
   }
 

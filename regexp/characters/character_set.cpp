@@ -7,51 +7,79 @@
 namespace vekch::regexp {
 namespace {
 
-constexpr bool IsSpace(int32_t value) {
-  return value == ' ' || (InRange(value, '\t', '\r') && value != '\v');
-}
+// ---- The shorthands.
 
-constexpr bool InShorthand(int32_t value, int32_t letter) {
-  switch (letter) {
-    case 'd':
-      return IsDigit(value);
-    case 'D':
-      return !IsDigit(value);
-    case 's':
-      return IsSpace(value);
-    case 'S':
-      return !IsSpace(value);
-    case 'w':
-      return IsWordByte(value);
-    case 'W':
-      return !IsWordByte(value);
-    case '.':
-      return value != '\n';
-    default:
-      return false;
+struct Shorthand {
+  int32_t letter;
+  const char* ranges;  // pairs of a first and a last byte
+  bool isComplement;
+  int32_t newline;
+};
+
+#define VEKCH_REGEXP_SHORTHAND(name, letter, ranges, isComplement, newline, words) \
+  {letter, ranges, (isComplement) != 0, newline},
+constexpr Shorthand kShorthands[] = {VEKCH_REGEXP_SHORTHANDS(VEKCH_REGEXP_SHORTHAND)};
+#undef VEKCH_REGEXP_SHORTHAND
+constexpr int32_t kShorthandCount = sizeof kShorthands / sizeof kShorthands[0];
+
+constexpr bool IsMeant(int32_t value, const Shorthand& shorthand) {
+  bool isListed = false;
+  for (const char* range = shorthand.ranges; *range != 0; range += 2) {
+    isListed = isListed || (value >= range[0] && value <= range[1]);
   }
+  return isListed != shorthand.isComplement;
 }
 
-constexpr int32_t kAnything = -1;
-
-constexpr CharacterSet SetOf(int32_t letter) {
+constexpr CharacterSet SetOf(const Shorthand& shorthand, bool withNewline) {
   CharacterSet set = {};
   for (int32_t value = 0; value < 256; ++value) {
-    set.member[value] = letter == kAnything || InShorthand(value, letter) ? 0xFF : 0;
+    const bool isMember = IsMeant(value, shorthand) || (withNewline && value == '\n');
+    set.member[value] = isMember ? 0xFF : 0;
   }
-  set.wide = set.member[0x80] != 0 ? Wide::kInside : Wide::kOutside;
+  // The ranges are of ASCII.
+  set.wide = shorthand.isComplement ? Wide::kInside : Wide::kOutside;
   return set;
 }
 
-constexpr CharacterSet kNothingSet = {};
-constexpr CharacterSet kAnythingSet = SetOf(kAnything);
-constexpr CharacterSet kDotSet = SetOf('.');
-constexpr CharacterSet kDigitSet = SetOf('d');
-constexpr CharacterSet kNoDigitSet = SetOf('D');
-constexpr CharacterSet kSpaceSet = SetOf('s');
-constexpr CharacterSet kNoSpaceSet = SetOf('S');
-constexpr CharacterSet kWordSet = SetOf('w');
-constexpr CharacterSet kNoWordSet = SetOf('W');
+// By the places of the list: the sets, and where option s makes a difference, those with it.
+struct ShorthandSets {
+  CharacterSet sets[kShorthandCount];
+  CharacterSet setsByOptionS[kShorthandCount];
+  CharacterSet nothing;
+  uint8_t placeOf[256];  // of a letter, kShorthandCount for any other
+
+  constexpr ShorthandSets() : sets(), setsByOptionS(), nothing(), placeOf() {
+    for (uint8_t& place : placeOf) {
+      place = kShorthandCount;
+    }
+    for (int32_t i = 0; i < kShorthandCount; ++i) {
+      sets[i] = SetOf(kShorthands[i], false);
+      setsByOptionS[i] = SetOf(kShorthands[i], kShorthands[i].newline == RegExpNewlineByOptionS);
+      placeOf[kShorthands[i].letter] = static_cast<uint8_t>(i);
+    }
+  }
+
+  constexpr bool TellNewlines() const {
+    for (int32_t i = 0; i < kShorthandCount; ++i) {
+      const bool isAlways = sets[i].member['\n'] != 0;
+      const bool isEver = setsByOptionS[i].member['\n'] != 0;
+      const int32_t newline = kShorthands[i].newline;
+      if (newline != (isAlways ? RegExpNewlineAlways
+                      : isEver ? RegExpNewlineByOptionS
+                               : RegExpNewlineNever)) {
+        return false;
+      }
+    }
+    return true;
+  }
+};
+constexpr ShorthandSets kShorthandSets;
+static_assert(kShorthandSets.TellNewlines(), "the list says otherwise of a newline");
+
+bool InShorthand(int32_t value, int32_t letter) {
+  const CharacterSet& set = ShorthandSet(letter, 0);
+  return InRange(value, 0, 255) ? set.member[value] != 0 : set.wide == Wide::kInside;
+}
 
 // The items that one test is about: one record, or all that a negated name stands for.
 struct ItemGroup {
@@ -106,7 +134,7 @@ Wide WideOf(const ProgramNode& item) {
     case OpClassRange:
       return item.b < 0x80 ? Wide::kOutside : Wide::kMixed;
     case OpCharType:
-      return ShorthandSet(item.a, false).wide;
+      return ShorthandSet(item.a, 0).wide;
     case OpGrapheme:
       return Wide::kOutside;
     default:
@@ -152,7 +180,7 @@ void AddItem(const ProgramNode& item, bool caseless, CharacterSet* set) {
       }
       return;
     case OpCharType:
-      AddSet(ShorthandSet(item.a, false), set);
+      AddSet(ShorthandSet(item.a, 0), set);
       return;
     default:
       for (int32_t value = 0; value < 256; ++value) {
@@ -190,25 +218,13 @@ void Negate(CharacterSet* set) {
 
 }  // namespace
 
-const CharacterSet& ShorthandSet(int32_t letter, bool dotTakesAll) {
-  switch (letter) {
-    case 'd':
-      return kDigitSet;
-    case 'D':
-      return kNoDigitSet;
-    case 's':
-      return kSpaceSet;
-    case 'S':
-      return kNoSpaceSet;
-    case 'w':
-      return kWordSet;
-    case 'W':
-      return kNoWordSet;
-    case '.':
-      return dotTakesAll ? kAnythingSet : kDotSet;
-    default:
-      return kNothingSet;
+const CharacterSet& ShorthandSet(int32_t letter, int32_t options) {
+  const int32_t place = InRange(letter, 0, 255) ? kShorthandSets.placeOf[letter] : kShorthandCount;
+  if (place == kShorthandCount) {
+    return kShorthandSets.nothing;
   }
+  return (options & RegExpOptionS) != 0 ? kShorthandSets.setsByOptionS[place]
+                                        : kShorthandSets.sets[place];
 }
 
 bool InClass(int32_t codePoint, const ProgramNode& head, bool caseless) {

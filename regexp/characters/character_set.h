@@ -24,8 +24,8 @@ struct CharacterSet {
   uint8_t unused[6];
 };
 
-// The sets of the shorthands and of ".", which takes in the newline or not.
-const CharacterSet& ShorthandSet(int32_t letter, bool dotTakesAll);
+// The set of a shorthand where `options` are in force; without members for no shorthand's letter.
+const CharacterSet& ShorthandSet(int32_t letter, int32_t options);
 
 // Whether a character belongs to a class, given by its head record.
 bool InClass(int32_t codePoint, const ProgramNode& head, bool caseless);

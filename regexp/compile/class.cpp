@@ -39,7 +39,7 @@ class ClassBuilder {
   enum class Waiting { kNothing, kMember, kDash };
 
   struct Member {
-    EscapeKind kind;
+    CharacterKind kind;
     int32_t value;
     bool isSequence;  // written as several bytes that make up one character
   };
@@ -92,7 +92,7 @@ class ClassBuilder {
     at += character.length;
     const auto value = static_cast<int32_t>(character.value);
     const bool isByte = character.value < 256;
-    return TakeMember({isByte ? EscapeKind::kByte : EscapeKind::kCodePoint, value,
+    return TakeMember({isByte ? CharacterKind::kByte : CharacterKind::kCodePoint, value,
                        isByte && character.length > 1},
                       place);
   }
@@ -100,30 +100,21 @@ class ClassBuilder {
   Fault Escape() {
     const uint8_t* place = at;
     const uint8_t* text = at + 1;
-    const uint8_t letter = *text;
-    switch (letter) {
-      case 'b':
+    const EscapeKind kind = kEscapes.of[*text].inClass;
+    switch (kind) {
+      case EscapeKind::kShorthand:
         at = text + 1;
-        return TakeMember({EscapeKind::kByte, 0x08, false}, place);
-      case 'd':
-      case 'D':
-      case 's':
-      case 'S':
-      case 'w':
-      case 'W':
-        at = text + 1;
-        return TakeItem(OpCharType, letter, place);
-      case 'X':
+        return TakeItem(OpCharType, *text, place);
+      case EscapeKind::kGrapheme:
         at = text + 1;
         return TakeItem(OpGrapheme, 0, place);
-      case 'p':
-      case 'P':
-        return Property(text, letter == 'P' ? -1 : 0);
+      case EscapeKind::kProperty:
+        return Property(text, *text == 'P' ? -1 : 0);
       default:
         break;
     }
     CharacterEscape escape;
-    const Fault fault = ReadCharacterEscape(text, &escape);
+    const Fault fault = ReadCharacterEscape(text, kind, &escape);
     if (Failed(fault)) {
       return fault;
     }
@@ -183,7 +174,7 @@ class ClassBuilder {
     if (waiting == Waiting::kNothing) {
       return;
     }
-    AppendItem(waitingMember.kind == EscapeKind::kCodePoint ? OpCodePoint : OpChar,
+    AppendItem(waitingMember.kind == CharacterKind::kCodePoint ? OpCodePoint : OpChar,
                waitingMember.value);
     lastIsSequence = waitingMember.isSequence;
     if (waiting == Waiting::kDash) {

@@ -19,9 +19,6 @@
 namespace vekch::regexp {
 namespace {
 
-constexpr int32_t kLineStart = 0x80;
-constexpr int32_t kMatchLimit = 10000;
-
 // Stage 1. Whether the pattern begins with a greedy run of any characters: what it matches can only
 // begin where a line does, since a match from further right would have begun there as well.
 bool LeadsWithWildcard(const uint8_t* pattern) {
@@ -86,7 +83,7 @@ Fault Compile(const uint8_t* pattern, uint32_t length, const uint8_t* options, R
   ProgramNode* nodes = ProgramOf(state);
   int32_t nodeCount = 0;
   if (LeadsWithWildcard(pattern)) {
-    nodes[nodeCount++] = {OpAssert, kLineStart, 0, 0, 0};
+    nodes[nodeCount++] = {OpAssert, RegExpAssertLineStart, 0, 0, 0};
   }
 
   const int32_t compileFlags = ReadOptions(options);
@@ -112,7 +109,7 @@ Fault Compile(const uint8_t* pattern, uint32_t length, const uint8_t* options, R
   builder.Finish();
   state->nodeCount = builder.NodeCount();
   state->requiredLiteralIndex = builder.RequiredLiteral();
-  state->matchLimit = kMatchLimit;
+  state->matchLimit = RegExpDefaultMatchLimit;
   state->searchMode = SearchMode(nodes, state->nodeCount, state->requiredLiteralIndex);
   return kNoFault;
 }

@@ -10,59 +10,54 @@ namespace vekch::regexp {
 Fault ProgramBuilder::Escape() {
   FlushRun();
   const uint8_t* text = at + 1;
-  const uint8_t letter = *text;
-  switch (letter) {
-    case 'A':
-    case 'B':
-    case 'G':
-    case 'Z':
-    case 'b':
-    case 'z':
-      Append(OpAssert, letter);
-      at = text + 1;
-      return kNoFault;
-    case 'C':
-    case 'X':
-      Append(letter == 'C' ? OpAnyByte : OpGrapheme);
-      at = text + 1;
-      return kNoFault;
-    case 'd':
-    case 'D':
-    case 's':
-    case 'S':
-    case 'w':
-    case 'W':
-      return CharType(letter, text + 1);
-    case 'p':
-      return PropertyEscape(0);
-    case 'P':
-      return PropertyEscape(-1);
-    case 'Q':
+  const EscapeKind kind = kEscapes.of[*text].outside;
+  switch (kind) {
+    case EscapeKind::kAssertion:
+      Append(OpAssert, *text);
+      break;
+    case EscapeKind::kAnyByte:
+      Append(OpAnyByte);
+      break;
+    case EscapeKind::kGrapheme:
+      Append(OpGrapheme);
+      break;
+    case EscapeKind::kShorthand:
+      return CharType(*text, text + 1);
+    case EscapeKind::kProperty:
+      return PropertyEscape(*text == 'P' ? -1 : 0);
+    case EscapeKind::kQuote:
       Quote(text + 1);
       return kNoFault;
-    case 'E':  // ends a quotation that was never begun
-      at = text + 1;
-      return kNoFault;
-    default:
-      return letter >= '1' && letter <= '9' ? NumberEscape(text) : ByteEscape(text);
+    case EscapeKind::kQuoteEnd:  // of a quotation that was never begun
+      break;
+    case EscapeKind::kGroup:
+      return NumberEscape(text);
+    case EscapeKind::kLiteral:
+    case EscapeKind::kByte:
+    case EscapeKind::kControl:
+    case EscapeKind::kHex:
+    case EscapeKind::kOctal:
+      return ByteEscape(text, kind);
   }
+  at = text + 1;
+  return kNoFault;
 }
 
-Fault ProgramBuilder::ByteEscape(const uint8_t* text) {
+Fault ProgramBuilder::ByteEscape(const uint8_t* text, EscapeKind kind) {
   CharacterEscape escape;
-  const Fault fault = ReadCharacterEscape(text, &escape);
+  const Fault fault = ReadCharacterEscape(text, kind, &escape);
   if (Failed(fault)) {
     return fault;
   }
   at = escape.next;
   switch (escape.kind) {
-    case EscapeKind::kByte:
+    case CharacterKind::kByte:
       AppendByte(static_cast<uint8_t>(escape.value));
       break;
-    case EscapeKind::kCodePoint:
+    case CharacterKind::kCodePoint:
       Append(OpCodePoint, escape.value);
       break;
-    case EscapeKind::kLiteral:  // a run begins with it, and may go on
+    case CharacterKind::kLiteral:  // a run begins with it, and may go on
       at = text;
       return LiteralByte();
   }
@@ -85,7 +80,7 @@ Fault ProgramBuilder::NumberEscape(const uint8_t* digits) {
   if (next == digits + 1) {
     return Fail(StatusRegExpFormatError, digits);
   }
-  return ByteEscape(digits);
+  return ByteEscape(digits, kEscapes.of[*digits].inClass);  // which knows no groups
 }
 
 Fault ProgramBuilder::PropertyEscape(int32_t negated) {

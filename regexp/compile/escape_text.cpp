@@ -5,28 +5,6 @@
 namespace vekch::regexp {
 namespace {
 
-// The control characters that have a letter; 0 for any other letter.
-constexpr uint8_t NamedByte(uint8_t letter) {
-  switch (letter) {
-    case 'a':
-      return 0x07;
-    case 'e':
-      return 0x1B;
-    case 'f':
-      return 0x0C;
-    case 'n':
-      return 0x0A;
-    case 'r':
-      return 0x0D;
-    case 't':
-      return 0x09;
-    case 'v':
-      return 0x0B;
-    default:
-      return 0;
-  }
-}
-
 // "\c" with a byte: letters of both cases give 1 to 26, "?" gives 0x7F.
 constexpr uint8_t ControlByte(uint8_t byte) {
   const int32_t shift = byte >= 0x20 && byte <= 0x3F   ? 0x40
@@ -51,41 +29,55 @@ HexNumber ReadHex(const uint8_t* text, int32_t mostDigits) {
   return number;
 }
 
-}  // namespace
-
+// Up to three octal digits, of which the first is there: a byte, the value's low eight bits.
 CharacterEscape ReadOctal(const uint8_t* digits) {
   int32_t value = 0;
   const uint8_t* p = digits;
   for (; p < digits + 3 && IsOctalDigit(*p); ++p) {
     value = value * 8 + (*p - '0');
   }
-  return {EscapeKind::kByte, value & 0xFF, p};
+  return {CharacterKind::kByte, value & 0xFF, p};
 }
 
-Fault ReadCharacterEscape(const uint8_t* text, CharacterEscape* escape) {
-  const uint8_t letter = *text;
-  if (letter == 0 || (letter == 'c' && text[1] == 0)) {
-    return {StatusRegExpEscapeError, letter == 0 ? text : text + 1};
-  }
-  if (letter == 'c') {
-    *escape = {EscapeKind::kByte, ControlByte(text[1]), text + 2};
-  } else if (letter == 'x' && text[1] == '{') {
-    const HexNumber number = ReadHex(text + 2, 8);
-    if (*number.next != '}') {
-      return {StatusRegExpEscapeError, text + 2};
-    }
-    *escape = {EscapeKind::kCodePoint, static_cast<int32_t>(number.value), number.next + 1};
-  } else if (letter == 'x') {
+Fault ReadHexEscape(const uint8_t* text, CharacterEscape* escape) {
+  if (text[1] != '{') {
     const HexNumber number = ReadHex(text + 1, 2);
-    *escape = {EscapeKind::kByte, static_cast<int32_t>(number.value), number.next};
-  } else if (IsOctalDigit(letter)) {
-    *escape = ReadOctal(text);
-  } else if (NamedByte(letter) != 0) {
-    *escape = {EscapeKind::kByte, NamedByte(letter), text + 1};
-  } else {
-    *escape = {EscapeKind::kLiteral, letter, text + 1};
+    *escape = {CharacterKind::kByte, static_cast<int32_t>(number.value), number.next};
+    return kNoFault;
   }
+  const HexNumber number = ReadHex(text + 2, 8);
+  if (*number.next != '}') {
+    return {StatusRegExpEscapeError, text + 2};
+  }
+  *escape = {CharacterKind::kCodePoint, static_cast<int32_t>(number.value), number.next + 1};
   return kNoFault;
+}
+
+}  // namespace
+
+Fault ReadCharacterEscape(const uint8_t* text, EscapeKind kind, CharacterEscape* escape) {
+  if (*text == 0) {
+    return {StatusRegExpEscapeError, text};
+  }
+  switch (kind) {
+    case EscapeKind::kControl:
+      if (text[1] == 0) {
+        return {StatusRegExpEscapeError, text + 1};
+      }
+      *escape = {CharacterKind::kByte, ControlByte(text[1]), text + 2};
+      return kNoFault;
+    case EscapeKind::kHex:
+      return ReadHexEscape(text, escape);
+    case EscapeKind::kOctal:
+      *escape = ReadOctal(text);
+      return kNoFault;
+    case EscapeKind::kByte:
+      *escape = {CharacterKind::kByte, kEscapes.of[*text].byte, text + 1};
+      return kNoFault;
+    default:
+      *escape = {CharacterKind::kLiteral, *text, text + 1};
+      return kNoFault;
+  }
 }
 
 }  // namespace vekch::regexp

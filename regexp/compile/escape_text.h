@@ -5,27 +5,26 @@
 
 #include <stdint.h>
 
+#include "regexp/compile/escape_kind.h"
 #include "regexp/compile/fault.h"
 
 namespace vekch::regexp {
 
-enum class EscapeKind {
+enum class CharacterKind {
   kByte,       // "\n", "\cA", "\x41", "\012"
   kCodePoint,  // "\x{3B1}"
   kLiteral     // any other byte, which stands for itself
 };
 
 struct CharacterEscape {
-  EscapeKind kind;
+  CharacterKind kind;
   int32_t value;
   const uint8_t* next;  // behind the escape
 };
 
-// Reads the escape whose text, without the backslash, begins at `text`.
-Fault ReadCharacterEscape(const uint8_t* text, CharacterEscape* escape);
-
-// Up to three octal digits, of which the first is there: a byte, the value's low eight bits.
-CharacterEscape ReadOctal(const uint8_t* digits);
+// Reads an escape of a kind up to kOctal; any other is taken for a literal byte. `text` begins
+// behind the backslash. The zero byte that ends a pattern stands for no character.
+Fault ReadCharacterEscape(const uint8_t* text, EscapeKind kind, CharacterEscape* escape);
 
 }  // namespace vekch::regexp
 

@@ -32,6 +32,7 @@
 
 #include <stdint.h>
 
+#include "regexp/compile/escape_kind.h"
 #include "regexp/compile/fault.h"
 #include "regexp/object/object_layout.h"
 #include "regexp/object/record.h"
@@ -80,7 +81,7 @@ class ProgramBuilder {
 
   // escape.cpp
   Fault Escape();
-  Fault ByteEscape(const uint8_t* text);
+  Fault ByteEscape(const uint8_t* text, EscapeKind kind);
   Fault NumberEscape(const uint8_t* digits);
   Fault PropertyEscape(int32_t negated);
   Fault CharType(uint8_t letter, const uint8_t* next);

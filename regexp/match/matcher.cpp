@@ -7,11 +7,8 @@
 namespace vekch::regexp {
 namespace {
 
-constexpr int32_t kDepthShare = 4;  // the depth may be this part of the steps
-constexpr int32_t kLineStart = 0x80;
-
 // One level is the search's own.
-constexpr int32_t DepthOf(int32_t matchLimit) { return matchLimit / kDepthShare - 1; }
+constexpr int32_t DepthOf(int32_t matchLimit) { return matchLimit / RegExpDepthShare - 1; }
 
 // No more frames than levels are ever needed, but for conditions within conditions, of which the
 // number of groups allows some hundreds, and for repetitions of atomic groups, which take no level:
@@ -28,7 +25,7 @@ Matcher::Matcher(RegExpState* patternState, const uint8_t* text, int32_t length)
       subject(text),
       subjectEnd(text + length),
       isUtf8(patternState->characterFormat != 0),
-      undoesLess(patternState->matchLimit / kDepthShare > FactsOf(patternState)->mostDepth &&
+      undoesLess(patternState->matchLimit / RegExpDepthShare > FactsOf(patternState)->mostDepth &&
                  FactsOf(patternState)->readsOpenGroups == 0),
       fullBudget(DepthOf(patternState->matchLimit), patternState->matchLimit),
       mostChunks(DepthOf(patternState->matchLimit) / (kFramesInChunk - kSpareFrames) +
@@ -208,22 +205,22 @@ bool Matcher::AssertionHolds(const ProgramNode& node, const uint8_t* at) const {
     return after != (!atStart && IsWordByte(at[-1]));
   };
   switch (node.a) {
-    case 'A':
-    case 'G':
+    case RegExpAssertSubjectStart:
+    case RegExpAssertSearchStart:
       return atStart;
-    case 'Z':
+    case RegExpAssertLastLineEnd:
       return atEnd || isLastNewline();
-    case 'z':
+    case RegExpAssertSubjectEnd:
       return atEnd;
-    case '^':
+    case RegExpAssertLineOrSubjectStart:
       return atStart || (isMultiLine && !atEnd && isLineStart());
-    case '$':
+    case RegExpAssertLineOrSubjectEnd:
       return atEnd || (isMultiLine ? *at == '\n' : isLastNewline());
-    case 'b':
+    case RegExpAssertWordBoundary:
       return changesWord();
-    case 'B':
+    case RegExpAssertNoWordBoundary:
       return !changesWord();
-    case kLineStart:
+    case RegExpAssertLineStart:
       return atStart || isLineStart();
     default:
       return false;
@@ -313,7 +310,7 @@ constexpr bool IsSub(Choice choice) {
 void Matcher::LoseSteps(int64_t count) {
   stepsLost += count;
   // The steps can't run out before the depth as long as fewer are lost than they are ahead.
-  if (stepsLost >= state->matchLimit - state->matchLimit / kDepthShare) {
+  if (stepsLost >= state->matchLimit - state->matchLimit / RegExpDepthShare) {
     lowestDepth = INT64_MAX;
   }
 }

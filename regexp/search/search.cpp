@@ -24,7 +24,8 @@ bool HasOption(const RegExpState& state, int32_t option) {
 bool IsLoneLiteral(const RegExpState& state) {
   constexpr int32_t kLeastDepth = 2;
   const ProgramNode& node = *ProgramOf(&state);
-  return state.nodeCount == 1 && IsLiteral(node) && state.matchLimit / 4 > kLeastDepth &&
+  return state.nodeCount == 1 && IsLiteral(node) &&
+         state.matchLimit / RegExpDepthShare > kLeastDepth &&
          (state.characterFormat == 0 || !IsUtf8Continuation(Literal(node).bytes[0]));
 }
 
@@ -43,7 +44,7 @@ int32_t LengthToLastLiteral(const uint8_t* subject, int32_t length, const RegExp
 // if its depth can't run out. In an empty text no group goes on after a first repetition.
 bool FailsOnNothing(const RegExpState& state) {
   constexpr int64_t kOwnLevels = 8;
-  return state.matchLimit / 4 > 2 * int64_t{state.nodeCount} + kOwnLevels;
+  return state.matchLimit / RegExpDepthShare > 2 * int64_t{state.nodeCount} + kOwnLevels;
 }
 
 // The first match of a pattern that is one literal. Groups that the compiler has dropped took no
@@ -100,7 +101,7 @@ class Driver {
     if (anchoring != Anchoring::kStart) {
       const SearchPlan* const made = PlanFor(state, searchLength);
       const bool applies = made != nullptr && made->strategy != SearchPlan::kEverywhere &&
-                           state->matchLimit / 4 > made->depth;
+                           state->matchLimit / RegExpDepthShare > made->depth;
       plan = applies ? made : nullptr;
     }
     return findsAll ? FindAll() : FindOne();
