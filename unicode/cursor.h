@@ -37,7 +37,7 @@ VEK_INLINE bool RunAside(Cursor& at, Step step) {
   if (size > 2 * kBlock) {
     __builtin_unreachable();
   }
-  TransformShort(made, at.to, size, [](Block b) { return b; });
+  TransformShort(made, at.to, size, Same{});
   at.Advance(aside.from - at.from, size);
   return true;
 }

@@ -213,9 +213,7 @@ class FilterMaker {
 
   void AddByte(uint8_t byte, bool caseless) {
     filter[byte] |= bit;
-    if (caseless && IsAsciiLetter(byte)) {
-      filter[byte ^ 0x20] |= bit;
-    }
+    filter[OtherCase(byte, caseless)] |= bit;
   }
 
   // A character of several bytes leaves it open what stands two bytes further: the window ends

@@ -147,7 +147,7 @@ class NoteWriter {
       const uint8_t byte =
           follower.op == OpChar ? static_cast<uint8_t>(follower.a) : RunOf(follower)[0];
       note.kind = FollowNote::kByte;
-      const uint32_t other = OtherCase(byte, follower.c);
+      const uint32_t other = OtherCase(byte, IsCaseless(follower.c));
       note.target = (byte | other << 8) & 0xFFFFU;
     } else if (walk.SetAt(i) != nullptr) {
       note.kind = FollowNote::kSet;
@@ -159,15 +159,11 @@ class NoteWriter {
     return note;
   }
 
-  static uint8_t OtherCase(uint8_t byte, int32_t options) {
-    return IsCaseless(options) && IsAsciiLetter(byte) ? static_cast<uint8_t>(byte ^ 0x20) : byte;
-  }
-
   // Whether no character of the atom begins with a byte that can follow.
   static bool IsDisjoint(const FollowNote& note, const ProgramNode& atom) {
     if (atom.op == OpChar) {
       const auto byte = static_cast<uint8_t>(atom.a);
-      return !Follows(note, byte) && !Follows(note, OtherCase(byte, atom.c));
+      return !Follows(note, byte) && !Follows(note, OtherCase(byte, IsCaseless(atom.c)));
     }
     if (atom.op != OpCharType && atom.op != OpClass) {
       return false;

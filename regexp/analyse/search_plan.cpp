@@ -76,8 +76,9 @@ class PlanMaker {
 
   // The anchor in front of a leading ".*".
   bool BeginsLine() {
-    return walk.count > 0 && walk.nodes[0].op == OpAssert && walk.nodes[0].a == RegExpAssertLineStart &&
-           walk.QuantifierAt(1) == nullptr && Use(SearchPlan::kLineStart, kSlack);
+    return walk.count > 0 && walk.nodes[0].op == OpAssert &&
+           walk.nodes[0].a == RegExpAssertLineStart && walk.QuantifierAt(1) == nullptr &&
+           Use(SearchPlan::kLineStart, kSlack);
   }
 
   bool UseLiteral(int32_t index, int32_t distance, int32_t passes) {
@@ -186,10 +187,7 @@ class PlanMaker {
       const Literal literal(node);
       for (int32_t i = 0; i < literal.length; ++i) {
         const uint8_t byte = literal.bytes[i];
-        work[byte] = 0xFF;
-        if (IsCaseless(node.c) && IsAsciiLetter(byte)) {
-          work[byte ^ 0x20] = 0xFF;
-        }
+        work[byte] = work[OtherCase(byte, IsCaseless(node.c))] = 0xFF;
       }
       return literal.length;
     }
@@ -308,9 +306,8 @@ class PlanMaker {
     if (isOpen) {
       ranges->highest[count++] = 255;
     }
-    for (int32_t i = count; i > 0 && i < kernels::kMostPairRanges; ++i) {
-      ranges->lowest[i] = ranges->lowest[count - 1];
-      ranges->highest[i] = ranges->highest[count - 1];
+    if (count > 0) {
+      kernels::RepeatLast(ranges, count);
     }
     return count == 3 ? 4 : count;
   }

@@ -9,7 +9,7 @@
 #include <stdint.h>
 
 #include "regexp/analyse/match_notes.h"
-#include "strings/kernels/block.h"
+#include "strings/kernels/attributes.h"
 #include "strings/kernels/find_pair_kernels.h"
 #include "vekch/regexp_program.h"
 

@@ -5,7 +5,7 @@
 
 #include <stdint.h>
 
-#include "strings/kernels/block.h"
+#include "strings/kernels/attributes.h"
 #include "vekch/regexp_program.h"
 
 namespace vekch::regexp {
@@ -21,6 +21,11 @@ constexpr bool IsWordByte(int32_t value) {
 }
 
 constexpr bool IsCaseless(int32_t options) { return (options & RegExpOptionI) != 0; }
+
+// The same letter in the other case where case is ignored; else, and for any other byte, itself.
+constexpr uint8_t OtherCase(uint8_t byte, bool caseless = true) {
+  return caseless && IsAsciiLetter(byte) ? static_cast<uint8_t>(byte ^ 0x20) : byte;
+}
 
 VEK_INLINE bool SameByte(uint8_t inSubject, uint8_t expected, bool caseless) {
   return inSubject == expected ||

@@ -155,11 +155,8 @@ constexpr Wide Either(Wide a, Wide b) {
                                                   : Wide::kOutside;
 }
 
-void AddValue(int32_t value, bool caseless, CharacterSet* set) {
-  set->member[value] = 0xFF;
-  if (caseless && IsAsciiLetter(value)) {
-    set->member[value ^ 0x20] = 0xFF;
-  }
+void AddByte(uint8_t byte, bool caseless, CharacterSet* set) {
+  set->member[byte] = set->member[OtherCase(byte, caseless)] = 0xFF;
 }
 
 void AddSet(const CharacterSet& other, CharacterSet* set) {
@@ -172,11 +169,11 @@ void AddSet(const CharacterSet& other, CharacterSet* set) {
 void AddItem(const ProgramNode& item, bool caseless, CharacterSet* set) {
   switch (item.op) {
     case OpChar:
-      AddValue(item.a, caseless, set);
+      AddByte(static_cast<uint8_t>(item.a), caseless, set);
       return;
     case OpClassRange:
       for (int32_t value = item.a; value <= item.b && value < 256; ++value) {
-        AddValue(value, caseless, set);
+        AddByte(static_cast<uint8_t>(value), caseless, set);
       }
       return;
     case OpCharType:
@@ -185,7 +182,7 @@ void AddItem(const ProgramNode& item, bool caseless, CharacterSet* set) {
     default:
       for (int32_t value = 0; value < 256; ++value) {
         if (MeetsItem(value, item, caseless)) {
-          AddValue(value, false, set);
+          set->member[value] = 0xFF;
         }
       }
       return;

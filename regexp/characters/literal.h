@@ -48,14 +48,12 @@ struct RarestBytes {
   }
 };
 
-constexpr uint8_t OtherCase(uint8_t byte) {
-  return IsAsciiLetter(byte) ? static_cast<uint8_t>(byte ^ 0x20) : byte;
-}
-
-inline void SetCases(uint8_t byte, kernels::PairRanges* ranges) {
-  for (int32_t i = 0; i < kernels::kMostPairRanges; ++i) {
-    ranges->lowest[i] = ranges->highest[i] = i == 0 ? byte : OtherCase(byte);
-  }
+inline kernels::PairRanges BothCases(uint8_t byte) {
+  kernels::PairRanges ranges;
+  ranges.lowest[0] = ranges.highest[0] = byte;
+  ranges.lowest[1] = ranges.highest[1] = OtherCase(byte);
+  kernels::RepeatLast(&ranges, 2);
+  return ranges;
 }
 
 // By the two rarest bytes 64 places at a time, the last places by the rarest alone.
@@ -67,9 +65,10 @@ inline int32_t FindFirstCaseless(const uint8_t* subject, int32_t length, const L
     return SameBytes(place, literal.bytes, literal.length, true);
   };
   if (end - at >= kernels::kGroup) {
-    kernels::BytePair pair = {{rarest.first, rarest.second}, 2, {}};
-    SetCases(literal.bytes[rarest.first], &pair.sets[0]);
-    SetCases(literal.bytes[rarest.second], &pair.sets[1]);
+    const kernels::BytePair pair = {
+        {rarest.first, rarest.second},
+        2,
+        {BothCases(literal.bytes[rarest.first]), BothCases(literal.bytes[rarest.second])}};
     uint64_t hits = 0;
     while (at = kernels::FindPairs(at, end, pair, &hits), hits != 0) {
       for (; hits != 0; hits &= hits - 1) {

@@ -79,6 +79,18 @@ constexpr const uint8_t* SkipLine(const uint8_t* text) {
   return *text == 0 ? text : text + 1;
 }
 
+// The place behind the ")" that ends "(?#", or the terminating zero byte.
+constexpr const uint8_t* SkipComment(const uint8_t* text) {
+  text = FindInPattern(text, ')');
+  return *text == 0 ? text : text + 1;
+}
+
+// The place behind the "\E" that ends a quotation, or the terminating zero byte.
+constexpr const uint8_t* SkipQuotation(const uint8_t* text) {
+  text = FindPair(text, '\\', 'E');
+  return *text == 0 ? text : text + 2;
+}
+
 constexpr const uint8_t* SkipDigits(const uint8_t* text) {
   while (IsDigit(*text)) {
     ++text;
@@ -112,8 +124,7 @@ constexpr bool QuantifierFollows(const uint8_t* text, int32_t options) {
     } else if (extended && *text == '#') {
       text = SkipLine(text);
     } else if (StartsWith(text, "(?#")) {
-      text = FindInPattern(text, ')');
-      text += *text == 0 ? 0 : 1;
+      text = SkipComment(text);
     } else if (StartsWith(text, "(?)")) {
       text += 3;
     } else if (StartsWith(text, "\\E")) {

@@ -114,7 +114,7 @@ class PrescanPass {
   void SkipEscape() {
     ++at;
     if (*at == 'Q') {
-      SkipQuote();
+      at = SkipQuotation(at);
       return;
     }
     if (*at == 'c') {
@@ -122,14 +122,6 @@ class PrescanPass {
     }
     if (*at != 0) {
       ++at;
-    }
-  }
-
-  // From the "Q" to behind "\E", or to the end.
-  void SkipQuote() {
-    at = FindPair(at, '\\', 'E');
-    if (*at != 0) {
-      at += 2;
     }
   }
 
@@ -148,7 +140,7 @@ class PrescanPass {
       } else if (*at == '\\') {
         ++at;
         if (*at == 'Q') {
-          SkipQuote();
+          at = SkipQuotation(at);
         } else if (*at != 0) {
           ++at;
         }

@@ -7,7 +7,7 @@
 #include <stdint.h>
 
 #include "regexp/object/record.h"
-#include "strings/kernels/block.h"
+#include "strings/kernels/attributes.h"
 
 namespace vekch::regexp {
 

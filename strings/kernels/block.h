@@ -9,10 +9,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-// Kernels have a code section of their own, so that they lie together in memory. What they are
-// made of is always inlined: it would otherwise be placed in the ordinary code section.
-#define VEK_KERNEL __attribute__((section("VEKCODE")))
-#define VEK_INLINE inline __attribute__((always_inline))
+#include "strings/kernels/attributes.h"
 
 namespace vekch::kernels {
 

@@ -15,6 +15,14 @@ struct PairRanges {
   uint8_t highest[kMostPairRanges];
 };
 
+// Fills the ranges behind the first `count` of them, of which there is one at least.
+inline void RepeatLast(PairRanges* ranges, int32_t count) {
+  for (int32_t i = count; i < kMostPairRanges; ++i) {
+    ranges->lowest[i] = ranges->lowest[count - 1];
+    ranges->highest[i] = ranges->highest[count - 1];
+  }
+}
+
 struct BytePair {
   int32_t offsets[2];  // of the two bytes behind a place, none of them negative
   int32_t rangeCount;
