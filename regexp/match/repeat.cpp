@@ -157,7 +157,7 @@ VEK_INLINE bool Matcher::IsOfBytes(const ProgramNode& atom) const {
     return false;
   }
   const CharacterSet* const set = SetNoteOf(atom);
-  return set != nullptr && (!isUtf8 || set->wide == Wide::kOutside);
+  return !isUtf8 || (set != nullptr && set->wide == Wide::kOutside);
 }
 
 VEK_INLINE const uint8_t* Matcher::EndOfBytes(const ProgramNode& atom, const uint8_t* at,
@@ -165,13 +165,14 @@ VEK_INLINE const uint8_t* Matcher::EndOfBytes(const ProgramNode& atom, const uin
   if (atom.op == OpAnyByte) {
     return end;
   }
-  if (atom.op == OpChar) {
+  const CharacterSet* const set = atom.op == OpChar ? nullptr : SetNoteOf(atom);
+  if (set == nullptr) {  // a class may have found no room for its set
     while (at < end && CharacterLength(atom, at) != 0) {
       ++at;
     }
     return at;
   }
-  const uint8_t* const member = SetNoteOf(atom)->member;
+  const uint8_t* const member = set->member;
   if (atom.op == OpCharType && atom.a == '.') {
     if (member[kNewline] != 0 || at == end) {
       return end;
