@@ -494,6 +494,16 @@ const World kWorlds[] = {
      {kDefaultLimit},
      2000,
      ClassesThatTakeTheRoom()},
+    {"Literals",
+     {"a", "b", "ab", "\\x{E9}", "\xC3\xA9", ".", "(?=ab)*", "(?:", ")", "*", "+?", "|", "(?i)",
+      "c"},
+     4,
+     {"a", "b", "\xC3\xA9", "C"},
+     3,
+     {"", "g"},
+     {1},
+     {kDefaultLimit},
+     4000},
 };
 
 class SmallWorlds : public testing::TestWithParam<World> {};

@@ -79,8 +79,11 @@ Fault ProgramBuilder::Quantifier() {
     const int32_t opening = groups[SerialOf(last)].opening;
     if (IsLookaround(nodes[opening])) {
       // It holds or does not, however often it is asked; and need not hold if asked no times.
-      nodeCount = bounds.minimum == 0 ? opening : nodeCount;
-      classEnd = classEnd > nodeCount ? -1 : classEnd;
+      if (bounds.minimum == 0) {
+        nodeCount = opening;
+        classEnd = classEnd > opening ? -1 : classEnd;
+        lastOfRun = lastOfRun < opening ? lastOfRun : -1;
+      }
       return kNoFault;
     }
   } else if ((last.op == OpChar || last.op == OpCodePoint) && !IsItem(nodeCount - 1)) {
