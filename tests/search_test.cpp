@@ -504,6 +504,15 @@ const World kWorlds[] = {
      {1},
      {kDefaultLimit},
      4000},
+    {"OwnLengths",
+     {"(?>", "(", ")", "|", "\\x{E9}", "\\x{2C65}", "a", "*", "."},
+     5,
+     {"\xE9", "a", "\xC8\xBA"},
+     3,
+     {"", "gi"},
+     {1},
+     {kDefaultLimit},
+     4000},
 };
 
 class SmallWorlds : public testing::TestWithParam<World> {};

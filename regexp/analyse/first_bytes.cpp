@@ -163,11 +163,29 @@ class FilterMaker {
   }
 
   void EndGroup(int32_t index) {
+    // The match goes on behind an atomic group by what slot 0 counts, not by where its bytes end.
+    if (walk.nodes[index].a < 0 && CountsOtherwise()) {
+      isUnknown = true;
+      return;
+    }
     const ProgramNode* const quantifier = walk.QuantifierAt(index + 1);
     Mark(quantifier == nullptr ? index + 1 : index + 2);
     if (quantifier != nullptr && quantifier->b > 1) {
       EnterBody(static_cast<int32_t>(walk.nodes[index].ptr));
     }
+  }
+
+  // Whether slot 0 may count other bytes than those taken: for a byte that is its own code point,
+  // and for a letter that folds to one of another length.
+  bool CountsOtherwise() const {
+    for (int32_t i = 0; i < walk.count; i = walk.BehindAtom(i)) {
+      const ProgramNode& node = walk.nodes[i];
+      if (node.op == OpCodePoint &&
+          ((node.a >= 0x80 && node.a < 0x100) || IsCaseless(OptionsNote(node)))) {
+        return true;
+      }
+    }
+    return false;
   }
 
   void Consume(int32_t index) {
