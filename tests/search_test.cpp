@@ -513,6 +513,16 @@ const World kWorlds[] = {
      {1},
      {kDefaultLimit},
      4000},
+    {"RunsWithLimits",
+     {"(", ")", "|", "[a][b]", "*"},
+     6,
+     {"bbbbbbcabc", "abcbbbbbbbbbbbbbbcabcb"},
+     1,
+     {"", "g"},
+     {1},
+     LimitsUpTo(60),
+     500,
+     "[ab]+c"},
 };
 
 class SmallWorlds : public testing::TestWithParam<World> {};

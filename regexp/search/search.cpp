@@ -212,11 +212,15 @@ class Driver {
     const bool atLineStarts = anchoring == Anchoring::kLineStart;
     StartScan scan(state, plan, {matcher.Subject(), at, end, matcher.IsUtf8(), atLineStarts});
     MatchResult result = MatchResult::kFail;
-    for (at = scan.Next(at); at != nullptr; at = scan.Next(scan.Behind(at))) {
+    at = scan.Next(at);
+    while (at != nullptr) {
+      const int64_t steps = matcher.StepsLeft();
       result = MatchAt(at, end);
       if (result != MatchResult::kFail) {
         break;
       }
+      // A try that cost steps would cost some again, or fail otherwise with those that are left.
+      at = scan.Next(matcher.StepsLeft() == steps ? scan.Behind(at) : at + 1);
     }
     return result;
   }

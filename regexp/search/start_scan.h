@@ -27,7 +27,8 @@ class StartScan {
   // behind the end.
   const uint8_t* Next(const uint8_t* at);
 
-  // The place behind `at`, where there was no match, that is to be asked for next.
+  // The place behind `at`, where there was no match at no cost of steps, that is to be asked for
+  // next.
   const uint8_t* Behind(const uint8_t* at) const;
 
  private:
