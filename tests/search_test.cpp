@@ -220,7 +220,7 @@ class Bench {
     }
     const int32_t required = state->requiredLiteralIndex;
     const auto looksAhead = [](const ProgramNode& node) {
-      return node.op == OpLookahead || node.op == OpNegLookahead ||
+      return node.op == OpLookahead || node.op == OpNegLookahead || node.op == OpAtomic ||
              (node.op == OpAssert && (node.a == '$' || node.a == 'z' || node.a == 'Z'));
     };
     return required < 0 || !regexp::IsLiteral(nodes[required]) ||
@@ -393,6 +393,14 @@ TEST(SearchTest, Oddities) {
 
 using Words = std::vector<std::string>;
 
+std::string Repeat(const std::string& text, size_t times) {
+  std::string all;
+  while (times-- > 0) {
+    all += text;
+  }
+  return all;
+}
+
 // Every text of up to `most` words.
 Words AllTexts(const Words& words, size_t most) {
   Words texts = {""};
@@ -419,9 +427,9 @@ struct World {
   std::string before = {};  // of each pattern
 };
 
-std::vector<int32_t> LimitsUpTo(int32_t last) {
+std::vector<int32_t> LimitsUpTo(int32_t last, int32_t step = 1) {
   std::vector<int32_t> limits = {kDefaultLimit};
-  for (; last >= 0; --last) {
+  for (; last >= 0; last -= step) {
     limits.push_back(last);
   }
   return limits;
@@ -439,13 +447,7 @@ Words Join(Words all, const Words& more) {
 
 // Is passed over at once, and leaves no room in the object for the set of a class behind it, nor
 // for a plan.
-std::string ClassesThatTakeTheRoom() {
-  std::string text = "(?:";
-  for (int32_t i = 0; i < 125; ++i) {
-    text += "[qr]";
-  }
-  return text + "){0}";
-}
+std::string ClassesThatTakeTheRoom() { return "(?:" + Repeat("[qr]", 125) + "){0}"; }
 
 const World kWorlds[] = {
     {"AllWords",
@@ -523,6 +525,15 @@ const World kWorlds[] = {
      LimitsUpTo(60),
      500,
      "[ab]+c"},
+    {"LevelsWithLimits",
+     {"(?:", "--", Repeat("\\B", 50), ")*", "){2,}", "cdefghi[-]"},
+     5,
+     {"------- -------c"},
+     1,
+     {""},
+     {1},
+     LimitsUpTo(900, 4),
+     100},
 };
 
 class SmallWorlds : public testing::TestWithParam<World> {};
@@ -571,7 +582,10 @@ class Author {
 
   std::string Pattern() {
     groups = 0;
-    return Alternatives(3);
+    const std::string before = Chance(5)   ? ClassesThatTakeTheRoom()
+                               : Chance(8) ? Pick({"[ab]+c", "\\w+-", "[^\\n]+\n", "[a-c]*(?=1)"})
+                                           : "";
+    return before + Alternatives(3);
   }
 
   std::string Subject() {
@@ -589,7 +603,8 @@ class Author {
                                    "e\xCC\x81",
                                    "\xE4\xB8\xAD",
                                    "\xC3",
-                                   "\xE9"};
+                                   "\xE9",
+                                   "\xC8\xBA"};
     std::string text;
     for (size_t left = Below(9); left > 0; --left) {
       text += Pick(kLetters);
@@ -617,11 +632,12 @@ class Author {
   std::string Item(size_t depth) {
     static const Words kPlain = {"a", "b",   "c",   "ab",  "abc", "\xC3\xA9",
                                  ".", "\\d", "\\w", "\\W", "\\s", "\\S"};
-    static const Words kRare = {
-        "[ab]",     "[^a]",     "[a-c\xC3\xA9]", "[[:^alpha:]]", "[^\\PL\\d]", "\\pL", "\\P{Lu}",
-        "\\p{Any}", "\\p{Han}", "\\x{E9}",       "\\x{4E2D}",    "\\C",        "\\X"};
-    static const Words kAsserts = {"^",   "$",   "\\b",  "\\B",   "\\A",   "\\G",
-                                   "\\z", "\\Z", "(?i)", "(?-i)", "(?s-m)"};
+    static const Words kRare = {"[ab]",       "[^a]",      "[a-c\xC3\xA9]", "[[:^alpha:]]",
+                                "[^\\PL\\d]", "\\pL",      "\\P{Lu}",       "\\p{Any}",
+                                "\\p{Han}",   "\\x{E9}",   "\\x{4E2D}",     "\\C",
+                                "\\X",        "\\x{2C65}", "\\x{E9}"};
+    static const Words kAsserts = {"^",   "$",    "\\b",   "\\B",    "\\A",     "\\G",   "\\z",
+                                   "\\Z", "(?i)", "(?-i)", "(?s-m)", "(?=ab)*", "(?!a)?"};
     static const Words kOpenings = {"(?:", "(?:", "(?>", "(?i:", "(?=", "(?!"};
     const size_t kind = depth == 0 ? Below(55) : Below(100);
     if (kind < 32) {
@@ -677,8 +693,8 @@ TEST(SearchTest, LargePatternsLikeTheModel) {
     for (size_t times = 0; times < 6; ++times) {
       const auto room =
           static_cast<int32_t>(author.Chance(80) ? kMostResults : 1 + author.Below(6));
-      const auto limit =
-          static_cast<int32_t>(author.Chance(50) ? kDefaultLimit : author.Below(150));
+      const auto limit = static_cast<int32_t>(
+          author.Chance(50) ? kDefaultLimit : author.Below(author.Chance(70) ? 150 : 900));
       bench.Set({options, author.Chance(25) ? 0 : 1, limit, room});
       bench.Place(author.Subject());
       const bool wasCompared = bench.CompareWithModel();
@@ -749,8 +765,8 @@ TEST(SearchTest, LongSubjectsLikeTheModel) {
         subject += std::string(author.Below(70), author.Pick({"-", " ", "\n", "\xA9", "c"})[0]);
         subject += author.Chance(50) ? author.Subject() : author.Pick({"abc", "ab", "bc", "AB"});
       }
-      const auto limit =
-          static_cast<int32_t>(author.Chance(70) ? kDefaultLimit : author.Below(150));
+      const auto limit = static_cast<int32_t>(
+          author.Chance(60) ? kDefaultLimit : author.Below(author.Chance(60) ? 150 : 900));
       bench.Set({options, author.Chance(25) ? 0 : 1, limit, kMostResults});
       bench.Place(subject);
       compared += bench.CompareWithModel() ? 1 : 0;
@@ -845,14 +861,6 @@ struct Hungry {
   std::string pattern;
   std::string subject;
 };
-
-std::string Repeat(const std::string& text, size_t times) {
-  std::string all;
-  while (times-- > 0) {
-    all += text;
-  }
-  return all;
-}
 
 std::string Nest(const std::string& opening, size_t depth, const std::string& inside,
                  const std::string& closing = ")") {

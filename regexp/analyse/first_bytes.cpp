@@ -40,6 +40,7 @@ class FilterMaker {
       if (!Close() || ends || isUnknown) {
         break;
       }
+      CountLevels();
       ++window;
       if (isLast) {
         break;
@@ -73,7 +74,6 @@ class FilterMaker {
       for (int32_t i = 0; i < walk.count && !ends && !isUnknown; ++i) {
         if (now[i] != 0) {
           Step(i);
-          levels += round == 0 ? 2 : 0;
         }
         i += walk.nodes[i].op == OpClass ? walk.nodes[i].b : 0;
       }
@@ -83,6 +83,22 @@ class FilterMaker {
       }
     }
     return false;
+  }
+
+  // A record takes a level, and its repetition one more. Without a byte, the records of a repeated
+  // group can be passed to its end, and once again by a further repetition.
+  void CountLevels() {
+    int32_t passes = 1;
+    for (int32_t i = 0; i < walk.count; i = walk.BehindAtom(i)) {
+      passes += IsOpening(walk.nodes[i]) && IsRepeated(walk.GroupEnd(i)) ? 1 : 0;
+      levels += now[i] != 0 ? 2 * passes : 0;
+      passes -= walk.nodes[i].op == OpGroupEnd && IsRepeated(i) ? 1 : 0;
+    }
+  }
+
+  bool IsRepeated(int32_t groupEnd) const {
+    const ProgramNode* const quantifier = walk.QuantifierAt(groupEnd + 1);
+    return quantifier != nullptr && quantifier->b > 1;
   }
 
   void Mark(int32_t index, uint8_t bits = 1) {
@@ -170,7 +186,7 @@ class FilterMaker {
     }
     const ProgramNode* const quantifier = walk.QuantifierAt(index + 1);
     Mark(quantifier == nullptr ? index + 1 : index + 2);
-    if (quantifier != nullptr && quantifier->b > 1) {
+    if (IsRepeated(index)) {
       EnterBody(static_cast<int32_t>(walk.nodes[index].ptr));
     }
   }
