@@ -19,6 +19,7 @@
 #include <pthread.h>
 #endif
 
+#include "regexp/analyse/match_notes.h"
 #include "regexp/characters/literal.h"
 #include "regexp/object/object_layout.h"
 #include "tests/guarded_buffer.h"
@@ -447,7 +448,17 @@ Words Join(Words all, const Words& more) {
 
 // Is passed over at once, and leaves no room in the object for the set of a class behind it, nor
 // for a plan.
-std::string ClassesThatTakeTheRoom() { return "(?:" + Repeat("[qr]", 125) + "){0}"; }
+std::string ClassesThatTakeTheRoom() {
+  return "(?:" + Repeat("[qr]", RegExpFixedSize / sizeof(regexp::CharacterSet) + 1) + "){0}";
+}
+
+TEST(SearchTest, ClassesTakeTheRoom) {
+  Bench bench;
+  ASSERT_TRUE(bench.Compile(ClassesThatTakeTheRoom() + "[^ab]", {}));
+  const ProgramNode& last = regexp::ProgramOf(bench.state)[bench.state->nodeCount - 3];
+  EXPECT_EQ(last.op, OpClass);
+  EXPECT_EQ(regexp::SetNoteOf(last), nullptr);
+}
 
 const World kWorlds[] = {
     {"AllWords",
@@ -925,7 +936,8 @@ TEST(SearchTest, StackIsAsTold) {
       RunInThread(kModelStack, [&] { expected = bench.AskModel(); });
       RunInThread(kSmallStack, [&] { answer = bench.AskLibrary(); });
       EXPECT_EQ(bench.Show(answer), bench.Show(expected)) << test.pattern.substr(0, 40);
-      EXPECT_LE(bench.stackTaken, kStackPerLevel * static_cast<size_t>(limit / RegExpDepthShare) + kStackBeyond)
+      EXPECT_LE(bench.stackTaken,
+                kStackPerLevel * static_cast<size_t>(limit / RegExpDepthShare) + kStackBeyond)
           << test.pattern.substr(0, 40) << " limit " << limit;
     }
   }
