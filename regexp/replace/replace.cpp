@@ -112,9 +112,9 @@ Progress ReplaceFirst(const Job& job, const Match& match) {
 
 Progress ReplaceAll(const Job& job, const Match& matches, int32_t slotsPerMatch) {
   Progress done = {0, 0};
-  for (int32_t first = 0; first < matches.slotCount; first += slotsPerMatch) {
+  for (int64_t first = 0; first < matches.slotCount; first += slotsPerMatch) {
     // The slots of the last match may not all have had room.
-    const int32_t left = matches.slotCount - first;
+    const auto left = static_cast<int32_t>(matches.slotCount - first);
     const Match match = {matches.slots + first, left < slotsPerMatch ? left : slotsPerMatch};
     const Piece whole = TextOf(*match.slots, job);
     const int64_t start = whole.start - job.source;

@@ -161,11 +161,12 @@ template <Direction kDirection, int32_t kWidth, int32_t kBytes>
 VEK_INLINE int32_t FindInSteps(const Task& task, const HasChosen<kBytes>& probe,
                                const Allowance& allowance, int32_t* passed) {
   constexpr bool kForward = kDirection == Direction::kForward;
-  const int32_t last = task.positions - kWidth;
+  const ptrdiff_t last = task.positions - kWidth;
   int64_t effort = 0;
-  for (int32_t behind = *passed; behind < task.positions; behind += kWidth) {
-    const int32_t begin = behind < last ? behind : last;
-    const int32_t start = kForward ? begin : last - begin;
+  // A step may end behind the last position that a length can tell.
+  for (ptrdiff_t behind = *passed; behind < task.positions; behind += kWidth) {
+    const ptrdiff_t begin = behind < last ? behind : last;
+    const auto start = static_cast<int32_t>(kForward ? begin : last - begin);
     const uint64_t candidates = kWidth == kGroup
                                     ? GroupBits(probe, start)
                                     : HitBits<HasChosen<kBytes>>(probe(AnyLoad{}, start));
@@ -175,7 +176,7 @@ VEK_INLINE int32_t FindInSteps(const Task& task, const HasChosen<kBytes>& probe,
         return at;
       }
       if (effort > allowance.atStart + behind / kBlock * allowance.perBlock) {
-        *passed = behind;
+        *passed = static_cast<int32_t>(behind);
         return kGaveUp;
       }
     }
@@ -285,7 +286,7 @@ VEK_INLINE int32_t FindWithFour(const Task& task, int32_t passed) {
   const int32_t at =
       FindAmongMany<kDirection>(task, SpreadFour(task.needleLength), kForFour, &passed);
   return at != kGaveUp ? at
-                       : TwoWay<kDirection>(task.source, task.positions + task.needleLength - 1,
+                       : TwoWay<kDirection>(task.source, task.needleLength - 1 + task.positions,
                                             task.needle, task.needleLength, passed);
 }
 

@@ -50,7 +50,7 @@ struct ByBlocks {
   MemberLanes<kCount> belongs;
 
   VEK_INLINE int32_t Start(int32_t from, int32_t to) const {
-    for (; from + kBlock <= to; from += kBlock) {
+    for (; to - from >= kBlock; from += kBlock) {
       if (const uint32_t stays = HitBits<Probe>(probe(AnyLoad{}, from)); stays != 0) {
         return from + LowestBit(stays);
       }
@@ -62,7 +62,7 @@ struct ByBlocks {
   }
 
   VEK_INLINE int32_t End(int32_t from, int32_t to) const {
-    for (; from + kBlock <= to; to -= kBlock) {
+    for (; to - from >= kBlock; to -= kBlock) {
       if (const uint32_t stays = HitBits<Probe>(probe(AnyLoad{}, to - kBlock)); stays != 0) {
         return to - kBlock + HighestBit(stays) + 1;
       }
@@ -95,7 +95,7 @@ struct ByTable {
 
   VEK_INLINE int32_t Start(int32_t from, int32_t to) const {
     const uint8_t* entries = table.entries;
-    for (; from + 4 <= to; from += 4) {
+    for (; to - from >= 4; from += 4) {
       const uint8_t* p = source + from;
       if ((entries[p[0]] & entries[p[1]] & entries[p[2]] & entries[p[3]]) == 0) {
         break;
@@ -109,7 +109,7 @@ struct ByTable {
 
   VEK_INLINE int32_t End(int32_t from, int32_t to) const {
     const uint8_t* entries = table.entries;
-    for (; from + 4 <= to; to -= 4) {
+    for (; to - from >= 4; to -= 4) {
       const uint8_t* p = source + to;
       if ((entries[p[-1]] & entries[p[-2]] & entries[p[-3]] & entries[p[-4]]) == 0) {
         break;
