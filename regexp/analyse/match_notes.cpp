@@ -151,19 +151,21 @@ class NoteWriter {
       note.target = (byte | other << 8) & 0xFFFFU;
     } else if (walk.SetAt(i) != nullptr) {
       note.kind = FollowNote::kSet;
-      note.target = reinterpret_cast<uintptr_t>(walk.SetAt(i)) & 0xFFFFFFFFFFFFU;
+      note.target = static_cast<uint32_t>(i);
     } else {
       return note;
     }
-    note.isDisjoint = IsDisjoint(note, atom) ? 1 : 0;
+    note.isDisjoint = IsDisjoint(note, atom, walk.nodes) ? 1 : 0;
     return note;
   }
 
   // Whether no character of the atom begins with a byte that can follow.
-  static bool IsDisjoint(const FollowNote& note, const ProgramNode& atom) {
+  static bool IsDisjoint(const FollowNote& note, const ProgramNode& atom,
+                         const ProgramNode* program) {
     if (atom.op == OpChar) {
       const auto byte = static_cast<uint8_t>(atom.a);
-      return !Follows(note, byte) && !Follows(note, OtherCase(byte, IsCaseless(atom.c)));
+      return !Follows(note, byte, program) &&
+             !Follows(note, OtherCase(byte, IsCaseless(atom.c)), program);
     }
     if (atom.op != OpCharType && atom.op != OpClass) {
       return false;
@@ -175,12 +177,12 @@ class NoteWriter {
     if (note.kind == FollowNote::kByte) {
       return !Has(*set, note.FirstByte()) && !Has(*set, note.SecondByte());
     }
-    return AreDisjoint(*set, *note.Set());
+    return AreDisjoint(*set, note.SetIn(program));
   }
 
-  static bool Follows(const FollowNote& note, uint8_t byte) {
+  static bool Follows(const FollowNote& note, uint8_t byte, const ProgramNode* program) {
     return note.kind == FollowNote::kByte ? byte == note.FirstByte() || byte == note.SecondByte()
-                                          : Has(*note.Set(), byte);
+                                          : Has(note.SetIn(program), byte);
   }
 
   // A byte above 0x7F may begin a character that is a member.

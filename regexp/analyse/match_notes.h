@@ -42,14 +42,16 @@ struct AlternativeNote {
 struct FollowNote {
   enum Kind : uint8_t { kAnything, kByte, kSet };
 
-  uint64_t target : 48;  // kByte: one byte in both cases, or twice the same; kSet: the address
-  uint64_t kind : 4;
-  uint64_t isDisjoint : 4;  // no character that is repeated begins with such a byte
-  uint64_t passes : 8;      // records before the test; each would take of the budgets
+  // kByte: one byte in both cases, or twice the same. kSet: index of the record that has the set,
+  // as there is no room for an address.
+  uint32_t target;
+  Kind kind;
+  uint8_t isDisjoint;  // no character that is repeated begins with such a byte
+  uint8_t passes;      // records before the test; each would take of the budgets
 
   uint8_t FirstByte() const { return static_cast<uint8_t>(target); }
   uint8_t SecondByte() const { return static_cast<uint8_t>(target >> 8); }
-  const CharacterSet* Set() const { return PointerFrom<CharacterSet>(target); }
+  inline const CharacterSet& SetIn(const ProgramNode* program) const;
 };
 
 constexpr uint64_t kOptionsEnd = 32;
@@ -73,6 +75,10 @@ inline int32_t OptionsNote(const ProgramNode& node) { return static_cast<int32_t
 // The set of an OpCharType or OpClass, or null for a class without one.
 inline const CharacterSet* SetNoteOf(const ProgramNode& node) {
   return node.ptr < kOptionsEnd ? nullptr : PointerFrom<CharacterSet>(node.ptr);
+}
+
+inline const CharacterSet& FollowNote::SetIn(const ProgramNode* program) const {
+  return *SetNoteOf(program[target]);
 }
 
 // Writes the notes of a compiled program, and what is known of it as a whole. A class whose set has

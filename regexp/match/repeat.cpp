@@ -128,7 +128,7 @@ VEK_INLINE bool Matcher::CanFollow(const FollowNote& note, const uint8_t* at) co
   if (note.kind == FollowNote::kByte) {
     return *at == note.FirstByte() || *at == note.SecondByte();
   }
-  const CharacterSet& set = *note.Set();
+  const CharacterSet& set = note.SetIn(program);
   return *at < 0x80 || !isUtf8 || set.wide == Wide::kOutside ? set.member[*at] != 0 : true;
 }
 
