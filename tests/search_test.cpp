@@ -244,7 +244,7 @@ class Bench {
   GuardedBuffer objects{kLargestObject};
   GuardedBuffer usedObjects{kLargestObject};
   GuardedBuffer plainObjects{kLargestObject};
-  GuardedBuffer subjects{100000};
+  GuardedBuffer subjects{1 << 21};
   GuardedBuffer results{kMostResults * sizeof(RegExpFindResult)};
   RegExpState* used = nullptr;   // has been searched with
   RegExpState* plain = nullptr;  // claims to know of no literal; null where there is none
@@ -835,7 +835,7 @@ TEST(SearchTest, Arguments) {
 
 // As the header tells.
 constexpr size_t kStackPerLevel = 72;
-constexpr size_t kStackBeyond = 57344;
+constexpr size_t kStackBeyond = 61440;
 
 constexpr size_t kSmallStack = (kIsInstrumented ? 4096 : 256) * 1024;
 constexpr size_t kModelStack = 64 << 20;
@@ -878,6 +878,17 @@ std::string Nest(const std::string& opening, size_t depth, const std::string& in
   return Repeat(opening, depth) + inside + Repeat(closing, depth);
 }
 
+// Words of one to five letters, in runs of one length and in any order.
+std::string Mixture(size_t size) {
+  Author author(20262);
+  std::string all;
+  while (all.size() < size) {
+    const std::string word = author.Pick({"a", "bc", "def", "ghijk"});
+    all += Repeat(word, author.Chance(95) ? 1 : author.Below(600));
+  }
+  return all;
+}
+
 const Hungry kHungry[] = {
     {"^(a)*[bc]", Repeat("a", 5000)},
     {"^(?:a|b)*?[cd]", Repeat("ab", 3000)},
@@ -907,6 +918,7 @@ const Hungry kHungry[] = {
     {Nest("(?(?=a)", 499, "a", "|b)"), "a"},
     {Nest("(?(?=", 499, "a", ")a|b)") + "[cd]", "ab"},
     {"^(?>a|bc|(?=d)d|(e))*[xy]", Repeat("abcde", 20)},
+    {"^(?>a|bc|def|ghijk)*[xy]", Mixture(90000)},
 };
 
 [[gnu::noinline]] void TouchStack() {
@@ -941,6 +953,42 @@ TEST(SearchTest, StackIsAsTold) {
           << test.pattern.substr(0, 40) << " limit " << limit;
     }
   }
+}
+
+// Repetitions of changing lengths are given back one by one, down to the place that is asked for.
+TEST(SearchTest, AtomicRepetitionsAreGivenBack) {
+  Bench bench;
+  ASSERT_TRUE(bench.Compile("^(?>a|bc|def|ghijk|#)*#", {}));
+  const std::string words = Mixture(12000);
+  Author author(20263);
+  for (size_t left = 300; left > 0; --left) {
+    std::string subject = words.substr(0, author.Below(words.size()));
+    const size_t at = subject.find_last_of("acfk", author.Below(subject.size() + 1)) + 1;
+    subject.insert(at, "#");
+    bench.Place(subject);
+    EXPECT_EQ(bench.Show(bench.AskLibrary()), "0+" + std::to_string(at + 1));
+  }
+}
+
+// Within the stack that the header tells, and no more of it when that is used up.
+TEST(SearchTest, MegabyteOfAtomicRepetitions) {
+  Bench bench;
+  bench.measuresStack = !kIsInstrumented;
+  const auto expect = [&bench](const std::string& pattern, const std::string& subject,
+                               const std::string& expected) {
+    ASSERT_TRUE(bench.Compile(pattern, {}));
+    bench.Place(subject);
+    SearchAnswer answer;
+    RunInThread(kSmallStack, [&] { answer = bench.AskLibrary(); });
+    EXPECT_EQ(bench.Show(answer), expected) << pattern;
+    EXPECT_LE(bench.stackTaken, kStackPerLevel * (kDefaultLimit / 4) + kStackBeyond);
+  };
+  const std::string words = Mixture(1 << 20);
+  const std::string all = "0+" + std::to_string(words.size() + 1);
+  expect("^(?>a|bc|def|ghijk)*x", words + "x", all);
+  expect("^(?>[a-z])*x", words + "x", all);
+  expect("^(?>ab?)*x", Repeat("ab", (1 << 20) - 1) + "x", "0+2097151");
+  expect("^(?>a|bc)*x", Repeat("abc", 690000) + "x", "limit 0");
 }
 
 }  // namespace

@@ -388,6 +388,9 @@ const SearchCase kSearches[] = {
     {"^\\C*.*\\C*(?<!z)$", "sm", {{-1, '\n'}}, kAll},
     {"\\C*.*\\C*", "sg", {}, "0+2147483647 2147483647+0"},
     {"^\\C*(?>\\C*).$", "", {}, kAll, 1},
+    // Code points that count more than their bytes: the sum stays at the most.
+    {"^\\C*\\C*\\x{7FFFFFFF}{2}", "i", {}, kAll},
+    {"^(?>\\x{7FFFFFFF}+)", "i", {{450000000, 'q'}}, kAll},
 };
 
 struct Pattern {
@@ -421,6 +424,28 @@ TEST_F(SizeTest, Search) {
     EXPECT_EQ(found, test.expected) << test.pattern;
     Wipe(test.marks);
   }
+}
+
+TEST_F(SizeTest, Replace) {
+  VEKCH_NEEDS_ROOM();
+  // The template may take as much again as what lies before the match.
+  Put({{-1, 'z'}});
+  Pattern pattern("z", "", 0);
+  const uint8_t text4[] = "wxyz";
+  uint64_t memory[10];
+  auto* const replacement = reinterpret_cast<RegExpReplaceState*>(memory);
+  ASSERT_EQ(veksRegExpReplaceInit(text4, replacement), StatusNoError);
+  RegExpFindResult results[1];
+  int32_t count = 1;
+  int32_t read = kMost;
+  int32_t written = kMost;
+  EXPECT_EQ(veksRegExpReplace_8u(text, &read, room.AtEnd(size_t{kMost} + 3), &written, results,
+                                 &count, pattern.State(), replacement),
+            StatusNoError);
+  EXPECT_EQ(count, 1);
+  EXPECT_EQ(read, kMost);
+  EXPECT_EQ(written, kMost);
+  EXPECT_EQ(room.AtEnd(1)[0], 'z');
 }
 
 }  // namespace

@@ -160,14 +160,16 @@ VEKCH_API vekStatus veksRegExpSetMatchLimit(int32_t limit, RegExpState* state) V
  * What is reported lies in the subject, but for one case: a code point written as "\x{E9}" counts
  * as long as its own UTF-8 form, also where it has matched a byte that is no UTF-8, or a letter of
  * another length without regard to case. The length of a match may then differ from the bytes that
- * it covers, and reach past the end of the subject.
+ * it covers, and reach past the end of the subject; it is 2^31 - 1 where it would be more.
  *
  * How deep the tries for one start position may nest is a fourth of the match limit; a repetition
  * of one character counts once, whatever its length, each repetition of a group counts again. The
  * calling thread needs 72 bytes of stack for each, and 61440 bytes beyond: at the limit that an
  * object starts with, a stack of 256 KiB is enough for every pattern and subject. Repetitions of an
- * atomic group take none of the limit; but where some hundreds of them, of changing lengths, would
- * have to be remembered beyond what the limit allows, it counts as run out.
+ * atomic group take none of the limit; but where their lengths change, the places to go back to are
+ * kept in that stack. When there are more bytes between the first and the last of them than it has
+ * room for, about 1,300,000 at the limit that an object starts with and 300,000 at the lowest, the
+ * limit counts as run out.
  *
  * Status, in order, of which the first four write nothing: StatusNullPointer if `src`, `state`,
  * `results` or `numFind` is null; StatusLengthError if `len` is negative; StatusSizeError if

@@ -95,8 +95,8 @@ VEKCH_API vekStatus veksRegExpReplaceInit(const uint8_t* replacement,
  * Hazards, all of them without option g:
  *   - The template is held against the whole capacity, not against what the text before the match
  *     left of it. Up to 2 * *dstLen - 2 bytes are written, and `*dstLen` may come back larger than
- *     it was: keep room for twice the capacity that you pass, or pass one that is larger than the
- *     text before the match and the expanded template together.
+ *     it was, though as 2^31 - 1 at most: keep room for twice the capacity that you pass, or pass
+ *     one that is larger than the text before the match and the expanded template together.
  *   - With an empty template the rest of the source behind the match is copied WITHOUT REGARD TO
  *     THE CAPACITY, though `*dstLen` tells only of the bytes before the match. Keep room for the
  *     whole source.

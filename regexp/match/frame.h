@@ -4,6 +4,7 @@
 #ifndef VEKCH_REGEXP_MATCH_FRAME_H
 #define VEKCH_REGEXP_MATCH_FRAME_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 #include "regexp/object/record.h"
@@ -72,7 +73,8 @@ enum class Choice : uint8_t {
   kLookaround,     // the body of a look-around
   kCondition,      // the look-around that a conditional depends on
   kAtomic,         // the body of an atomic group
-  kAtomicRepeats,  // repetitions of an atomic group that can be given back
+  kAtomicRepeats,  // repetitions of an atomic group, of one length, that can be given back
+  kAtomicPlaces,   // the same, of changing lengths, see Places
   kAtomicLazy,     // an atomic group that takes one more
 };
 
@@ -80,14 +82,9 @@ enum class Choice : uint8_t {
 enum class EndPhase : uint8_t { kBody, kBehindFirst, kBehind };
 
 struct Frame {
-  Budget budget;
-  OnAbort onAbort;
-  int32_t skew;
-  uint32_t at;    // offset in the subject
-  uint32_t node;  // index of the record
-  int32_t count;  // repetitions left to give back or to take; kBytes: the lowest offset
   Choice choice;
   EndPhase phase;
+  uint32_t at;  // offset in the subject
 
   struct GroupPart {
     uint32_t captureStart;
@@ -104,15 +101,60 @@ struct Frame {
     uint32_t end;
     int32_t alternative;
     uint32_t bodyAt;
-    int32_t minimum;
-    int32_t maximum;
+    int32_t minimum;  // kAtomicRepeats: the length of each
   };
   union {
     GroupPart group;
     SubPart sub;
   };
+
+  OnAbort onAbort;
+  uint32_t node;  // index of the record
+  int32_t count;  // repetitions left to give back or to take; kBytes: the lowest offset
+  Budget budget;
+  int64_t skew;
 };
 static_assert(sizeof(Frame) == 64, "what the header promises for each level of depth");
+
+// Where the repetitions of an atomic group begin that can be given back: a bit for each byte of the
+// subject from the frame's offset on. What else is in a frame is the same for all repetitions that
+// follow each other, and is in the kAtomicRepeats below, which `sub.around` leads to; the bits take
+// its place.
+class Places {
+ public:
+  static constexpr int32_t kCount = 384;
+
+  explicit Places(Frame* frame) : words(reinterpret_cast<uint8_t*>(frame) + kWordsAt) {}
+
+  void Clear() {
+    for (int32_t i = 0; i < kCount; i += 64) {
+      kernels::StoreWord(words + i / 8, uint64_t{0});
+    }
+  }
+
+  void Add(int32_t place) {
+    words[place / 8] = static_cast<uint8_t>(words[place / 8] | 1U << (place % 8));
+  }
+
+  // Takes the last one out, of at least one.
+  int32_t TakeLast() {
+    int32_t i = kCount - 64;
+    while (kernels::LoadWord<uint64_t>(words + i / 8) == 0) {
+      i -= 64;
+    }
+    const auto word = kernels::LoadWord<uint64_t>(words + i / 8);
+    const int32_t last = kernels::HighestBit(word);
+    kernels::StoreWord(words + i / 8, word ^ uint64_t{1} << last);
+    return i + last;
+  }
+
+ private:
+  static constexpr size_t kWordsAt = sizeof(Frame) - kCount / 8;
+  static_assert(kWordsAt >= offsetof(Frame, sub) + offsetof(Frame::SubPart, end),
+                "the bits spare what is read");
+
+  uint8_t* words;  // 64 places each
+};
 
 }  // namespace vekch::regexp
 

@@ -12,7 +12,8 @@ constexpr int32_t DepthOf(int32_t matchLimit) { return matchLimit / RegExpDepthS
 
 // No more frames than levels are ever needed, but for conditions within conditions, of which the
 // number of groups allows some hundreds, and for repetitions of atomic groups, which take no level:
-// past some of them, the depth counts as used up.
+// where they change their lengths, a frame holds the places of some hundreds of bytes, and past the
+// last frame the depth counts as used up.
 constexpr int32_t kChunksAhead = 16;
 
 }  // namespace
@@ -246,7 +247,8 @@ Flow Matcher::Accept(Registers* r) {
     return SubMatched(r);
   }
   slots[0].pointer = matchStart;
-  slots[0].length = static_cast<int32_t>(MatchLength(r->at));
+  const int64_t length = MatchLength(r->at);
+  slots[0].length = length < INT32_MAX ? static_cast<int32_t>(length) : INT32_MAX;
   return Finish(MatchResult::kOk);
 }
 
@@ -288,6 +290,8 @@ Flow Matcher::Resume(Registers* r, bool aborted) {
       return SubFailed(r);
     case Choice::kAtomicRepeats:
       return GiveBackAtomic(r);
+    case Choice::kAtomicPlaces:
+      return GiveBackAtomicPlace(r);
     case Choice::kAtomicLazy:
       return TakeAtomicAgain(r);
   }
@@ -331,7 +335,7 @@ Flow Matcher::Abort(Registers* r) {
       UnwindTo(frame);
       return Resume(r, true);
     }
-    onAbort = frame->onAbort;
+    onAbort = frame->choice == Choice::kAtomicPlaces ? OnAbort() : frame->onAbort;
     LoseSteps(onAbort.LostSteps());
     frame = Below(frame);
   }

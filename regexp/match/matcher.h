@@ -165,7 +165,11 @@ class Matcher {
   Flow AtomicMatched(Registers* r, const Frame& frame);
   Flow AtomicFailed(Registers* r, const Frame& frame);
   void NoteAtomicRepeat(const Registers& r, int32_t length);
+  void PushAtomicRepeat(const Registers& r, int32_t length);
+  Frame* PlacesAbove(Frame* repeats, const Registers& r);
+  Frame* AtomicRepeatsOf(const Registers& r, Frame* last) const;
   Flow GiveBackAtomic(Registers* r);
+  Flow GiveBackAtomicPlace(Registers* r);
   Flow TakeAtomicAgain(Registers* r);
   Flow BehindAtomic(Registers* r);
 
@@ -239,7 +243,7 @@ class Matcher {
   const uint8_t* limit = nullptr;           // end of the text that is matched
   const ProgramNode* programEnd = nullptr;  // of the program, or of the program in the program
   Frame* sub = nullptr;                     // of the innermost program in the program
-  int32_t skew = 0;                         // bytes in slot 0 beyond the distance from the start
+  int64_t skew = 0;                         // bytes in slot 0 beyond the distance from the start
   int64_t lowestDepth = 0;                  // below it a record looks at both budgets
   int64_t stepsLost = 0;                    // by aborts
 

@@ -79,7 +79,7 @@ Flow Matcher::BehindLookaround(Registers* r, const Frame& frame) {
 
 // The body begins elsewhere than the look-around stands, though slot 0 stays as it is.
 void Matcher::EnterBodyAt(Registers* r, const Frame& frame) {
-  skew = frame.skew + static_cast<int32_t>(frame.at - frame.sub.bodyAt);
+  skew = frame.skew + frame.at - frame.sub.bodyAt;
   r->at = subject + frame.sub.bodyAt;
 }
 
@@ -127,7 +127,8 @@ Flow Matcher::EnterCondition(Registers* r, const ProgramNode& condition) {
 }
 
 // ---- Atomic groups. A repetition takes nothing of the budgets, and could be one of very many:
-// those of one length that follow each other share a frame.
+// those of one length that follow each other share a frame, and so do those of changing lengths
+// that begin within some hundreds of bytes.
 
 Flow Matcher::Atomic(Registers* r) {
   const ProgramNode* const quantifier = QuantifierAt(GroupEndOf(*r->node) + 1);
@@ -158,7 +159,7 @@ void Matcher::EnterAtomicBody(Registers* r, int32_t minimum, int32_t maximum) {
   const ProgramNode& opening = *r->node;
   PushSub(*r, Choice::kAtomic, GroupEndOf(opening));
   Top().sub.minimum = minimum;
-  Top().sub.maximum = maximum;
+  Top().count = maximum;
   r->node = &opening + 1;
   r->onAbort = OnAbort();
 }
@@ -173,20 +174,25 @@ Flow Matcher::AtomicMatched(Registers* r, const Frame& frame) {
   const int64_t end = MatchLength(r->at);
   Restore(frame, r);
   r->onAbort = frame.onAbort;
-  const auto length = static_cast<int32_t>(end - MatchLength(r->at));
+  int64_t length = end - MatchLength(r->at);
   const bool isDue = frame.sub.minimum > 0;
   const bool isLazy = IsLazyAtomic(*r->node);
   if (length <= 0) {
     skew += length;
     return BehindAtomic(r);
   }
+  // A place behind the end is as good as any other: what is further counts for the length alone.
+  const int64_t toBehindEnd = limit - r->at + 1;
+  const int64_t excess = length > toBehindEnd ? length - toBehindEnd : 0;
+  length -= excess;
   if (!isDue && !isLazy) {
-    NoteAtomicRepeat(*r, length);
+    NoteAtomicRepeat(*r, static_cast<int32_t>(length));
     r->onAbort = OnAbort();
   }
   r->at += length;
+  skew += excess;
   atomicMinimum = frame.sub.minimum - 1;
-  atomicMaximum = frame.sub.maximum - 1;
+  atomicMaximum = frame.count - 1;
   return Flow::kRepeat;
 }
 
@@ -198,18 +204,64 @@ Flow Matcher::AtomicFailed(Registers* r, const Frame& frame) {
 
 // A repetition of so many bytes from r.at on that may be given back.
 void Matcher::NoteAtomicRepeat(const Registers& r, int32_t length) {
-  if (top > chunkInUse->frames && Top().choice == Choice::kAtomicRepeats) {
-    Frame& last = Top();
-    const int64_t end = last.at + int64_t{last.count} * last.sub.minimum;
-    if (last.node == IndexOf(r.node) && last.budget == r.budget && last.sub.minimum == length &&
-        end == OffsetOf(r.at)) {
-      ++last.count;
+  Frame* last = Below(top);
+  if (AtomicRepeatsOf(r, last) == nullptr) {
+    PushAtomicRepeat(r, length);
+    return;
+  }
+  if (last->choice == Choice::kAtomicRepeats) {
+    if (last->sub.minimum == length) {
+      ++last->count;
       return;
     }
+    last = PlacesAbove(last, r);
   }
+  const auto place = static_cast<int32_t>(OffsetOf(r.at) - last->at);
+  if (place < Places::kCount) {
+    Places(last).Add(place);
+  } else {
+    PushAtomicRepeat(r, length);  // what follows may all be of this length
+  }
+}
+
+void Matcher::PushAtomicRepeat(const Registers& r, int32_t length) {
   Frame* const frame = Push(r, Choice::kAtomicRepeats);
   frame->sub.minimum = length;
   frame->count = 1;
+}
+
+// The frame with all that the repetitions noted in `last` have in common, if r's is one of them;
+// else null.
+Frame* Matcher::AtomicRepeatsOf(const Registers& r, Frame* last) const {
+  if (last == nullptr) {
+    return nullptr;
+  }
+  Frame* const repeats = last->choice == Choice::kAtomicPlaces ? last->sub.around : last;
+  const bool isOfThese = repeats->choice == Choice::kAtomicRepeats &&
+                         repeats->node == IndexOf(r.node) && repeats->budget == r.budget;
+  return isOfThese ? repeats : nullptr;
+}
+
+// Places for the repetition of another length that follows: those of the frame itself as well, if
+// they are few and a frame below tells the rest.
+Frame* Matcher::PlacesAbove(Frame* repeats, const Registers& r) {
+  Frame* common = AtomicRepeatsOf(r, Below(repeats));
+  const int32_t length = repeats->sub.minimum;
+  const int32_t count = repeats->count;
+  const bool areFew = OffsetOf(r.at) - repeats->at < static_cast<uint32_t>(Places::kCount);
+  Frame* frame = repeats;
+  if (common == nullptr || !areFew) {
+    common = repeats;
+    frame = Push(r, Choice::kAtomicPlaces);
+  }
+  frame->choice = Choice::kAtomicPlaces;
+  frame->sub.around = common;
+  Places places(frame);
+  places.Clear();
+  for (int32_t i = 0; frame == repeats && i < count; ++i) {
+    places.Add(i * length);
+  }
+  return frame;
 }
 
 Flow Matcher::GiveBackAtomic(Registers* r) {
@@ -219,6 +271,17 @@ Flow Matcher::GiveBackAtomic(Registers* r) {
   if (frame.count == 0) {
     --top;
     r->onAbort = frame.onAbort;
+  }
+  return BehindAtomic(r);
+}
+
+Flow Matcher::GiveBackAtomicPlace(Registers* r) {
+  Frame& frame = Top();
+  Restore(*frame.sub.around, r);
+  const int32_t place = Places(&frame).TakeLast();
+  r->at = subject + frame.at + place;
+  if (place == 0) {  // the first one that was added
+    --top;
   }
   return BehindAtomic(r);
 }

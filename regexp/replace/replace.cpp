@@ -66,6 +66,11 @@ bool CopyWhereShorter(Piece piece, uint8_t* destination, int64_t room) {
 
 constexpr int64_t kNoRoom = -1;
 
+// A length as it is reported: what passes the largest stays there.
+constexpr int32_t Reported(int64_t length) {
+  return length < INT32_MAX ? static_cast<int32_t>(length) : INT32_MAX;
+}
+
 // Expands the template for a match; returns the bytes written, or kNoRoom.
 int64_t Expand(const Job& job, const Match& match, uint8_t* destination, int64_t room) {
   int64_t written = 0;
@@ -164,7 +169,7 @@ vekStatus veksRegExpReplace_8u(const uint8_t* src, int32_t* srcLen, uint8_t* dst
   } else {
     done = ReplaceAll(job, {results, *numFind}, state->captureCount);
   }
-  *srcLen = static_cast<int32_t>(done.source);
-  *dstLen = static_cast<int32_t>(done.destination);
+  *srcLen = Reported(done.source);
+  *dstLen = Reported(done.destination);
   return status;
 }
