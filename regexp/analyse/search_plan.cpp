@@ -3,7 +3,6 @@
 #include "regexp/analyse/first_bytes.h"
 #include "regexp/analyse/program_walk.h"
 #include "regexp/characters/bytes.h"
-#include "regexp/characters/literal.h"
 #include "strings/kernels/block.h"
 #include "strings/kernels/clear_words.h"
 #include "strings/kernels/commonness.h"

@@ -21,7 +21,7 @@
 #include <stdint.h>
 
 #include "regexp/analyse/match_notes.h"
-#include "regexp/characters/literal.h"
+#include "regexp/characters/bytes.h"
 #include "regexp/match/frame.h"
 #include "unicode/utf8.h"
 #include "vekch/regexp.h"

@@ -60,6 +60,16 @@ inline const uint8_t* RunOf(const ProgramNode& node) {
   return PointerFrom<uint8_t>(node.ptr);
 }
 
+// The bytes of an OpChar or OpString.
+struct Literal {
+  const uint8_t* bytes;
+  int32_t length;
+
+  explicit Literal(const ProgramNode& node)
+      : bytes(node.op == OpString ? RunOf(node) : reinterpret_cast<const uint8_t*>(&node.a)),
+        length(node.op == OpString ? node.b : 1) {}
+};
+
 }  // namespace vekch::regexp
 
 #endif

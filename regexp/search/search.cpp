@@ -5,8 +5,8 @@
 
 #include "frame/checks.h"
 #include "regexp/characters/bytes.h"
-#include "regexp/characters/literal.h"
 #include "regexp/match/matcher.h"
+#include "regexp/search/literal_search.h"
 #include "regexp/search/start_scan.h"
 #include "unicode/utf8.h"
 

@@ -1,6 +1,6 @@
 #include "regexp/search/start_scan.h"
 
-#include "regexp/characters/literal.h"
+#include "regexp/search/literal_search.h"
 #include "unicode/utf8.h"
 
 namespace vekch::regexp {

@@ -1,7 +1,7 @@
-// The literals of a compiled program, looked for in a subject.
+// The literals of a program, looked for in a subject.
 
-#ifndef VEKCH_REGEXP_CHARACTERS_LITERAL_H
-#define VEKCH_REGEXP_CHARACTERS_LITERAL_H
+#ifndef VEKCH_REGEXP_SEARCH_LITERAL_SEARCH_H
+#define VEKCH_REGEXP_SEARCH_LITERAL_SEARCH_H
 
 #include <stdint.h>
 
@@ -15,15 +15,6 @@
 namespace vekch::regexp {
 
 constexpr int32_t kNotFound = -1;
-
-struct Literal {
-  const uint8_t* bytes;
-  int32_t length;
-
-  explicit Literal(const ProgramNode& node)
-      : bytes(node.op == OpString ? RunOf(node) : reinterpret_cast<const uint8_t*>(&node.a)),
-        length(node.op == OpString ? node.b : 1) {}
-};
 
 // Where the bytes of a literal stand that texts hold least often in both cases; the second is the
 // first again in a literal of one byte.
