@@ -1,5 +1,6 @@
 #include "regexp/analyse/first_bytes.h"
 
+#include "regexp/analyse/levels.h"
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/properties.h"
 
@@ -7,7 +8,6 @@ namespace vekch::regexp {
 namespace {
 
 constexpr int32_t kMostRounds = 8;
-constexpr int32_t kOwnLevels = 4;  // that loops and the last test may take beside the records
 
 // Follows every way through the program at once, a byte at a time. For each record there is a set
 // of bits that says how it can have been reached: bit n where n bytes of a string, or n
@@ -318,7 +318,7 @@ class FilterMaker {
   uint8_t* filter;
   uint8_t bit = 1;
   int32_t current = -1;
-  int32_t levels = kOwnLevels;
+  int32_t levels = kSlackLevels;
   bool changed = false;
   bool ends = false;         // a match can be over here
   bool isUnknown = false;    // anything can follow here

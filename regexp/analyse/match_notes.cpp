@@ -1,5 +1,6 @@
 #include "regexp/analyse/match_notes.h"
 
+#include "regexp/analyse/levels.h"
 #include "regexp/analyse/program_walk.h"
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/properties.h"
@@ -9,7 +10,6 @@ namespace vekch::regexp {
 namespace {
 
 constexpr int32_t kMostPasses = 100;
-constexpr int32_t kOwnLevels = 4;  // of the search, and of the last test
 
 class NoteWriter {
  public:
@@ -210,7 +210,7 @@ class NoteWriter {
   // levels again each time.
   int32_t MostDepth() {
     const ProgramWalk walk(*state);
-    int64_t depth = kOwnLevels;
+    int64_t depth = kSlackLevels;
     for (int32_t i = 0; i < count; ++i) {
       const ProgramNode& node = nodes[i];
       depth = depth < INT32_MAX - 2 ? depth + 2 : INT32_MAX;

@@ -1,6 +1,7 @@
 #include "regexp/analyse/search_plan.h"
 
 #include "regexp/analyse/first_bytes.h"
+#include "regexp/analyse/levels.h"
 #include "regexp/analyse/program_walk.h"
 #include "regexp/characters/bytes.h"
 #include "strings/kernels/block.h"
@@ -14,7 +15,6 @@ constexpr int32_t kMostRecords = 2000;  // of a program that gets a plan
 constexpr uint8_t kNewline = '\n';
 constexpr int32_t kLongSubject = 128;  // for which a plan pays at once
 constexpr int32_t kManySearches = 4;
-constexpr int32_t kSlack = 4;  // levels that loops and the last test may take beside the records
 
 // How often the bytes up to a value occur in texts, in about a thousand bytes.
 struct Weights {
@@ -52,7 +52,7 @@ class PlanMaker {
 
   void Run() {
     const bool isSingle = FactsOf(state)->firstAlternative == 0;  // no alternatives at top level
-    plan->strategy = SearchPlan::kEverywhere;
+    plan->strategy = SearchPlan::kNoPrefilter;
     for (int32_t value = 0; value < 256; ++value) {
       work[value] = 0;
     }
@@ -77,13 +77,13 @@ class PlanMaker {
   bool BeginsLine() {
     return walk.count > 0 && walk.nodes[0].op == OpAssert &&
            walk.nodes[0].a == RegExpAssertLineStart && walk.QuantifierAt(1) == nullptr &&
-           Use(SearchPlan::kLineStart, kSlack);
+           Use(SearchPlan::kLineStart, kSlackLevels);
   }
 
   bool UseLiteral(int32_t index, int32_t distance, int32_t passes) {
     plan->literal = index;
     plan->distance = distance;
-    return Use(SearchPlan::kLiteral, passes + kSlack);
+    return Use(SearchPlan::kPrefixLiteral, passes + kSlackLevels);
   }
 
   bool IsExactLiteral(int32_t index) const {
@@ -148,13 +148,13 @@ class PlanMaker {
         !walk.HasAlternatives(i) && IsExactLiteral(i + 1)) {
       ConsiderLiteral(i + 1, least, passes + 2, isExact && sets == 1 && least <= 1 && passes == 2);
     }
-    return plan->strategy == SearchPlan::kRunLiteral;
+    return plan->strategy == SearchPlan::kInnerLiteral;
   }
 
   // Takes the literal if it is the first one, or rarer by far, in a run that ends with the line.
   void ConsiderLiteral(int32_t index, int32_t least, int32_t passes, bool isSimple) {
     const int32_t weight = RarestOf(walk.nodes[index]);
-    const bool isFirst = plan->strategy != SearchPlan::kRunLiteral;
+    const bool isFirst = plan->strategy != SearchPlan::kInnerLiteral;
     if (!isFirst && (weight * 2 >= literalWeight || work[kNewline] != 0)) {
       return;
     }
@@ -166,7 +166,7 @@ class PlanMaker {
     }
     const uint8_t first = Literal(walk.nodes[index]).bytes[0];
     plan->runDecides = isSimple && work[first] == 0 && !LooksBack(index);
-    Use(SearchPlan::kRunLiteral, passes + kSlack);
+    Use(SearchPlan::kInnerLiteral, passes + kSlackLevels);
   }
 
   static int32_t RarestOf(const ProgramNode& node) {
@@ -236,7 +236,7 @@ class PlanMaker {
       }
     }
     plan->window = static_cast<uint8_t>(shortest - 1);
-    return Use(SearchPlan::kWords, kSlack);
+    return Use(SearchPlan::kHashedPairs, kSlackLevels);
   }
 
   void UseFilter() {
@@ -244,7 +244,7 @@ class PlanMaker {
         FindFirstBytes(walk, FactsOf(state)->firstAlternative, work, plan->bytes);
     plan->window = static_cast<uint8_t>(known.window);
     if (plan->window != 0) {
-      Use(SearchPlan::kFilter, known.levels < 0 ? FactsOf(state)->mostDepth : known.levels);
+      Use(SearchPlan::kClassWindow, known.levels < 0 ? FactsOf(state)->mostDepth : known.levels);
       UsePair();
     }
   }
@@ -275,7 +275,7 @@ class PlanMaker {
     const bool isKnown = best[0] < kEverySecond || best[1] < kEverySecond;
     const bool isRare = best[0] * best[1] < kRarePair * kEverySecond;
     if (isKnown && (isRare || pair.rangeCount <= kFewRanges)) {
-      plan->strategy = SearchPlan::kPair;
+      plan->strategy = SearchPlan::kPackedPair;
     }
   }
 
@@ -368,7 +368,7 @@ const SearchPlan* PlanFor(RegExpState* state, int32_t length) {
   auto* const plan = reinterpret_cast<SearchPlan*>(room.Take(sizeof(SearchPlan)));
   *plan = {};
   PlanMaker(state, plan, room.Begin()).Run();
-  if (plan->strategy == SearchPlan::kWords) {
+  if (plan->strategy == SearchPlan::kHashedPairs) {
     room.Take(kPairHashes);  // what was made there stays
   }
   facts->plan = room.OffsetOf(reinterpret_cast<const uint8_t*>(plan));

@@ -16,31 +16,49 @@
 namespace vekch::regexp {
 
 struct alignas(8) SearchPlan {
+  // Prefilters by the names of the literature, each with a pattern that takes it and one that
+  // doesn't.
   enum Strategy : uint8_t {
-    kEverywhere,
-    kLineStart,   // where a line begins
-    kLiteral,     // at a fixed distance from a literal
-    kRunLiteral,  // within a run of bytes that a literal ends
-    kFilter,      // by the sets that a match's first bytes belong to
-    kPair,        // the same, and two of those bytes are rare enough to look for them first
-    kWords,  // by the pairs of bytes that the literals begin with, of which the pattern is made
+    kNoPrefilter,
+    // Where a line begins. ".*x", not "a.*x".
+    kLineStart,
+    // At a fixed distance from a literal that is found by a substring search. "ab+c" and
+    // "(?<=x)[ab]", not "[ab]c".
+    kPrefixLiteral,
+    // A required literal inside is found first, then the run of the classes in front of it is
+    // walked backwards to where a match can begin ("reverse inner": A. Gallant, Regex engine
+    // internals as a library, 2023). "\w+@\w", not "\w+[@#]".
+    kInnerLiteral,
+    // By the classes of the first bytes, one bit for each place: forwards with few places, else
+    // backwards through a window, as the bit-parallel suffix automaton does (BNDM: G. Navarro and
+    // M. Raffinot, A bit-parallel approach to suffix automata, 1998). "[^,][^;]", not "\1|x".
+    kClassWindow,
+    // The same, after a look for the two of these bytes that texts hold least often, 64 places at
+    // a time ("packed pair": W. Mula, SIMD-friendly algorithms for substring searching, 2016).
+    // "[A-Z][a-z]+", not "[^,][^;]".
+    kPackedPair,
+    // Alternatives of literals, all at once: backwards through a window of hashed pairs of bytes
+    // (L. Salmela, J. Tarhio, J. Kytojoki, Multipattern string matching with q-grams, 2006).
+    // "license|program", not "if|then".
+    kHashedPairs,
   };
 
   Strategy strategy;
   uint8_t window;         // how many bytes are known, or pairs of bytes
   uint8_t isAtWordStart;  // no match begins behind a word byte
-  uint8_t runDecides;     // kRunLiteral: what fails in a run's beginning fails all along the run
+  uint8_t runDecides;     // kInnerLiteral: what fails in a run's beginning fails all along the run
   int32_t depth;          // that has to be there for places to be passed over
-  int32_t literal;        // kLiteral, kRunLiteral: index of the record
-  int32_t distance;       // kLiteral: from the match's start; kRunLiteral: the least such distance
+  int32_t literal;        // kPrefixLiteral, kInnerLiteral: index of the record
+  // kPrefixLiteral: from the match's start; kInnerLiteral: the least such distance
+  int32_t distance;
   kernels::BytePair pair;
-  // kFilter, kPair: bit k for a byte that may stand at place k of a match. kRunLiteral: not 0 for a
-  // byte of the run.
+  // kClassWindow, kPackedPair: bit k for a byte that may stand at place k of a match.
+  // kInnerLiteral: not 0 for a byte of the run.
   uint8_t bytes[256];
 };
 
-// kWords: bit k for the hash of two bytes that may stand at the places k and k + 1 of a match; a
-// letter counts in both cases. The table follows the plan.
+// kHashedPairs: bit k for the hash of two bytes that may stand at the places k and k + 1 of a
+// match; a letter counts in both cases. The table follows the plan.
 constexpr int32_t kPairHashes = 2048;
 
 VEK_INLINE uint32_t PairHash(uint8_t first, uint8_t second) {

@@ -5,6 +5,7 @@
 
 #include <stdint.h>
 
+#include "regexp/object/record.h"
 #include "strings/kernels/attributes.h"
 #include "vekch/regexp_program.h"
 
@@ -39,6 +40,13 @@ VEK_INLINE bool SameBytes(const uint8_t* inSubject, const uint8_t* expected, int
     ++i;
   }
   return i >= length;
+}
+
+// Whether a literal's record accepts what begins at `at`.
+VEK_INLINE bool StandsAt(const ProgramNode& node, const uint8_t* at, const uint8_t* end) {
+  const Literal literal(node);
+  return end - at >= literal.length &&
+         SameBytes(at, literal.bytes, literal.length, IsCaseless(node.c));
 }
 
 }  // namespace vekch::regexp

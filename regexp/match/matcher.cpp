@@ -8,7 +8,7 @@ namespace vekch::regexp {
 namespace {
 
 // One level is the search's own.
-constexpr int32_t DepthOf(int32_t matchLimit) { return matchLimit / RegExpDepthShare - 1; }
+inline int32_t OwnDepth(const RegExpState& state) { return DepthLimit(state) - 1; }
 
 // No more frames than levels are ever needed, but for conditions within conditions, of which the
 // number of groups allows some hundreds, and for repetitions of atomic groups, which take no level:
@@ -26,11 +26,10 @@ Matcher::Matcher(RegExpState* patternState, const uint8_t* text, int32_t length)
       subject(text),
       subjectEnd(text + length),
       isUtf8(patternState->characterFormat != 0),
-      undoesLess(patternState->matchLimit / RegExpDepthShare > FactsOf(patternState)->mostDepth &&
+      undoesLess(DepthLimit(*patternState) > FactsOf(patternState)->mostDepth &&
                  FactsOf(patternState)->readsOpenGroups == 0),
-      fullBudget(DepthOf(patternState->matchLimit), patternState->matchLimit),
-      mostChunks(DepthOf(patternState->matchLimit) / (kFramesInChunk - kSpareFrames) +
-                 kChunksAhead) {}
+      fullBudget(OwnDepth(*patternState), patternState->matchLimit),
+      mostChunks(OwnDepth(*patternState) / (kFramesInChunk - kSpareFrames) + kChunksAhead) {}
 
 void Matcher::ClearSlots() {
   for (int32_t slot = 1; slot < state->captureCount; ++slot) {
@@ -314,7 +313,7 @@ constexpr bool IsSub(Choice choice) {
 void Matcher::LoseSteps(int64_t count) {
   stepsLost += count;
   // The steps can't run out before the depth as long as fewer are lost than they are ahead.
-  if (stepsLost >= state->matchLimit - state->matchLimit / RegExpDepthShare) {
+  if (stepsLost >= state->matchLimit - DepthLimit(*state)) {
     lowestDepth = INT64_MAX;
   }
 }

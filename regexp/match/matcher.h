@@ -56,13 +56,8 @@ class Matcher {
   // Whether what begins at a record begins with a literal that does not stand at `at`.
   bool FailsAtOnce(const ProgramNode* first, const uint8_t* at, const uint8_t* end) const {
     const ProgramNode* const wholeEnd = program + state->nodeCount;
-    if (first >= wholeEnd || !IsLiteral(*first) ||
-        (first + 1 < wholeEnd && IsQuantifier(first[1]))) {
-      return false;
-    }
-    const Literal literal(*first);
-    return end - at < literal.length ||
-           !SameBytes(at, literal.bytes, literal.length, IsCaseless(first->c));
+    return first < wholeEnd && IsLiteral(*first) &&
+           !(first + 1 < wholeEnd && IsQuantifier(first[1])) && !StandsAt(*first, at, end);
   }
 
   // What is left of the steps. Aborts lower it for good, below zero as well.

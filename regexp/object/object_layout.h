@@ -123,6 +123,9 @@ inline RegExpFindResult* SlotsOf(RegExpState* state) {
   return reinterpret_cast<RegExpFindResult*>(state + 1) - state->captureCount;
 }
 
+// How deep a match may go.
+inline int32_t DepthLimit(const RegExpState& state) { return state.matchLimit / RegExpDepthShare; }
+
 // What is left of the room. Parts of it are handed out for as long as the pattern lives; who gets
 // none does without what he wanted to keep there, and says so where he asks.
 class FreeRoom {

@@ -1,7 +1,7 @@
-#include "regexp/search/start_scan.h"
+#include "regexp/search/start_positions.h"
 
+#include "regexp/characters/bytes.h"
 #include "regexp/search/literal_search.h"
-#include "unicode/utf8.h"
 
 namespace vekch::regexp {
 namespace {
@@ -56,19 +56,45 @@ const uint8_t* FindWindowForward(const uint8_t* at, const uint8_t* end, const Se
 
 }  // namespace
 
-StartScan::StartScan(const RegExpState* state, const SearchPlan* searchPlan, const Text& text)
-    : program(ProgramOf(state)),
-      plan(searchPlan),
-      subject(text.subject),
-      first(text.first),
-      textEnd(text.end),
-      isUtf8(text.isUtf8),
-      atLineStarts(text.atLineStarts) {}
+// ---- The rule.
 
-const uint8_t* StartScan::Next(const uint8_t* at) {
-  while (at != nullptr && at <= textEnd) {
+namespace {
+
+StartRule::Way WayOf(const RegExpState& state) {
+  const ProgramNode* const program = ProgramOf(&state);
+  if (state.nodeCount == 0 || program[0].op != OpAssert || FactsOf(&state)->firstAlternative != 0) {
+    return StartRule::kEveryCharacter;
+  }
+  const int32_t letter = program[0].a;
+  if (letter == RegExpAssertLineOrSubjectStart && (state.compileFlags & RegExpOptionM) != 0) {
+    return StartRule::kLineStarts;
+  }
+  const bool isStart = letter == RegExpAssertSubjectStart || letter == RegExpAssertSearchStart ||
+                       letter == RegExpAssertLineOrSubjectStart;
+  const bool isOptional = state.nodeCount > 1 && IsQuantifier(program[1]) && program[1].a == 0;
+  return isStart && !isOptional ? StartRule::kFirst : StartRule::kEveryCharacter;
+}
+
+}  // namespace
+
+StartRule StartRuleFor(RegExpState* state, int32_t length) {
+  const StartRule::Way way = WayOf(*state);
+  if (way == StartRule::kFirst) {
+    return {way, nullptr};
+  }
+  const SearchPlan* const plan = PlanFor(state, length);
+  const bool applies = plan != nullptr && plan->strategy != SearchPlan::kNoPrefilter &&
+                       DepthLimit(*state) > plan->depth;
+  return {way, applies ? plan : nullptr};
+}
+
+// ---- The positions.
+
+const uint8_t* StartPositions::NextByPlan(const uint8_t* at) {
+  while (at != nullptr && at <= text.end) {
     at = Candidate(at);
-    if (at != nullptr && atLineStarts && at != first && !IsLineStart(at)) {
+    if (at != nullptr && rule.way == StartRule::kLineStarts && at != text.first &&
+        !IsLineStart(at)) {
       at = NextLineStart(at);
     } else if (at == nullptr || IsPlace(at)) {
       return at;
@@ -79,74 +105,72 @@ const uint8_t* StartScan::Next(const uint8_t* at) {
   return nullptr;
 }
 
-const uint8_t* StartScan::Candidate(const uint8_t* at) {
+const uint8_t* StartPositions::Candidate(const uint8_t* at) {
   switch (plan->strategy) {
     case SearchPlan::kLineStart:
       return NextLineStart(at);
-    case SearchPlan::kLiteral:
+    case SearchPlan::kPrefixLiteral:
       return NextLiteral(at);
-    case SearchPlan::kRunLiteral:
+    case SearchPlan::kInnerLiteral:
       return NextInRun(at);
-    case SearchPlan::kFilter:
-    case SearchPlan::kPair:
-      return NextByFilter(at);
-    case SearchPlan::kWords:
+    case SearchPlan::kClassWindow:
+    case SearchPlan::kPackedPair:
+      return NextByClasses(at);
+    case SearchPlan::kHashedPairs:
       return NextWord(at);
     default:
       return at;
   }
 }
 
-const uint8_t* StartScan::Behind(const uint8_t* at) const {
-  if (plan->runDecides != 0 && runLiteral != nullptr && runLiteral >= at) {
-    return runLiteral + 1;
-  }
-  return at + 1;
+// What follows the run in which a try has failed that decides for all of it.
+const uint8_t* StartPositions::BehindRun(const uint8_t* at) const {
+  return runLiteral != nullptr && runLiteral >= at ? runLiteral + 1 : at + 1;
 }
 
 // Not within a character.
-bool StartScan::IsPlace(const uint8_t* at) const {
-  if (!isUtf8 || at == textEnd || !IsUtf8Continuation(*at)) {
+bool StartPositions::IsPlace(const uint8_t* at) const {
+  if (!text.isUtf8 || at == text.end || !IsUtf8Continuation(*at)) {
     return true;
   }
   const uint8_t* lead = at;
-  while (lead > first && at - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
+  while (lead > text.first && at - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
     --lead;
   }
-  return lead == at || ReadUtf8(lead, textEnd).length <= at - lead;
+  return lead == at || ReadUtf8(lead, text.end).length <= at - lead;
 }
 
-const uint8_t* StartScan::NextLineStart(const uint8_t* at) const {
+const uint8_t* StartPositions::NextLineStart(const uint8_t* at) const {
   if (IsLineStart(at)) {
     return at;
   }
-  const auto length = static_cast<int32_t>(textEnd - at);
+  const auto length = static_cast<int32_t>(text.end - at);
   const int32_t newline = length == 0 ? kNotFound : kernels::FindByte(at, length, '\n');
   return newline == kNotFound ? nullptr : at + newline + 1;
 }
 
-const uint8_t* StartScan::NextLiteral(const uint8_t* at) const {
+const uint8_t* StartPositions::NextLiteral(const uint8_t* at) const {
   const Literal literal(program[plan->literal]);
-  if (plan->distance < 0 && at - subject < -plan->distance) {
-    at = subject - plan->distance;
-    if (at > textEnd) {
+  if (plan->distance < 0 && at - text.subject < -plan->distance) {
+    at = text.subject - plan->distance;
+    if (at > text.end) {
       return nullptr;
     }
   }
   const uint8_t* const from = at + plan->distance;
-  const int32_t found = FindFirst(from, static_cast<int32_t>(textEnd - from), literal, false);
+  const int32_t found = FindFirst(from, static_cast<int32_t>(text.end - from), literal, false);
   return found == kNotFound ? nullptr : from + found - plan->distance;
 }
 
-const uint8_t* StartScan::NextInRun(const uint8_t* at) {
+const uint8_t* StartPositions::NextInRun(const uint8_t* at) {
   const Literal literal(program[plan->literal]);
   for (;;) {
-    if (textEnd - at < plan->distance) {
+    if (text.end - at < plan->distance) {
       return nullptr;
     }
     if (runLiteral == nullptr || runLiteral < at + plan->distance) {
       const uint8_t* const from = at + plan->distance;
-      const int32_t found = FindFirst(from, static_cast<int32_t>(textEnd - from), literal, false);
+      const int32_t found = FindFirst(from, static_cast<int32_t>(text.end - from), literal, false);
       if (found == kNotFound) {
         return nullptr;
       }
@@ -164,36 +188,36 @@ const uint8_t* StartScan::NextInRun(const uint8_t* at) {
   }
 }
 
-const uint8_t* StartScan::NextByFilter(const uint8_t* at) {
+const uint8_t* StartPositions::NextByClasses(const uint8_t* at) {
   for (;; ++at) {
-    at = plan->strategy == SearchPlan::kPair ? NextPair(at) : NextWindow(at);
-    if (at == nullptr || plan->isAtWordStart == 0 || at == subject || !IsWordByte(at[-1])) {
+    at = plan->strategy == SearchPlan::kPackedPair ? NextPair(at) : NextWindow(at);
+    if (at == nullptr || plan->isAtWordStart == 0 || at == text.subject || !IsWordByte(at[-1])) {
       return at;
     }
-    while (at + 1 < textEnd && IsWordByte(at[1])) {
+    while (at + 1 < text.end && IsWordByte(at[1])) {
       ++at;
     }
   }
 }
 
-const uint8_t* StartScan::NextWindow(const uint8_t* at) {
+const uint8_t* StartPositions::NextWindow(const uint8_t* at) {
   if (plan->window < kLeastToSkip) {
-    return FindWindowForward(at, textEnd, *plan);
+    return FindWindowForward(at, text.end, *plan);
   }
   const uint8_t* const bytes = plan->bytes;
-  return FindBackward(at, textEnd, plan->window,
+  return FindBackward(at, text.end, plan->window,
                       [bytes](const uint8_t* p) { return uint32_t{bytes[*p]}; });
 }
 
-const uint8_t* StartScan::NextWord(const uint8_t* at) const {
+const uint8_t* StartPositions::NextWord(const uint8_t* at) const {
   const uint8_t* const table = PairTableOf(*plan);
-  return FindBackward(at, textEnd - 1, plan->window,
+  return FindBackward(at, text.end - 1, plan->window,
                       [table](const uint8_t* p) { return uint32_t{table[PairHash(p[0], p[1])]}; });
 }
 
 // Places are looked at 64 at a time, and remembered; the last ones by the filter alone.
-const uint8_t* StartScan::NextPair(const uint8_t* at) {
-  const uint8_t* const end = textEnd - (plan->window - 1);
+const uint8_t* StartPositions::NextPair(const uint8_t* at) {
+  const uint8_t* const end = text.end - (plan->window - 1);
   for (;;) {
     if (pairsFrom == nullptr || at - pairsFrom >= kernels::kGroup) {
       if (end - at < kernels::kGroup) {
