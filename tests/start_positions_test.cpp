@@ -1,0 +1,115 @@
+// Which way and which prefilter a pattern's start positions are found by: each is taken by one
+// pattern and left by a like one. That the answers are the same either way is the business of the
+// searches' tests.
+
+#include "regexp/search/start_positions.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "vekch/vekch.h"
+
+namespace vekch::regexp {
+namespace {
+
+constexpr int32_t kLong = 1000;  // a subject that a plan is made for at once
+
+class Pattern {
+ public:
+  Pattern(const std::string& text, const std::string& options) {
+    const auto* bytes = reinterpret_cast<const uint8_t*>(text.c_str());
+    int32_t size = 0;
+    int32_t offset = 0;
+    veksRegExpGetSize(bytes, &size);
+    block.resize(static_cast<size_t>(size) / sizeof block[0]);
+    EXPECT_EQ(
+        veksRegExpInit(bytes, reinterpret_cast<const uint8_t*>(options.c_str()), State(), &offset),
+        StatusNoError);
+  }
+
+  RegExpState* State() { return reinterpret_cast<RegExpState*>(block.data()); }
+
+ private:
+  std::vector<uint64_t> block;
+};
+
+TEST(StartPositionsTest, PrefiltersOfPatterns) {
+  using Plan = SearchPlan;
+  struct Case {
+    const char* pattern;
+    Plan::Strategy strategy;
+  };
+  const Case cases[] = {
+      {".*x", Plan::kLineStart},
+      {"a.*x", Plan::kPrefixLiteral},
+      {"ab+c", Plan::kPrefixLiteral},
+      {"(?<=x)[ab]", Plan::kPrefixLiteral},
+      {"[ab]c", Plan::kPackedPair},
+      {"\\w+@\\w", Plan::kInnerLiteral},
+      {"\\w+[@#]", Plan::kClassWindow},
+      {"[A-Z][a-z]+", Plan::kPackedPair},
+      {"[^,a-f;i-n][^,a-f;i-n]", Plan::kClassWindow},
+      {"license|program", Plan::kHashedPairs},
+      {"if|then", Plan::kPackedPair},
+      {"\\d?", Plan::kNoPrefilter},
+      {"(a)?\\1b", Plan::kNoPrefilter},
+  };
+  for (const Case& test : cases) {
+    Pattern pattern(test.pattern, "");
+    const Plan* const plan = PlanFor(pattern.State(), kLong);
+    ASSERT_NE(plan, nullptr) << test.pattern;
+    EXPECT_EQ(plan->strategy, test.strategy) << test.pattern;
+  }
+}
+
+TEST(StartPositionsTest, RulesOfPatterns) {
+  struct Case {
+    const char* pattern;
+    const char* options;
+    StartRule::Way way;
+  };
+  const Case cases[] = {
+      {"^abc", "", StartRule::kFirst},
+      {"^abc", "m", StartRule::kLineStarts},
+      {"\\Aabc", "m", StartRule::kFirst},
+      {"\\Gabc", "", StartRule::kFirst},
+      {"^*abc", "", StartRule::kEveryCharacter},
+      {"^a|b", "", StartRule::kEveryCharacter},
+      {"\\Zabc", "", StartRule::kEveryCharacter},
+      {"(^abc)", "", StartRule::kEveryCharacter},
+  };
+  for (const Case& test : cases) {
+    Pattern pattern(test.pattern, test.options);
+    const StartRule rule = StartRuleFor(pattern.State(), kLong);
+    EXPECT_EQ(rule.way, test.way) << test.pattern;
+    EXPECT_EQ(rule.plan == nullptr, test.way == StartRule::kFirst) << test.pattern;
+  }
+}
+
+// A short subject isn't worth a plan until the object has been used some times, and without the
+// depth that places passed over could have taken none is used.
+TEST(StartPositionsTest, WhenAPlanIsUsed) {
+  Pattern pattern("[ab]c", "");
+  for (int32_t search = 0; search < 4; ++search) {
+    EXPECT_EQ(StartRuleFor(pattern.State(), 10).plan, nullptr);
+  }
+  EXPECT_NE(StartRuleFor(pattern.State(), 10).plan, nullptr);
+  veksRegExpSetMatchLimit(20, pattern.State());
+  EXPECT_EQ(StartRuleFor(pattern.State(), kLong).plan, nullptr);
+
+  Pattern manyClasses(
+      [] {
+        std::string text;
+        for (int32_t i = 0; i < 200; ++i) {
+          text += "[ab]{0}";
+        }
+        return text + "[ab]c";
+      }(),
+      "");
+  EXPECT_EQ(StartRuleFor(manyClasses.State(), kLong).plan, nullptr);  // no room is left
+}
+
+}  // namespace
+}  // namespace vekch::regexp
