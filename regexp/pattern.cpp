@@ -2,7 +2,7 @@
 // found out about the program right away, its settings.
 
 #include "frame/checks.h"
-#include "regexp/analyse/match_notes.h"
+#include "regexp/analyse/analyse.h"
 #include "regexp/compile/compiler.h"
 #include "regexp/object/object_layout.h"
 #include "strings/kernels/clear_words.h"
@@ -30,7 +30,7 @@ vekStatus veksRegExpInit(const uint8_t* pattern, const uint8_t* options, RegExpS
     *errorOffset = static_cast<int32_t>(fault.place - pattern);
     return fault.status;
   }
-  vekch::regexp::WriteNotes(state);
+  vekch::regexp::Analyse(state);
   return StatusNoError;
 }
 

@@ -19,9 +19,9 @@
 #include <pthread.h>
 #endif
 
-#include "regexp/analyse/match_notes.h"
-#include "regexp/characters/literal.h"
+#include "regexp/characters/character_set.h"
 #include "regexp/object/object_layout.h"
+#include "regexp/object/record_notes.h"
 #include "tests/guarded_buffer.h"
 #include "tests/match_model.h"
 #include "unicode/utf8.h"
@@ -457,7 +457,7 @@ TEST(SearchTest, ClassesTakeTheRoom) {
   ASSERT_TRUE(bench.Compile(ClassesThatTakeTheRoom() + "[^ab]", {}));
   const ProgramNode& last = regexp::ProgramOf(bench.state)[bench.state->nodeCount - 3];
   EXPECT_EQ(last.op, OpClass);
-  EXPECT_EQ(regexp::SetNoteOf(last), nullptr);
+  EXPECT_EQ(regexp::SetOf(last), nullptr);
 }
 
 const World kWorlds[] = {

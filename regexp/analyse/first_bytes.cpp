@@ -2,6 +2,7 @@
 
 #include "regexp/analyse/levels.h"
 #include "regexp/characters/bytes.h"
+#include "regexp/characters/character_set.h"
 #include "regexp/characters/properties.h"
 
 namespace vekch::regexp {
@@ -107,7 +108,7 @@ class FilterMaker {
   }
 
   void MarkAlternatives(int32_t alternative) {
-    for (; alternative != 0; alternative = NoteOf<AlternativeNote>(walk.nodes[alternative]).next) {
+    for (; alternative != 0; alternative = AlternativeNoteOf(walk.nodes[alternative]).next) {
       Mark(alternative + 1);
     }
   }
@@ -137,7 +138,7 @@ class FilterMaker {
         OpenGroup(index);
         return;
       case OpAlternative: {
-        const int32_t groupEnd = NoteOf<AlternativeNote>(node).groupEnd;
+        const int32_t groupEnd = AlternativeNoteOf(node).groupEnd;
         Mark(groupEnd == 0 ? walk.count : groupEnd);
         return;
       }
@@ -175,7 +176,7 @@ class FilterMaker {
       body = walk.nodes[body].op == OpBackref ? body + 1 : walk.GroupEnd(body) + 1;
     }
     Mark(body);
-    MarkAlternatives(NoteOf<GroupNote>(walk.nodes[index]).firstAlternative);
+    MarkAlternatives(GroupNoteOf(walk.nodes[index]).firstAlternative);
   }
 
   void EndGroup(int32_t index) {
@@ -187,7 +188,7 @@ class FilterMaker {
     const ProgramNode* const quantifier = walk.QuantifierAt(index + 1);
     Mark(quantifier == nullptr ? index + 1 : index + 2);
     if (IsRepeated(index)) {
-      EnterBody(static_cast<int32_t>(walk.nodes[index].ptr));
+      EnterBody(OpeningOf(walk.nodes[index]));
     }
   }
 
@@ -197,7 +198,7 @@ class FilterMaker {
     for (int32_t i = 0; i < walk.count; i = walk.BehindAtom(i)) {
       const ProgramNode& node = walk.nodes[i];
       if (node.op == OpCodePoint &&
-          ((node.a >= 0x80 && node.a < 0x100) || IsCaseless(OptionsNote(node)))) {
+          ((node.a >= 0x80 && node.a < 0x100) || IsCaseless(OptionsOf(node)))) {
         return true;
       }
     }
@@ -262,7 +263,7 @@ class FilterMaker {
         return;
       case OpCharType:
       case OpClass: {
-        const CharacterSet* const set = SetNoteOf(node);
+        const CharacterSet* const set = SetOf(node);
         if (set == nullptr) {
           isUnknown = true;
           return;
@@ -303,9 +304,9 @@ class FilterMaker {
       case OpGrapheme:
         return true;
       case OpCategory:
-        return InCategorySet(value, node.ptr);
+        return InCategorySet(value, CategoriesOf(node));
       case OpCodePoint:
-        return MatchPropertyItem(value, &node, OptionsNote(node) & RegExpOptionI) >= 0;
+        return MatchPropertyItem(value, &node, OptionsOf(node) & RegExpOptionI) >= 0;
       default:
         return MatchPropertyItem(value, &node, 0) >= 0;
     }

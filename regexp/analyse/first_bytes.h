@@ -6,7 +6,7 @@
 
 #include <stdint.h>
 
-#include "regexp/analyse/program_walk.h"
+#include "regexp/object/program_walk.h"
 
 namespace vekch::regexp {
 

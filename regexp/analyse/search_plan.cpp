@@ -2,8 +2,9 @@
 
 #include "regexp/analyse/first_bytes.h"
 #include "regexp/analyse/levels.h"
-#include "regexp/analyse/program_walk.h"
 #include "regexp/characters/bytes.h"
+#include "regexp/characters/character_set.h"
+#include "regexp/object/program_walk.h"
 #include "strings/kernels/block.h"
 #include "strings/kernels/clear_words.h"
 #include "strings/kernels/commonness.h"
@@ -190,8 +191,7 @@ class PlanMaker {
       }
       return literal.length;
     }
-    const CharacterSet* const set =
-        node.op == OpCharType || node.op == OpClass ? SetNoteOf(node) : nullptr;
+    const CharacterSet* const set = HasSet(node) ? SetOf(node) : nullptr;
     if (set == nullptr) {
       return 0;
     }

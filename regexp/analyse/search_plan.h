@@ -8,7 +8,8 @@
 
 #include <stdint.h>
 
-#include "regexp/analyse/match_notes.h"
+#include "regexp/object/object_layout.h"
+#include "regexp/object/record_notes.h"
 #include "strings/kernels/attributes.h"
 #include "strings/kernels/find_pair_kernels.h"
 #include "vekch/regexp_program.h"

@@ -156,7 +156,10 @@ constexpr Wide Either(Wide a, Wide b) {
 }
 
 void AddByte(uint8_t byte, bool caseless, CharacterSet* set) {
-  set->member[byte] = set->member[OtherCase(byte, caseless)] = 0xFF;
+  set->member[byte] = 0xFF;
+  if (caseless) {
+    set->member[OtherCase(byte)] = 0xFF;
+  }
 }
 
 void AddSet(const CharacterSet& other, CharacterSet* set) {

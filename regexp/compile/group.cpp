@@ -43,7 +43,7 @@ Fault ProgramBuilder::OpenBracket() {
 
 Fault ProgramBuilder::OpenGroup(uint32_t op, int32_t length, int32_t c) {
   const bool isNegative = op == OpAtomic || (op >= OpLookbehind && op <= OpNegLookahead);
-  groups[serial] = {nodeCount, innermost, 0, 0, 0, {{options, 0, 0}}};
+  groups[serial] = {nodeCount, innermost, {{options, classEnd, 0, 0}}};
   Append(op, isNegative ? -serial : serial, 0, c);
   innermost = serial++;
   at += length;

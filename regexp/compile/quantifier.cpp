@@ -81,7 +81,7 @@ Fault ProgramBuilder::Quantifier() {
       // It holds or does not, however often it is asked; and need not hold if asked no times.
       if (bounds.minimum == 0) {
         nodeCount = opening;
-        classEnd = classEnd > opening ? -1 : classEnd;
+        classEnd = groups[SerialOf(last)].compiling.classEnd;
         lastOfRun = lastOfRun < opening ? lastOfRun : -1;
       }
       return kNoFault;

@@ -11,7 +11,7 @@ namespace vekch::regexp {
 
 // Puts aside what a group's records are about to change.
 void Matcher::SaveGroup(const ProgramNode& opening, Frame* frame) {
-  const GroupEntry& entry = EntryOf(opening);
+  const GroupEntry::Matching& entry = EntryOf(opening);
   Frame::GroupPart& part = frame->group;
   part.minimum = entry.minimum;
   part.maximum = entry.maximum;
@@ -26,30 +26,34 @@ void Matcher::SaveGroup(const ProgramNode& opening, Frame* frame) {
 
 Flow Matcher::OpenGroup(Registers* r) {
   const ProgramNode& opening = *r->node;
-  const ProgramNode* const quantifier = QuantifierAt(GroupEndOf(opening) + 1);
-  if (quantifier != nullptr && quantifier->b == 0) {
-    r->node = quantifier + 1;
-    return Flow::kNext;
-  }
-  if (quantifier == nullptr && IsPlainGroup(opening) &&
-      NoteOf<GroupNote>(opening).firstAlternative == 0) {
-    ++r->node;  // nothing to choose, nothing to undo
-    return Flow::kNext;
-  }
-  if (IsPassedOnce(opening) && NoteOf<GroupNote>(opening).firstAlternative == 0) {
-    EntryOf(opening).start = OffsetOf(r->at);
-    ++r->node;
-    return Flow::kNext;
+  const GroupNote note = GroupNoteOf(opening);
+  const ProgramNode& behind = *(GroupEndOf(opening) + 1);  // the quantifier of one that is repeated
+  switch (note.way) {
+    case GroupWay::kPassedOver:
+      r->node = &behind + 1;
+      return Flow::kNext;
+    case GroupWay::kTransparent:
+      ++r->node;
+      return Flow::kNext;
+    case GroupWay::kCertain:
+      if (undoesLess) {
+        EntryOf(opening).start = OffsetOf(r->at);
+        ++r->node;
+        return Flow::kNext;
+      }
+      break;
+    default:
+      break;
   }
   Frame* const frame = Push(*r, Choice::kGroup);
   SaveGroup(opening, frame);
-  GroupEntry& entry = EntryOf(opening);
-  entry.minimum = quantifier == nullptr ? 1 : quantifier->a;
-  entry.maximum = quantifier == nullptr ? 1 : quantifier->b;
+  GroupEntry::Matching& entry = EntryOf(opening);
+  entry.minimum = IsRepeated(note.way) ? behind.a : 1;
+  entry.maximum = IsRepeated(note.way) ? behind.b : 1;
   entry.start = OffsetOf(r->at);
-  if (quantifier != nullptr && quantifier->op == OpLazy && quantifier->a == 0) {
+  if (note.way == GroupWay::kSkippedFirst) {
     frame->choice = Choice::kSkippedGroup;
-    r->node = quantifier + 1;
+    r->node = &behind + 1;
     r->onAbort = OnAbort();
     return Flow::kNext;
   }
@@ -85,7 +89,7 @@ Flow Matcher::EnterBody(Registers* r, const ProgramNode& opening) {
     const bool isSet = condition.a < state->captureCount && slots[condition.a].length != -1;
     return EnterBranch(r, opening, isSet);
   }
-  Top().group.alternative = NoteOf<GroupNote>(opening).firstAlternative;
+  Top().group.alternative = GroupNoteOf(opening).firstAlternative;
   r->node = &opening + 1;
   if (undoesLess && Top().group.alternative != 0 && FailsAtOnce(r->node, r->at, limit)) {
     return Flow::kFail;
@@ -95,7 +99,7 @@ Flow Matcher::EnterBody(Registers* r, const ProgramNode& opening) {
 
 Flow Matcher::EnterBranch(Registers* r, const ProgramNode& opening, bool holds) {
   const ProgramNode& condition = *(&opening + 1);
-  const int32_t alternative = NoteOf<GroupNote>(opening).firstAlternative;
+  const int32_t alternative = GroupNoteOf(opening).firstAlternative;
   if (holds) {
     r->node = condition.op == OpBackref ? &condition + 1 : GroupEndOf(condition) + 1;
   } else {
@@ -109,10 +113,10 @@ Flow Matcher::EnterBranch(Registers* r, const ProgramNode& opening, bool holds) 
 Flow Matcher::EnterAlternative(Registers* r, const ProgramNode& opening) {
   Frame& frame = Top();
   int32_t index = frame.group.alternative;
-  int32_t next = NoteOf<AlternativeNote>(program[index]).next;
+  int32_t next = AlternativeNoteOf(program[index]).next;
   while (undoesLess && next != 0 && FailsAtOnce(program + index + 1, r->at, limit)) {
     index = next;
-    next = NoteOf<AlternativeNote>(program[index]).next;
+    next = AlternativeNoteOf(program[index]).next;
   }
   const ProgramNode& alternative = program[index];
   frame.group.alternative = next;
@@ -129,22 +133,23 @@ Flow Matcher::NextAlternative(Registers* r) {
   Frame& frame = Top();
   Restore(frame, r);
   const ProgramNode& opening = *r->node;
-  const ProgramNode* const quantifier = QuantifierAt(GroupEndOf(opening) + 1);
+  const GroupWay way = GroupNoteOf(opening).way;
   if (frame.group.alternative != 0) {
     const Flow flow = EnterAlternative(r, opening);
-    if (frame.group.alternative == 0 &&
-        (IsPassedOnce(opening) || (quantifier == nullptr && IsPlainGroup(opening)))) {
-      --top;  // no other choice is left, and there is nothing to undo
+    const bool undoesNothing =
+        way == GroupWay::kChoice || (way == GroupWay::kCertainChoice && undoesLess);
+    if (frame.group.alternative == 0 && undoesNothing) {
+      --top;  // nor is another choice left
       r->onAbort = frame.onAbort;
     }
     return flow;
   }
   Undo(frame);
   --top;
-  if (quantifier == nullptr || quantifier->a > 0 || quantifier->op == OpLazy) {
+  if (way != GroupWay::kOptional) {
     return Flow::kFail;
   }
-  r->node = quantifier + 1;
+  r->node = GroupEndOf(opening) + 2;
   r->onAbort = frame.onAbort;
   return Flow::kNext;
 }
@@ -152,10 +157,9 @@ Flow Matcher::NextAlternative(Registers* r) {
 // ---- Where a repetition ends.
 
 Flow Matcher::EndGroup(Registers* r) {
-  const ProgramNode& opening = program[r->node->ptr];
-  const ProgramNode* const quantifier = QuantifierAt(r->node + 1);
-  if (quantifier != nullptr) {
-    return EndRepetition(r, opening, *quantifier);
+  const ProgramNode& opening = program[OpeningOf(*r->node)];
+  if (IsRepeated(GroupNoteOf(opening).way)) {
+    return EndRepetition(r, opening, *(r->node + 1));
   }
   if (opening.op == OpCapture) {
     if (!undoesLess) {
@@ -183,7 +187,7 @@ Flow Matcher::EndRepetition(Registers* r, const ProgramNode& opening,
   Frame* const frame = Push(*r, Choice::kGroupEnd);
   SaveGroup(opening, frame);
   Capture(opening, r->at);
-  GroupEntry& entry = EntryOf(opening);
+  GroupEntry::Matching& entry = EntryOf(opening);
   const bool isEmpty = entry.start == OffsetOf(r->at);
   --entry.minimum;
   --entry.maximum;
@@ -205,7 +209,7 @@ Flow Matcher::EndRepetition(Registers* r, const ProgramNode& opening,
 
 Flow Matcher::GoBehind(Registers* r, EndPhase phase) {
   Top().phase = phase;
-  r->node = QuantifierAt(r->node + 1) + 1;
+  r->node += 2;  // the end, and the quantifier
   return Flow::kNext;
 }
 
@@ -219,8 +223,8 @@ Flow Matcher::FailGroupEnd() {
 Flow Matcher::ResumeGroupEnd(Registers* r, bool aborted) {
   Frame& frame = Top();
   Restore(frame, r);
-  const ProgramNode& opening = program[r->node->ptr];
-  GroupEntry& entry = EntryOf(opening);
+  const ProgramNode& opening = program[OpeningOf(*r->node)];
+  GroupEntry::Matching& entry = EntryOf(opening);
   switch (frame.phase) {
     case EndPhase::kBody: {
       if (aborted) {
@@ -229,7 +233,7 @@ Flow Matcher::ResumeGroupEnd(Registers* r, bool aborted) {
       if (frame.group.alternative != 0) {
         return EnterAlternative(r, opening);
       }
-      const bool isLazy = QuantifierAt(r->node + 1)->op == OpLazy;
+      const bool isLazy = (r->node + 1)->op == OpLazy;
       return entry.minimum > 0 || isLazy ? FailGroupEnd() : GoBehind(r, EndPhase::kBehind);
     }
     case EndPhase::kBehindFirst:

@@ -126,7 +126,7 @@ Flow Matcher::Record(Registers* r) {
     case OpAssert:
       return Assertion(r);
     case OpAlternative: {
-      const int32_t groupEnd = NoteOf<AlternativeNote>(*r->node).groupEnd;
+      const int32_t groupEnd = AlternativeNoteOf(*r->node).groupEnd;
       if (r->node->a < 1) {  // a match here may be empty where others may not
         return Accept(r);
       }
@@ -196,7 +196,7 @@ Flow Matcher::Assertion(Registers* r) {
 bool Matcher::AssertionHolds(const ProgramNode& node, const uint8_t* at) const {
   const bool atStart = at == subject;
   const bool atEnd = at == limit;
-  const bool isMultiLine = (OptionsNote(node) & RegExpOptionM) != 0;
+  const bool isMultiLine = (OptionsOf(node) & RegExpOptionM) != 0;
   const auto isLineStart = [at] { return at[-1] == '\n'; };
   const auto isLastNewline = [this, at] { return limit - at == 1 && *at == '\n'; };
   const auto changesWord = [this, at, atStart] {
@@ -390,9 +390,9 @@ void Matcher::Undo(const Frame& frame) {
     return;
   }
   const ProgramNode& record = program[frame.node];
-  const ProgramNode& opening = record.op == OpGroupEnd ? program[record.ptr] : record;
+  const ProgramNode& opening = record.op == OpGroupEnd ? program[OpeningOf(record)] : record;
   const Frame::GroupPart& part = frame.group;
-  GroupEntry& entry = EntryOf(opening);
+  GroupEntry::Matching& entry = EntryOf(opening);
   entry.minimum = part.minimum;
   entry.maximum = part.maximum;
   entry.start = part.start;

@@ -20,9 +20,11 @@
 
 #include <stdint.h>
 
-#include "regexp/analyse/match_notes.h"
 #include "regexp/characters/bytes.h"
+#include "regexp/characters/character_set.h"
 #include "regexp/match/frame.h"
+#include "regexp/object/object_layout.h"
+#include "regexp/object/record_notes.h"
 #include "unicode/utf8.h"
 #include "vekch/regexp.h"
 #include "vekch/regexp_program.h"
@@ -199,26 +201,12 @@ class Matcher {
     return atom.op == OpCodePoint ? Utf8Length(static_cast<uint32_t>(atom.a)) - length : 0;
   }
 
-  const ProgramNode* GroupEndOf(const ProgramNode& opening) const {
-    return &opening + opening.b + 1;
-  }
-  // A group that neither captures nor decides.
-  static bool IsPlainGroup(const ProgramNode& opening) {
-    return opening.op == OpGroup || opening.op == OpOptionGroup;
-  }
-  // A group whose slot and entry need not be put back.
-  bool IsPassedOnce(const ProgramNode& opening) const {
-    return undoesLess && opening.op == OpCapture && NoteOf<GroupNote>(opening).isCertain != 0;
-  }
   // The quantifier at a record, or null.
   const ProgramNode* QuantifierAt(const ProgramNode* node) const {
-    return node < programEnd && IsQuantifier(*node) ? node : nullptr;
+    return regexp::QuantifierAt(node, programEnd);
   }
-  static const ProgramNode* BehindAtom(const ProgramNode& atom) {
-    return &atom + 1 + (atom.op == OpClass ? atom.b : 0);
-  }
-  GroupEntry& EntryOf(const ProgramNode& record) const {
-    return groups[record.a < 0 ? -record.a : record.a];
+  GroupEntry::Matching& EntryOf(const ProgramNode& record) const {
+    return groups[SerialOf(record)].matching;
   }
 
   RegExpState* const state;

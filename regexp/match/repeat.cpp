@@ -35,7 +35,7 @@ int32_t Matcher::CharacterLength(const ProgramNode& atom, const uint8_t* at) con
       return 1;
     case OpCharType:
     case OpClass: {
-      const CharacterSet* const set = SetNoteOf(atom);
+      const CharacterSet* const set = SetOf(atom);
       const bool isAlone = *at < 0x80 || !isUtf8;
       return set != nullptr && isAlone ? set->member[*at] & 1 : WideLength(atom, at);
     }
@@ -46,11 +46,11 @@ int32_t Matcher::CharacterLength(const ProgramNode& atom, const uint8_t* at) con
   const auto value = static_cast<int32_t>(character.value);
   switch (atom.op) {
     case OpCategory:
-      return InCategorySet(value, atom.ptr) ? character.length : 0;
+      return InCategorySet(value, CategoriesOf(atom)) ? character.length : 0;
     case OpCodePoint:
     case OpRange:
     case OpScript: {
-      const int32_t caseless = atom.op == OpCodePoint ? OptionsNote(atom) & RegExpOptionI : 0;
+      const int32_t caseless = atom.op == OpCodePoint ? OptionsOf(atom) & RegExpOptionI : 0;
       return MatchPropertyItem(value, &atom, caseless) >= 0 ? character.length : 0;
     }
     default:
@@ -73,13 +73,13 @@ int32_t Matcher::CharacterLength(const ProgramNode& atom, const uint8_t* at) con
 
 // The same for a set, where the answer is not simply that for a byte.
 int32_t Matcher::WideLength(const ProgramNode& atom, const uint8_t* at) const {
-  const CharacterSet* const set = SetNoteOf(atom);
+  const CharacterSet* const set = SetOf(atom);
   if (set != nullptr && set->wide == Wide::kOutside) {
     return 0;
   }
   const Utf8Character character = isUtf8 ? ReadUtf8(at, limit) : Utf8Character{*at, 1};
   if (set == nullptr) {
-    const bool caseless = IsCaseless(OptionsNote(atom));
+    const bool caseless = IsCaseless(OptionsOf(atom));
     return InClass(static_cast<int32_t>(character.value), atom, caseless) ? character.length : 0;
   }
   if (character.length == 1) {
@@ -95,7 +95,7 @@ int32_t Matcher::WideLength(const ProgramNode& atom, const uint8_t* at) const {
 int32_t Matcher::CopyLength(const ProgramNode& atom, const uint8_t* at) const {
   const RegExpFindResult& slot = slots[atom.a];
   if (slot.length < 0 || slot.length > limit - at ||
-      !SameBytes(at, slot.pointer, slot.length, IsCaseless(OptionsNote(atom)))) {
+      !SameBytes(at, slot.pointer, slot.length, IsCaseless(OptionsOf(atom)))) {
     return -1;
   }
   return slot.length;
@@ -156,7 +156,7 @@ VEK_INLINE bool Matcher::IsOfBytes(const ProgramNode& atom) const {
   if (atom.op != OpCharType && atom.op != OpClass) {
     return false;
   }
-  const CharacterSet* const set = SetNoteOf(atom);
+  const CharacterSet* const set = SetOf(atom);
   return !isUtf8 || (set != nullptr && set->wide == Wide::kOutside);
 }
 
@@ -165,7 +165,7 @@ VEK_INLINE const uint8_t* Matcher::EndOfBytes(const ProgramNode& atom, const uin
   if (atom.op == OpAnyByte) {
     return end;
   }
-  const CharacterSet* const set = atom.op == OpChar ? nullptr : SetNoteOf(atom);
+  const CharacterSet* const set = atom.op == OpChar ? nullptr : SetOf(atom);
   if (set == nullptr) {  // a class may have found no room for its set
     while (at < end && CharacterLength(atom, at) != 0) {
       ++at;
@@ -202,8 +202,7 @@ VEK_INLINE Flow Matcher::RepeatCharacters(Registers* r, const ProgramNode& atom)
   const uint8_t* end = r->at;
   const uint8_t* lowest = end;
   int32_t count = 0;
-  const CharacterSet* const set =
-      atom.op == OpCharType || atom.op == OpClass ? SetNoteOf(atom) : nullptr;
+  const CharacterSet* const set = HasSet(atom) ? SetOf(atom) : nullptr;
   while (count < quantifier.b && end < limit) {
     if (count >= quantifier.a && set != nullptr && set->wide == Wide::kInside &&
         quantifier.b - count >= limit - end) {
@@ -230,7 +229,7 @@ VEK_INLINE Flow Matcher::TryFrom(Registers* r, const ProgramNode& atom, Choice c
                                  const uint8_t* end, const uint8_t* lowest) {
   const ProgramNode& quantifier = *BehindAtom(atom);
   r->budget.TakeDepth();
-  const auto follow = NoteOf<FollowNote>(quantifier);
+  const auto follow = FollowNoteOf(quantifier);
   bool isLast = end == lowest;
   if (FollowApplies(follow, r->budget)) {
     while (!CanFollow(follow, end)) {
@@ -268,7 +267,7 @@ Flow Matcher::GiveBack(Registers* r) {
   Restore(frame, r);
   const ProgramNode& atom = *r->node;
   const uint8_t* const lowest = subject + frame.count;
-  const auto follow = NoteOf<FollowNote>(*BehindAtom(atom));
+  const auto follow = FollowNoteOf(*BehindAtom(atom));
   const bool applies = FollowApplies(follow, r->budget);
   do {
     if (r->at == lowest) {
@@ -383,7 +382,7 @@ Flow Matcher::TakeOneMore(Registers* r) {
   Restore(frame, r);
   const ProgramNode& atom = *r->node;
   const ProgramNode& quantifier = *BehindAtom(atom);
-  const auto follow = NoteOf<FollowNote>(quantifier);
+  const auto follow = FollowNoteOf(quantifier);
   const bool applies = FollowApplies(follow, r->budget);
   do {
     const int32_t length = frame.count == 0 ? -1 : RepetitionLength(atom, r->at);

@@ -13,7 +13,7 @@ void Matcher::PushSub(const Registers& r, Choice choice, const ProgramNode* end)
   frame->sub.around = sub;
   frame->sub.end = IndexOf(programEnd);
   frame->sub.bodyAt = OffsetOf(r.at);
-  frame->sub.alternative = NoteOf<GroupNote>(*r.node).firstAlternative;
+  frame->sub.alternative = GroupNoteOf(*r.node).firstAlternative;
   sub = frame;
   programEnd = end;
 }
@@ -48,7 +48,7 @@ Flow Matcher::SubFailed(Registers* r) {
   Restore(frame, r);
   if (frame.sub.alternative != 0) {
     const ProgramNode& alternative = program[frame.sub.alternative];
-    frame.sub.alternative = NoteOf<AlternativeNote>(alternative).next;
+    frame.sub.alternative = AlternativeNoteOf(alternative).next;
     r->node = &alternative + 1;
     EnterBodyAt(r, frame);
     return Flow::kNext;

@@ -42,13 +42,9 @@ struct GroupEntry {
   int32_t opening;  // index of the opening record
   int32_t around;   // serial of the group around it, 0 at top level
 
-  // While it is matched.
-  int32_t minimum;  // repetitions that are still due
-  int32_t maximum;  // repetitions that are still allowed
-  uint32_t start;   // offset in the subject where the current repetition began
-
   struct Compiling {
     int32_t options;       // in force outside the group
+    int32_t classEnd;      // index behind the items of the last class in front of the group
     int32_t alternatives;  // how often "|" stands in it
     int32_t fixedLength;   // of the closed body, -1 if it is not fixed
   };
@@ -56,9 +52,16 @@ struct GroupEntry {
     int32_t lastAlternative;  // index of its record, 0 for none yet
     int32_t depth;            // levels that what is around takes up to the group
   };
+  struct Matching {
+    int32_t minimum;  // repetitions that are still due
+    int32_t maximum;  // repetitions that are still allowed
+    uint32_t start;   // offset in the subject where the current repetition began
+    int32_t unused[3];
+  };
   union {
     Compiling compiling;
     Analysing analysing;
+    Matching matching;
   };
 };
 

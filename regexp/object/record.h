@@ -34,16 +34,32 @@ constexpr bool IsLookaround(const ProgramNode& node) {
 }
 
 // How an operation counts in a fixed length: one of RegExpWidth...; an unknown one counts nothing.
-constexpr int32_t WidthRule(const ProgramNode& node) {
 #define VEKCH_REGEXP_WIDTH(name, width, zeroWidth, a, b, c, ptr) width,
-  constexpr int32_t kRules[] = {VEKCH_REGEXP_OPERATIONS(VEKCH_REGEXP_WIDTH)};
+inline constexpr uint8_t kWidthRules[] = {VEKCH_REGEXP_OPERATIONS(VEKCH_REGEXP_WIDTH)};
 #undef VEKCH_REGEXP_WIDTH
+constexpr int32_t WidthRule(const ProgramNode& node) {
   const uint32_t index = node.op - RegExpFirstOperation;
-  return index < RegExpOperationCount ? kRules[index] : RegExpWidthNone;
+  return index < RegExpOperationCount ? kWidthRules[index] : int32_t{RegExpWidthNone};
 }
 
 // The serial of the group that an opening, an alternative or an end belongs to, 0 at top level.
 constexpr int32_t SerialOf(const ProgramNode& node) { return node.a < 0 ? -node.a : node.a; }
+
+// The end of a group, by its opening record.
+inline const ProgramNode* GroupEndOf(const ProgramNode& opening) {
+  return &opening + opening.b + 1;
+}
+
+// How many records further the one behind an atom is, where its quantifier is if it has one.
+constexpr int32_t AtomSize(const ProgramNode& atom) {
+  return 1 + (atom.op == OpClass ? atom.b : 0);
+}
+inline const ProgramNode* BehindAtom(const ProgramNode& atom) { return &atom + AtomSize(atom); }
+
+// The quantifier at a record that may be the end of the program, or null.
+inline const ProgramNode* QuantifierAt(const ProgramNode* node, const ProgramNode* programEnd) {
+  return node < programEnd && IsQuantifier(*node) ? node : nullptr;
+}
 
 // An address that is kept as a number.
 template <class Object>

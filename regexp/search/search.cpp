@@ -41,7 +41,7 @@ class Driver {
     matcher.ClearSlots();
     MatchResult result = matcher.Match(program, at, end);
     for (int32_t i = firstAlternative; result == MatchResult::kFail && i != 0;
-         i = NoteOf<AlternativeNote>(program[i]).next) {
+         i = AlternativeNoteOf(program[i]).next) {
       const ProgramNode* const first = program + i + 1;
       if (rule.plan == nullptr || !matcher.FailsAtOnce(first, at, end)) {
         result = matcher.Match(first, at, end);

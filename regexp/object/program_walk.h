@@ -1,11 +1,12 @@
-// Walking along a compiled program, whose notes are written, without matching anything.
+// Walking along a compiled program by the indices of its records, without matching anything.
 
-#ifndef VEKCH_REGEXP_ANALYSE_PROGRAM_WALK_H
-#define VEKCH_REGEXP_ANALYSE_PROGRAM_WALK_H
+#ifndef VEKCH_REGEXP_OBJECT_PROGRAM_WALK_H
+#define VEKCH_REGEXP_OBJECT_PROGRAM_WALK_H
 
 #include <stdint.h>
 
-#include "regexp/analyse/match_notes.h"
+#include "regexp/object/object_layout.h"
+#include "regexp/object/record_notes.h"
 
 namespace vekch::regexp {
 
@@ -17,18 +18,16 @@ struct ProgramWalk {
       : nodes(ProgramOf(&state)), count(state.nodeCount) {}
 
   const ProgramNode* QuantifierAt(int32_t index) const {
-    return index < count && IsQuantifier(nodes[index]) ? &nodes[index] : nullptr;
+    return regexp::QuantifierAt(nodes + index, nodes + count);
   }
 
   // The index behind an atom, where its quantifier stands if it has one.
-  int32_t BehindAtom(int32_t index) const {
-    return index + 1 + (nodes[index].op == OpClass ? nodes[index].b : 0);
-  }
+  int32_t BehindAtom(int32_t index) const { return index + AtomSize(nodes[index]); }
 
   int32_t GroupEnd(int32_t opening) const { return opening + nodes[opening].b + 1; }
 
   bool HasAlternatives(int32_t opening) const {
-    return NoteOf<GroupNote>(nodes[opening]).firstAlternative != 0;
+    return GroupNoteOf(nodes[opening]).firstAlternative != 0;
   }
 
   // Whether every way leads from a record to the next one, without anything read.
@@ -72,8 +71,7 @@ struct ProgramWalk {
 
   // The set of characters that the record is, or null.
   const CharacterSet* SetAt(int32_t index) const {
-    const uint32_t op = nodes[index].op;
-    return op == OpCharType || op == OpClass ? SetNoteOf(nodes[index]) : nullptr;
+    return HasSet(nodes[index]) ? SetOf(nodes[index]) : nullptr;
   }
 };
 
