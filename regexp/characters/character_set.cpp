@@ -9,6 +9,8 @@ namespace {
 
 // ---- The shorthands.
 
+constexpr int32_t kNewline = '\n';
+
 struct Shorthand {
   int32_t letter;
   const char* ranges;  // pairs of a first and a last byte
@@ -33,7 +35,7 @@ constexpr bool IsMeant(int32_t value, const Shorthand& shorthand) {
 constexpr CharacterSet SetOf(const Shorthand& shorthand, bool withNewline) {
   CharacterSet set = {};
   for (int32_t value = 0; value < 256; ++value) {
-    const bool isMember = IsMeant(value, shorthand) || (withNewline && value == '\n');
+    const bool isMember = IsMeant(value, shorthand) || (withNewline && value == kNewline);
     set.member[value] = isMember ? 0xFF : 0;
   }
   // The ranges are of ASCII.
@@ -61,8 +63,8 @@ struct ShorthandSets {
 
   constexpr bool TellNewlines() const {
     for (int32_t i = 0; i < kShorthandCount; ++i) {
-      const bool isAlways = sets[i].member['\n'] != 0;
-      const bool isEver = setsByOptionS[i].member['\n'] != 0;
+      const bool isAlways = sets[i].member[kNewline] != 0;
+      const bool isEver = setsByOptionS[i].member[kNewline] != 0;
       const int32_t newline = kShorthands[i].newline;
       if (newline != (isAlways ? RegExpNewlineAlways
                       : isEver ? RegExpNewlineByOptionS

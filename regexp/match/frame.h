@@ -8,7 +8,7 @@
 #include <stdint.h>
 
 #include "regexp/object/record.h"
-#include "strings/kernels/attributes.h"
+#include "strings/kernels/block.h"
 
 namespace vekch::regexp {
 
