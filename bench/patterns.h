@@ -76,6 +76,38 @@ constexpr Pattern kPatterns[] = {
      "A look ahead behind every byte of a word, each but the last in vain."},
 };
 
+// Short fields that match, as programs take them apart by the million: each is searched for within
+// its subjects, and matched against them from end to end.
+struct Field {
+  const char* name;
+  const char* text;
+  const char* subjects[3];
+};
+
+constexpr Field kFields[] = {
+    {"number", "[-+]?\\d+(?:\\.\\d+)?", {"42", "-3.14159", "+1234567.5"}},
+    {"date and time",
+     "(\\d{4})-(\\d\\d)-(\\d\\d)[T ](\\d\\d):(\\d\\d):(\\d\\d)",
+     {"2021-03-04T05:06:07", "1999-12-31 23:59:59", "2026-11-22T00:00:00"}},
+    {"key = value", "(\\w+)\\s*=\\s*(\\S+)", {"key = value", "x=1", "log_level = warning"}},
+    {"UUID",
+     "[0-9a-f]{8}-(?:[0-9a-f]{4}-){3}[0-9a-f]{12}",
+     {"123e4567-e89b-12d3-a456-426614174000", "00000000-0000-0000-0000-000000000000",
+      "f81d4fae-7dec-11d0-a765-00a0c91e6bf6"}},
+    {"e-mail",
+     "([\\w.+-]+)@([\\w-]+(?:\\.[\\w-]+)+)",
+     {"ada@example.org", "linus.b+lists@mail.example.com", "a@b.c"}},
+    {"path",
+     "(?:/[^/]+)*/([^/.]+)\\.(\\w+)",
+     {"/usr/share/doc/readme.txt", "/a.b", "/var/log/syslog.1"}},
+    {"colour", "#(?:[0-9a-fA-F]{6}|[0-9a-fA-F]{3})", {"#ffcc00", "#ABC", "#1e90ff"}},
+    {"log line",
+     "(\\S+) - (\\S+) \\[([^\\]]+)\\] \"([^\"]*)\" (\\d{3}) (\\d+)",
+     {"10.0.0.1 - ada [04/Mar/2021:05:06:07 +0000] \"GET / HTTP/1.1\" 200 512",
+      "192.168.17.200 - - [31/Dec/1999:23:59:59 +0000] \"POST /api/v2 HTTP/1.0\" 404 0",
+      "127.0.0.1 - root [22/Nov/2026:00:00:00 +0000] \"HEAD /index.html HTTP/1.1\" 301 17"}},
+};
+
 }  // namespace vekch_bench
 
 #endif

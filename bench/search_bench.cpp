@@ -166,5 +166,26 @@ const Family kSearch([] {
   }
 });
 
+// A call for each subject, as in a loop over fields.
+void RunField(const Field& field, bool isWhole) {
+  const std::string text = isWhole ? "^(?:" + std::string(field.text) + ")$" : field.text;
+  const std::string name = std::string(field.name) + (isWhole ? ", whole" : "");
+  const Pattern pattern = {name.c_str(), text.c_str(), "", Needs::kNothing, ""};
+  std::vector<std::string_view> subjects(std::begin(field.subjects), std::end(field.subjects));
+  int64_t bytes = 0;
+  for (const std::string_view subject : subjects) {
+    bytes += static_cast<int64_t>(subject.size());
+  }
+  RunPattern(pattern, "search_fields", bytes, false,
+             [&](auto& search) { return CountLines(search, subjects); });
+}
+
+const Family kFieldSearch([] {
+  for (const Field& field : kFields) {
+    RunField(field, false);
+    RunField(field, true);
+  }
+});
+
 }  // namespace
 }  // namespace vekch_bench

@@ -353,7 +353,9 @@ const SearchPlan* PlanFor(RegExpState* state, int32_t length) {
   if (facts->planless == kNeverPlanned) {
     return nullptr;
   }
-  if (length < kLongSubject && facts->planless < kManySearches) {
+  // Where groups repeat so that tries can grow without end, the plan's help is needed at once.
+  const bool mayGrow = facts->mostDepth >= RegExpDefaultMatchLimit / RegExpDepthShare;
+  if (length < kLongSubject && facts->planless < kManySearches && !mayGrow) {
     ++facts->planless;
     return nullptr;
   }

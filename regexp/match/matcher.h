@@ -62,12 +62,25 @@ class Matcher {
            !(first + 1 < wholeEnd && IsQuantifier(first[1])) && !StandsAt(*first, at, end);
   }
 
+  // The work that a call may take, counted in returns to choices: what has done more ends as if its
+  // limit had run out, at about ten seconds of work at the default limit.
+  static int64_t MostWork(const RegExpState& state, int64_t length) {
+    return 1000000 + int64_t{100000} * state.matchLimit + 4096 * length;
+  }
+
+  // Ends the call as one that has done all the work that it may.
+  MatchResult Exhaust() {
+    stepsLost = int64_t{state->matchLimit} + 1;
+    return MatchResult::kAbort;
+  }
+
   // What is left of the steps. Aborts lower it for good, below zero as well.
   int64_t StepsLeft() const { return state->matchLimit - stepsLost; }
 
   RegExpFindResult* Slots() const { return slots; }
   bool IsUtf8() const { return isUtf8; }
   const uint8_t* Subject() const { return subject; }
+  const uint8_t* SubjectEnd() const { return subjectEnd; }
 
   // An empty match is refused.
   bool requireNonEmpty = false;
@@ -229,6 +242,7 @@ class Matcher {
   int64_t skew = 0;                         // bytes in slot 0 beyond the distance from the start
   int64_t lowestDepth = 0;                  // below it a record looks at both budgets
   int64_t stepsLost = 0;                    // by aborts
+  int64_t workLeft = MostWork(*state, subjectEnd - subject);  // of the whole call
 
   int32_t atomicMinimum = 0;  // repetitions due of the atomic group that is set
   int32_t atomicMaximum = 0;  // repetitions allowed

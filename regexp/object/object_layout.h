@@ -73,7 +73,8 @@ struct PatternFacts {
   uint32_t plan;             // the search plan, once there is one
   int32_t planless;          // searches that did without, kNeverPlanned if all will
   int32_t readsOpenGroups;   // not 0 if a group is referred to before its end
-  int32_t unused[2];
+  uint32_t fastProgram;      // what the fast matcher runs, once there is one
+  int32_t isUntranslated;    // not 0 if there can't be one
 };
 constexpr int32_t kNeverPlanned = INT32_MAX;
 
@@ -156,6 +157,9 @@ class FreeRoom {
     FactsOf(state)->freeFrom += static_cast<uint32_t>(rounded);
     return taken;
   }
+
+  // Back to a place in what was taken last.
+  void GiveBack(const uint8_t* place) { FactsOf(state)->freeFrom = OffsetOf(place); }
 
   uint32_t OffsetOf(const uint8_t* place) const {
     return static_cast<uint32_t>(place - reinterpret_cast<const uint8_t*>(state));

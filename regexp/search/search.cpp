@@ -4,6 +4,9 @@
 #include "regexp/search/search.h"
 
 #include "frame/checks.h"
+#include "regexp/analyse/search_plan.h"
+#include "regexp/fast/fast_matcher.h"
+#include "regexp/fast/translator.h"
 #include "regexp/match/matcher.h"
 #include "regexp/search/literals.h"
 #include "regexp/search/start_positions.h"
@@ -12,6 +15,16 @@ namespace vekch::regexp {
 namespace {
 
 bool FindsAll(const RegExpState& state) { return (state.compileFlags & RegExpOptionG) != 0; }
+
+vekStatus ReportOne(RegExpState* state, RegExpFindResult* results, int32_t* count) {
+  const RegExpFindResult* const slots = SlotsOf(state);
+  const int32_t captures = state->captureCount;
+  *count = *count < captures ? *count : captures;
+  for (int32_t slot = 0; slot < *count; ++slot) {
+    results[slot] = slots[slot];
+  }
+  return *count < captures ? StatusRegExpResultsTruncated : StatusNoError;
+}
 
 class Driver {
  public:
@@ -29,7 +42,11 @@ class Driver {
         isLoneLiteral(IsLoneLiteral(*patternState)),
         rule(isLoneLiteral ? StartRule{StartRule::kEveryCharacter, nullptr}
                            : StartRuleFor(patternState, stretch.length)),
-        firstAlternative(FactsOf(patternState)->firstAlternative) {}
+        firstAlternative(FactsOf(patternState)->firstAlternative) {
+    if (!isLoneLiteral && PlanFor(patternState, stretch.length) != nullptr) {
+      UseFast(subject, length);
+    }
+  }
 
   vekStatus Run() { return FindsAll(*state) ? FindAll() : FindOne(); }
 
@@ -37,7 +54,28 @@ class Driver {
   // ---- A match.
 
   // Of the pattern or of any of its alternatives, at one place.
+  void UseFast(const uint8_t* subject, int32_t length) {
+    const FastProgram* const translated = FastProgramFor(state);
+    if (translated != nullptr) {
+      fast = FastCallOf(*translated, state, subject, length, Matcher::MostWork(*state, length));
+    }
+  }
+
   MatchResult MatchAt(const uint8_t* at, const uint8_t* end) {
+    // Steps that were lost before count for the exact matcher alone, and so does a match's length.
+    if (fast.allowance >= 0 && !matcher.requireNonEmpty &&
+        matcher.StepsLeft() == state->matchLimit) {
+      switch (MatchFast(&fast, at, end)) {
+        case FastResult::kMatch:
+          return MatchResult::kOk;
+        case FastResult::kFail:
+          return MatchResult::kFail;
+        case FastResult::kExhausted:
+          return matcher.Exhaust();
+        case FastResult::kGivesUp:
+          break;
+      }
+    }
     matcher.ClearSlots();
     MatchResult result = matcher.Match(program, at, end);
     for (int32_t i = firstAlternative; result == MatchResult::kFail && i != 0;
@@ -83,10 +121,7 @@ class Driver {
       *numFind = 0;
       return result == MatchResult::kAbort ? StatusRegExpMatchLimit : StatusNoError;
     }
-    for (int32_t slot = 0; slot < *numFind; ++slot) {
-      results[slot] = matcher.Slots()[slot];
-    }
-    return *numFind < captures ? StatusRegExpResultsTruncated : StatusNoError;
+    return ReportOne(state, results, numFind);
   }
 
   int32_t FirstSlot() const { return report == Report::kFind && state->captureCount > 1 ? 1 : 0; }
@@ -139,8 +174,32 @@ class Driver {
   const bool isLoneLiteral;
   const StartRule rule;
   const int32_t firstAlternative;
+  FastCall fast = {nullptr, nullptr, nullptr, nullptr, -1, 0};
   int32_t foundCount = 0;
 };
+
+// ---- Without the driver.
+
+constexpr int32_t kShortSubject = 256;  // beyond it, starts are better looked for by a plan
+
+// The first match in a short text by the fast program alone: setting up the driver and the exact
+// matcher would take longer than the search. kGivesUp where they are needed.
+FastResult FindDirectly(const uint8_t* subject, int32_t length, const Stretch& stretch,
+                        RegExpState* state) {
+  const FastProgram* const program = FastProgramOf(state);
+  if (program == nullptr || stretch.length > kShortSubject ||
+      program->isUtf8 != (state->characterFormat != 0)) {
+    return FastResult::kGivesUp;
+  }
+  FastCall call = FastCallOf(*program, state, subject, length, Matcher::MostWork(*state, length));
+  const StartRule::Way way = WayOf(*state);
+  if (call.allowance < 0 || way == StartRule::kLineStarts) {
+    return FastResult::kGivesUp;
+  }
+  const uint8_t* const end = stretch.begin + stretch.length;
+  return way == StartRule::kFirst ? MatchFast(&call, stretch.begin, end)
+                                  : FindFast(&call, stretch.begin, end);
+}
 
 // The first match of a pattern that is one literal, without the driver. Groups that the compiler
 // has dropped took no part in it.
@@ -187,6 +246,18 @@ vekStatus Search(const uint8_t* subject, int32_t length, RegExpState* state, Rep
   }
   if (BeginsWithLiteral(*state)) {
     stretch = FromFirstLiteral(stretch, *state);
+  }
+  switch (FindsAll(*state) ? FastResult::kGivesUp : FindDirectly(subject, length, stretch, state)) {
+    case FastResult::kMatch:
+      return ReportOne(state, results, count);
+    case FastResult::kFail:
+      *count = 0;
+      return StatusNoError;
+    case FastResult::kExhausted:
+      *count = 0;
+      return StatusRegExpMatchLimit;
+    case FastResult::kGivesUp:
+      break;
   }
   return Drive(subject, length, stretch, state, report, results, count);
 }

@@ -58,8 +58,6 @@ const uint8_t* FindWindowForward(const uint8_t* at, const uint8_t* end, const Se
 
 // ---- The rule.
 
-namespace {
-
 StartRule::Way WayOf(const RegExpState& state) {
   const ProgramNode* const program = ProgramOf(&state);
   if (state.nodeCount == 0 || program[0].op != OpAssert || FactsOf(&state)->firstAlternative != 0) {
@@ -74,8 +72,6 @@ StartRule::Way WayOf(const RegExpState& state) {
   const bool isOptional = state.nodeCount > 1 && IsQuantifier(program[1]) && program[1].a == 0;
   return isStart && !isOptional ? StartRule::kFirst : StartRule::kEveryCharacter;
 }
-
-}  // namespace
 
 StartRule StartRuleFor(RegExpState* state, int32_t length) {
   const StartRule::Way way = WayOf(*state);

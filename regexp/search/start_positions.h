@@ -22,6 +22,9 @@ struct StartRule {
   const SearchPlan* plan;
 };
 
+// As the pattern's first record tells.
+StartRule::Way WayOf(const RegExpState& state);
+
 // The rule for searches in a subject of so many bytes.
 StartRule StartRuleFor(RegExpState* state, int32_t length);
 

@@ -1,0 +1,911 @@
+// A loop over the operations, and a stack of frames for what may have to be tried or undone. A
+// frame is put aside only where the next byte leaves more than one way open, and an undoing only
+// while there is such a frame.
+
+#include "regexp/fast/fast_matcher.h"
+
+#include "regexp/characters/bytes.h"
+#include "regexp/characters/character_set.h"
+#include "regexp/characters/properties.h"
+#include "regexp/object/record_notes.h"
+#include "strings/kernels/block.h"
+#include "strings/kernels/find_kernels.h"
+#include "unicode/utf8.h"
+
+namespace vekch::regexp {
+namespace {
+
+constexpr int32_t kLongestCharacter = 6;
+constexpr int32_t kFewFrames = 1000;
+constexpr int32_t kManyFrames = 6000;
+// Returns to choices after which a try is done again with the memory: at first, and once there is
+// something in it.
+constexpr int32_t kManyReturns = 2000;
+constexpr int32_t kSomeReturns = 64;
+constexpr uint8_t kNewline = '\n';
+
+// Bytes of the character at `at` if the record accepts it, else 0. `at` lies before the limit.
+int32_t CharacterLength(const ProgramNode& atom, const uint8_t* at, const uint8_t* limit,
+                        bool isUtf8) {
+  if (atom.op == OpCharType || atom.op == OpClass) {
+    const CharacterSet& set = *SetOf(atom);
+    if (*at < 0x80 || !isUtf8) {
+      return set.member[*at] & 1;
+    }
+    const Utf8Character character = ReadUtf8(at, limit);
+    if (character.length == 1) {
+      return set.member[*at] & 1;
+    }
+    const bool inside = set.wide == Wide::kInside || InClass(static_cast<int32_t>(character.value),
+                                                             atom, IsCaseless(set.options));
+    return inside ? character.length : 0;
+  }
+  const Utf8Character character = ReadUtf8(at, limit);
+  const auto value = static_cast<int32_t>(character.value);
+  const bool inside = atom.op == OpCategory ? InCategorySet(value, CategoriesOf(atom))
+                                            : MatchPropertyItem(value, &atom, 0) >= 0;
+  return inside ? character.length : 0;
+}
+
+// Where a walk over the characters from `first` on was before it came to `at`.
+const uint8_t* PreviousCharacter(const uint8_t* at, const uint8_t* first, const uint8_t* limit) {
+  const uint8_t* const last = at - 1;
+  if (*last < 0x80) {
+    return last;
+  }
+  const uint8_t* lead = last;
+  while (lead > first && last - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
+    --lead;
+  }
+  return ReadUtf8(lead, limit).length > last - lead ? lead : last;
+}
+
+enum class FrameKind : uint8_t {
+  kWays,        // the ways of a choice that are left
+  kBytes,       // a run that gives back a byte at a time
+  kCharacters,  // a run that gives back a character at a time
+  kTakesByte,   // a lazy repetition that takes one more
+  kTakesCharacter,
+  kSlot,   // undoes a slot
+  kStart,  // undoes where a group began
+  kLoop,   // undoes that and the counts
+  kSub,    // where a sub-program began
+};
+
+struct Frame {
+  const uint8_t* at;
+  union {
+    const uint8_t* bound;  // how far a run gives back, or a lazy repetition may go
+    int64_t length;        // of a slot
+    Frame* around;         // the sub-program around
+    int32_t counts[2];     // of a loop
+  };
+  uint16_t op;
+  FrameKind kind;
+  uint8_t ways;
+  union {
+    int32_t depth;   // levels that repetitions have been charged with
+    uint32_t start;  // kStart, kLoop: offset where the group began
+  };
+};
+static_assert(sizeof(Frame) == 24);
+
+template <bool kRemembers>
+class FastMatcher {
+ public:
+  FastMatcher(FastCall* fastCall, const uint8_t* textEnd, int64_t most, int32_t frames,
+              FastResult withoutFrames)
+      : call(*fastCall),
+        program(*fastCall->program),
+        ops(fastCall->program->ops),
+        allowance(fastCall->allowance),
+        slots(SlotsOf(fastCall->state)),
+        groups(GroupsOf(fastCall->state)),
+        subject(fastCall->subject),
+        limit(textEnd),
+        mostFrames(frames),
+        whenFull(withoutFrames),
+        returnsLeft(most) {}
+
+  VEK_INLINE FastResult Run(const uint8_t* start, Frame* bottom) {
+    base = bottom;
+    if (kRemembers) {
+      tryStart = start;
+    }
+    Registers r = {ops + program.entry, start, bottom, 0};
+    while (r.op->code != FastCode::kAccept) {
+      if (!Step(r) && !Resume(r)) {
+        return FastResult::kFail;
+      }
+    }
+    if (stopped != FastResult::kMatch) {
+      return stopped;
+    }
+    slots[0].pointer = start;
+    slots[0].length = static_cast<int32_t>(r.at - start);
+    return FastResult::kMatch;
+  }
+
+  int64_t ReturnsLeft() const { return returnsLeft; }
+
+ private:
+  struct Registers {
+    const FastOp* op;
+    const uint8_t* at;
+    Frame* top;
+    int32_t depth;  // levels that repetitions have been charged with
+  };
+
+  // What is rarely needed is called with the registers aside, so that they are no memory elsewhere.
+  template <class Function, class... Arguments>
+  VEK_INLINE bool Aside(Registers& r, Function function, Arguments... arguments) {
+    Registers copy = r;
+    const bool goesOn = (this->*function)(copy, arguments...);
+    r = copy;
+    return goesOn;
+  }
+
+  VEK_INLINE bool GoTo(Registers& r, uint32_t index) {
+    r.op = ops + index;
+    return true;
+  }
+
+  VEK_INLINE bool GoOn(Registers& r) { return GoTo(r, r.op->next); }
+
+  VEK_INLINE bool Stop(Registers& r, FastResult result) {
+    static constexpr FastOp kStop = {FastCode::kAccept, 0, 0, {}, {}, {}};
+    stopped = result;
+    r.op = &kStop;
+    return true;
+  }
+
+  VEK_INLINE bool GiveUp(Registers& r) { return Stop(r, FastResult::kGivesUp); }
+
+  VEK_INLINE bool HasRoom(Registers& r) const { return r.top < base + mostFrames; }
+
+  // ---- The memory of failures. Of a choice it holds that no way leads on; of a repetition that
+  // what follows it does not.
+
+  VEK_INLINE int64_t VariantsOf() const { return int64_t{1} << program.emptyLoopCount; }
+
+  VEK_INLINE int64_t VariantAt(const uint8_t* at) const {
+    int64_t variant = 0;
+    for (int32_t i = 0; i < program.emptyLoopCount; ++i) {
+      const uint32_t start = groups[program.emptyLoops[i]].matching.start;
+      variant |= int64_t{start == static_cast<uint32_t>(at - subject)} << i;
+    }
+    return variant;
+  }
+
+  // Whether a choice or repetition is known to fail where the registers are, or would be.
+  VEK_INLINE bool IsKnown(const FastOp& choice, const uint8_t* at) {
+    if (!kRemembers) {
+      return false;
+    }
+    call.furthest = at > call.furthest ? at : call.furthest;
+    return call.memory.Knows(&choice - ops, at, VariantsOf(), VariantAt(at)) &&
+           (call.furthest - tryStart) * program.mostCost <= allowance;
+  }
+
+  VEK_INLINE void Remember(const FastOp& choice, const uint8_t* at) {
+    if (kRemembers) {
+      call.memory.Note(&choice - ops, at, VariantsOf(), VariantAt(at));
+    }
+  }
+
+  VEK_INLINE Frame* Push(Registers& r, FrameKind kind, const uint8_t* place) {
+    Frame* const frame = r.top++;
+    frame->at = place;
+    frame->op = static_cast<uint16_t>(r.op - ops);
+    frame->kind = kind;
+    frame->depth = r.depth;
+    return frame;
+  }
+
+  VEK_INLINE bool IsHere(Registers& r, const FastOp& byte) const {
+    return *r.at == byte.pair[0] || *r.at == byte.pair[1];
+  }
+
+  // One operation; false where it fails.
+  VEK_INLINE bool Step(Registers& r) {
+    const FastOp& now = *r.op;
+    switch (now.code) {
+      case FastCode::kByte:
+        return r.at < limit && IsHere(r, now) && (++r.at, GoOn(r));
+      case FastCode::kBytes:
+        return limit - r.at >= now.length && SameBytes(r.at, now.bytes, now.length, false) &&
+               (r.at += now.length, GoOn(r));
+      case FastCode::kCaselessBytes:
+        return limit - r.at >= now.length && SameBytes(r.at, now.bytes, now.length, true) &&
+               (r.at += now.length, GoOn(r));
+      case FastCode::kAnyByte:
+        return r.at < limit && (++r.at, GoOn(r));
+      case FastCode::kSet:
+        return r.at < limit && now.bytes[*r.at] != 0 && (++r.at, GoOn(r));
+      case FastCode::kOpenSet:
+      case FastCode::kCharacter: {
+        const int32_t length = r.at < limit ? LengthAt(now, r.at) : 0;
+        return length > 0 && (r.at += length, GoOn(r));
+      }
+      case FastCode::kCopy:
+        return Aside(r, &FastMatcher<kRemembers>::Copy);
+      case FastCode::kByteRun:
+        return ByteRun<FastCode::kByteRun>(r);
+      case FastCode::kAnyRun:
+        return ByteRun<FastCode::kAnyRun>(r);
+      case FastCode::kSetRun:
+        return ByteRun<FastCode::kSetRun>(r);
+      case FastCode::kOpenSetRun:
+      case FastCode::kCharacterRun:
+        return Aside(r, &FastMatcher<kRemembers>::CharacterRun);
+      case FastCode::kLazySet:
+        return Aside(r, &FastMatcher<kRemembers>::LazySet);
+      case FastCode::kLazyOpenSet:
+      case FastCode::kLazyCharacter:
+        return Aside(r, &FastMatcher<kRemembers>::LazyCharacter);
+      case FastCode::kOpen:
+        return Open(r);
+      case FastCode::kClose:
+        return Close(r);
+      case FastCode::kChoice:
+        return Choose(r);
+      case FastCode::kEnterLoop:
+        return Aside(r, &FastMatcher<kRemembers>::EnterLoop);
+      case FastCode::kLoop:
+        return EndRepetition(r);
+      case FastCode::kAssert:
+        return Holds(r.at, now) && GoOn(r);
+      case FastCode::kLookaround:
+      case FastCode::kAtomic:
+        return Aside(r, &FastMatcher<kRemembers>::EnterSub);
+      case FastCode::kSubEnd:
+        return Aside(r, &FastMatcher<kRemembers>::LeaveSub);
+      case FastCode::kAccept:
+      case FastCode::kJump:
+        break;
+    }
+    return false;
+  }
+
+  // ---- Characters and runs of them.
+
+  VEK_INLINE static bool IsOpenSet(const FastOp& character) {
+    return character.code == FastCode::kOpenSet || character.code == FastCode::kOpenSetRun ||
+           character.code == FastCode::kLazyOpenSet;
+  }
+
+  VEK_INLINE int32_t LengthAt(const FastOp& character, const uint8_t* place) const {
+    if (IsOpenSet(character)) {
+      return *place < 0x80 ? character.bytes[*place] & 1 : ReadUtf8(place, limit).length;
+    }
+    return CharacterLength(*character.record, place, limit, program.isUtf8);
+  }
+
+  [[gnu::noinline]] bool Copy(Registers& r) {
+    const ProgramNode& record = *r.op->record;
+    const RegExpFindResult& slot = slots[record.a];
+    const bool caseless = IsCaseless(OptionsOf(record));
+    return r.at < limit && slot.length >= 0 && slot.length <= limit - r.at &&
+           SameBytes(r.at, slot.pointer, slot.length, caseless) && (r.at += slot.length, GoOn(r));
+  }
+
+  VEK_INLINE bool CanFollow(const FastOp& run, const uint8_t* place) const {
+    return place < limit ? run.run.follow == nullptr || run.run.follow[*place] != 0
+                         : (run.flags & kFollowsAtEnd) != 0;
+  }
+
+  VEK_INLINE const uint8_t* EndOfMembers(const uint8_t* members, const uint8_t* place) const {
+    while (place < limit && members[*place] != 0) {
+      ++place;
+    }
+    return place;
+  }
+
+  template <FastCode kCode>
+  VEK_INLINE static const uint8_t* EndOfRun(const FastOp& run, const uint8_t* at,
+                                            const uint8_t* end) {
+    if (kCode == FastCode::kAnyRun) {
+      return end;
+    }
+    const uint8_t* const members = run.bytes;
+    const uint8_t first = run.pair[0];
+    const uint8_t second = run.pair[1];
+    while (at < end &&
+           (kCode == FastCode::kSetRun ? members[*at] != 0 : *at == first || *at == second)) {
+      ++at;
+    }
+    return at;
+  }
+
+  template <FastCode kCode>
+  VEK_INLINE bool ByteRun(Registers& r) {
+    const FastOp& run = *r.op;
+    const int64_t room = limit - r.at;
+    const uint8_t* const bound = run.run.maximum < room ? r.at + run.run.maximum : limit;
+    const uint8_t* end = EndOfRun<kCode>(run, r.at, bound);
+    const int64_t length = end - r.at;
+    if (kRemembers) {
+      call.furthest = end > call.furthest ? end : call.furthest;
+    }
+    if (length < run.run.minimum) {
+      return false;
+    }
+    if ((run.flags & kGivesNothingBack) != 0 || length == run.run.minimum) {
+      r.at = end;
+      return CanFollow(run, end) && GoOn(r);
+    }
+    const uint8_t* const lowest = r.at + run.run.minimum;
+    while (!CanFollow(run, end) || IsKnown(run, end)) {
+      if (end == lowest) {
+        return false;
+      }
+      --end;
+    }
+    if (kRemembers || end > lowest) {
+      if (!HasRoom(r)) {
+        return Stop(r, whenFull);
+      }
+      Push(r, FrameKind::kBytes, end)->bound = lowest;
+    }
+    r.at = end;
+    return GoOn(r);
+  }
+
+  [[gnu::noinline]] bool CharacterRun(Registers& r) {
+    const FastOp& run = *r.op;
+    const uint8_t* end = r.at;
+    const uint8_t* lowest = end;
+    int32_t count = 0;
+    const bool isEndless = run.code == FastCode::kOpenSetRun && run.run.maximum == RegExpUnbounded;
+    while (count < run.run.maximum && end < limit) {
+      if (isEndless && count >= run.run.minimum) {
+        end = EndOfMembers(run.bytes, end);  // whole characters, since all of them are members
+        break;
+      }
+      const int32_t length = LengthAt(run, end);
+      if (length == 0) {
+        break;
+      }
+      end += length;
+      ++count;
+      lowest = count <= run.run.minimum ? end : lowest;
+    }
+    if (count < run.run.minimum) {
+      return false;
+    }
+    const bool isOnly = (run.flags & kGivesNothingBack) != 0;
+    while (!CanFollow(run, end) || IsKnown(run, end)) {
+      if (isOnly || end == lowest) {
+        return false;
+      }
+      end = PreviousCharacter(end, lowest, limit);
+    }
+    if (!isOnly && (kRemembers || end > lowest)) {
+      if (!HasRoom(r)) {
+        return Stop(r, whenFull);
+      }
+      Push(r, FrameKind::kCharacters, end)->bound = lowest;
+    }
+    r.at = end;
+    return GoOn(r);
+  }
+
+  [[gnu::noinline]] bool LazySet(Registers& r) {
+    const FastOp& run = *r.op;
+    const int64_t room = limit - r.at;
+    if (run.run.minimum > room) {
+      return false;
+    }
+    const uint8_t* const bound = run.run.maximum < room ? r.at + run.run.maximum : limit;
+    for (int32_t count = 0; count < run.run.minimum; ++count, ++r.at) {
+      if (run.bytes[*r.at] == 0) {
+        return false;
+      }
+    }
+    return TakeBytes(r, run, bound, nullptr);
+  }
+
+  // Takes bytes until what follows can match. The repetition's frame is on top, or there is none.
+  VEK_INLINE bool TakeBytes(Registers& r, const FastOp& run, const uint8_t* bound, Frame* frame) {
+    while (!CanFollow(run, r.at) || IsKnown(run, r.at)) {
+      if (r.at == bound || run.bytes[*r.at] == 0) {
+        return Drop(r, frame);
+      }
+      ++r.at;
+    }
+    if (r.at == bound || run.bytes[*r.at] == 0 || (run.flags & kGivesNothingBack) != 0) {
+      Drop(r, frame);
+    } else if (frame != nullptr) {
+      frame->at = r.at;
+    } else if (HasRoom(r)) {
+      Push(r, FrameKind::kTakesByte, r.at)->bound = bound;
+    } else {
+      return Stop(r, whenFull);
+    }
+    return GoTo(r, run.next);
+  }
+
+  VEK_INLINE bool Drop(Registers& r, const Frame* frame) {
+    r.top -= frame == nullptr ? 0 : 1;
+    return false;
+  }
+
+  [[gnu::noinline]] bool LazyCharacter(Registers& r) {
+    const FastOp& run = *r.op;
+    for (int32_t count = 0; count < run.run.minimum; ++count) {
+      const int32_t length = r.at < limit ? LengthAt(run, r.at) : 0;
+      if (length == 0) {
+        return false;
+      }
+      r.at += length;
+    }
+    return TakeCharacters(r, run, nullptr);
+  }
+
+  VEK_INLINE bool TakeCharacters(Registers& r, const FastOp& run, Frame* frame) {
+    while (!CanFollow(run, r.at) || IsKnown(run, r.at)) {
+      const int32_t length = r.at < limit ? LengthAt(run, r.at) : 0;
+      if (length == 0) {
+        return Drop(r, frame);
+      }
+      r.at += length;
+    }
+    if (frame != nullptr) {
+      frame->at = r.at;
+    } else if (HasRoom(r)) {
+      Push(r, FrameKind::kTakesCharacter, r.at);
+    } else {
+      return Stop(r, whenFull);
+    }
+    return GoTo(r, run.next);
+  }
+
+  // ---- Groups.
+
+  VEK_INLINE bool IsUndone(Registers& r, const FastOp& group) const {
+    return (group.flags & kIsUndone) != 0 && r.top > base;
+  }
+
+  VEK_INLINE uint32_t Offset(Registers& r) const { return static_cast<uint32_t>(r.at - subject); }
+
+  VEK_INLINE bool Open(Registers& r) {
+    GroupEntry::Matching& entry = groups[r.op->serial].matching;
+    if (IsUndone(r, *r.op)) {
+      if (!HasRoom(r)) {
+        return Stop(r, whenFull);
+      }
+      Push(r, FrameKind::kStart, r.at)->start = entry.start;
+    }
+    entry.start = Offset(r);
+    return GoOn(r);
+  }
+
+  VEK_INLINE bool Close(Registers& r) {
+    RegExpFindResult& slot = slots[r.op->slot];
+    if (IsUndone(r, *r.op)) {
+      if (!HasRoom(r)) {
+        return Stop(r, whenFull);
+      }
+      Push(r, FrameKind::kSlot, slot.pointer)->length = slot.length;
+    }
+    const uint8_t* const start = subject + groups[r.op->serial].matching.start;
+    slot.pointer = start;
+    slot.length = static_cast<int32_t>(r.at - start);
+    return GoOn(r);
+  }
+
+  VEK_INLINE bool Choose(Registers& r) {
+    const FastOp& choice = *r.op;
+    uint32_t ways = (1U << choice.ways.count) - 1;
+    if (r.at == limit) {
+      ways = choice.ways.atEnd;
+    } else if (choice.waysOf != nullptr) {
+      ways = choice.waysOf[*r.at];
+    }
+    if (ways == 0) {
+      return false;
+    }
+    const uint32_t others = ways & (ways - 1);
+    if (others != 0) {
+      if (IsKnown(choice, r.at)) {
+        return false;
+      }
+      if (!HasRoom(r)) {
+        return Stop(r, whenFull);
+      }
+      Push(r, FrameKind::kWays, r.at)->ways = static_cast<uint8_t>(others);
+    }
+    return GoTo(r, choice.targets[kernels::LowestBit(ways)]);
+  }
+
+  // Puts aside what a loop is about to change.
+  VEK_INLINE bool KeepLoop(Registers& r, const GroupEntry::Matching& entry) {
+    if (r.top > base) {
+      if (!HasRoom(r)) {
+        Stop(r, whenFull);
+        return false;
+      }
+      Frame* const frame = Push(r, FrameKind::kLoop, r.at);
+      frame->start = entry.start;
+      frame->counts[0] = entry.minimum;
+      frame->counts[1] = entry.maximum;
+    }
+    return true;
+  }
+
+  [[gnu::noinline]] bool EnterLoop(Registers& r) {
+    GroupEntry::Matching& entry = groups[r.op->serial].matching;
+    if (!KeepLoop(r, entry)) {
+      return true;
+    }
+    entry.minimum = r.op->loop.minimum;
+    entry.maximum = r.op->loop.maximum;
+    entry.start = Offset(r);
+    return GoOn(r);
+  }
+
+  VEK_INLINE bool EndRepetition(Registers& r) {
+    const FastOp& loop = *r.op;
+    r.depth += loop.loop.cost;
+    if (r.depth > allowance) {
+      return GiveUp(r);
+    }
+    if ((loop.flags & (kIsCounted | kMayBeEmpty | kIsUndone)) == 0) {
+      return GoTo(r, loop.loop.againOrExit);
+    }
+    GroupEntry::Matching& entry = groups[loop.serial].matching;
+    const bool isEmpty = entry.start == Offset(r);
+    if (!KeepLoop(r, entry)) {
+      return true;
+    }
+    entry.start = Offset(r);
+    if ((loop.flags & kIsCounted) != 0) {
+      --entry.minimum;
+      --entry.maximum;
+      if (!isEmpty && entry.maximum > 0 && entry.minimum > 0) {
+        return GoTo(r, loop.loop.again);
+      }
+      return GoTo(r, isEmpty || entry.maximum < 1 ? loop.loop.exit : loop.loop.againOrExit);
+    }
+    return GoTo(r, isEmpty ? loop.loop.exit : loop.loop.againOrExit);
+  }
+
+  // ---- Sub-programs.
+
+  [[gnu::noinline]] bool EnterSub(Registers& r) {
+    const FastOp& opening = *r.op;
+    const uint8_t* bodyAt = r.at;
+    if (opening.code == FastCode::kLookaround && (opening.flags & kIsBehind) != 0) {
+      if (r.at - subject < opening.length) {
+        return (opening.flags & kIsNegative) != 0 && GoOn(r);
+      }
+      bodyAt = Before(r, opening.length);
+    }
+    if (!HasRoom(r)) {
+      return Stop(r, whenFull);
+    }
+    Frame* const frame = Push(r, FrameKind::kSub, r.at);
+    frame->around = sub;
+    sub = frame;
+    r.at = bodyAt;
+    return GoTo(r, opening.targets[0]);
+  }
+
+  // So many characters before, or bytes where there are fewer characters.
+  const uint8_t* Before(const Registers& r, int32_t length) const {
+    const uint8_t* start = r.at;
+    for (int32_t i = 0; i < length; ++i) {
+      if (start == subject) {
+        return r.at - length;
+      }
+      start = PreviousCharacter(start, subject, limit);
+    }
+    return start;
+  }
+
+  // The sub-program has matched: its frames are dropped, and what its groups have captured stays.
+  [[gnu::noinline]] bool LeaveSub(Registers& r) {
+    const Frame frame = *sub;
+    r.top = sub;
+    sub = frame.around;
+    const FastOp& opening = ops[frame.op];
+    r.op = &opening;
+    if (opening.code == FastCode::kLookaround) {
+      r.at = frame.at;
+      r.depth = frame.depth;
+      if ((opening.flags & kIsNegative) != 0) {
+        return false;
+      }
+    }
+    return GoOn(r);
+  }
+
+  // ---- Assertions.
+
+  [[gnu::noinline]] bool Holds(const uint8_t* at, const FastOp& assertion) const {
+    const bool atStart = at == subject;
+    const bool atEnd = at == limit;
+    const bool isMultiLine = (assertion.flags & kIsMultiLine) != 0;
+    const bool isLastNewline = limit - at == 1 && *at == kNewline;
+    switch (assertion.letter) {
+      case 'A':
+      case 'G':
+        return atStart;
+      case 'Z':
+        return atEnd || isLastNewline;
+      case 'z':
+        return atEnd;
+      case '^':
+        return atStart || (isMultiLine && !atEnd && at[-1] == kNewline);
+      case '$':
+        return atEnd || (isMultiLine ? *at == kNewline : isLastNewline);
+      case 'b':
+        return ChangesWord(at);
+      case 'B':
+        return !ChangesWord(at);
+      case 0x80:
+        return atStart || at[-1] == kNewline;
+      default:
+        return false;
+    }
+  }
+
+  // Where the text that is matched ends before the subject, the byte there counts.
+  VEK_INLINE bool ChangesWord(const uint8_t* at) const {
+    const bool after = at < call.subjectEnd && IsWordByte(*at);
+    return after != (at != subject && IsWordByte(at[-1]));
+  }
+
+  // ---- Failure.
+
+  // Goes back to the last frame with another way, undoing what lies between; false if there is
+  // none.
+  VEK_INLINE bool Resume(Registers& r) {
+    if (--returnsLeft < 0) {
+      return Stop(r, FastResult::kExhausted);
+    }
+    for (;;) {
+      if (r.top == base) {
+        return false;
+      }
+      Frame& frame = r.top[-1];
+      const FastOp& source = ops[frame.op];
+      switch (frame.kind) {
+        case FrameKind::kWays: {
+          r.at = frame.at;
+          r.depth = frame.depth;
+          const uint32_t ways = frame.ways;
+          if (kRemembers && ways == 0) {
+            Remember(source, r.at);
+            --r.top;
+            break;
+          }
+          const uint32_t others = ways & (ways - 1);
+          frame.ways = static_cast<uint8_t>(others);
+          r.top -= others == 0 && !kRemembers ? 1 : 0;
+          return GoTo(r, source.targets[kernels::LowestBit(ways)]);
+        }
+        case FrameKind::kBytes:
+          if (GiveBackByte(r, source, &frame)) {
+            return true;
+          }
+          break;
+        case FrameKind::kCharacters:
+          if (Aside(r, &FastMatcher<kRemembers>::GiveBackCharacter, &frame)) {
+            return true;
+          }
+          break;
+        case FrameKind::kTakesByte:
+          Remember(source, frame.at);
+          r.at = frame.at + 1;
+          r.depth = frame.depth;
+          if (TakeBytes(r, source, frame.bound, &frame)) {
+            return true;
+          }
+          break;
+        case FrameKind::kTakesCharacter:
+          if (Aside(r, &FastMatcher<kRemembers>::TakeAnother, &frame)) {
+            return true;
+          }
+          break;
+        case FrameKind::kSlot:
+          slots[source.slot] = {const_cast<uint8_t*>(frame.at), static_cast<int32_t>(frame.length)};
+          --r.top;
+          break;
+        case FrameKind::kStart:
+          groups[source.serial].matching.start = frame.start;
+          --r.top;
+          break;
+        case FrameKind::kLoop: {
+          GroupEntry::Matching& entry = groups[source.serial].matching;
+          entry.start = frame.start;
+          entry.minimum = frame.counts[0];
+          entry.maximum = frame.counts[1];
+          --r.top;
+          break;
+        }
+        case FrameKind::kSub:
+          sub = frame.around;
+          --r.top;
+          if ((source.flags & kIsNegative) != 0 && source.code == FastCode::kLookaround) {
+            r.at = frame.at;
+            r.depth = frame.depth;
+            return GoTo(r, source.next);
+          }
+          break;
+      }
+    }
+  }
+
+  VEK_INLINE bool GiveBackByte(Registers& r, const FastOp& run, Frame* frame) {
+    const uint8_t* end = frame->at;
+    Remember(run, end);
+    do {
+      if (end == frame->bound) {
+        --r.top;
+        return false;
+      }
+      --end;
+    } while ((run.run.follow != nullptr && run.run.follow[*end] == 0) || IsKnown(run, end));
+    r.at = end;
+    r.depth = frame->depth;
+    frame->at = end;
+    r.top -= end == frame->bound && !kRemembers ? 1 : 0;
+    return GoTo(r, run.next);
+  }
+
+  [[gnu::noinline]] bool GiveBackCharacter(Registers& r, Frame* frame) {
+    const FastOp& run = ops[frame->op];
+    const uint8_t* end = frame->at;
+    Remember(run, end);
+    do {
+      if (end == frame->bound) {
+        --r.top;
+        return false;
+      }
+      end = PreviousCharacter(end, frame->bound, limit);
+    } while (!CanFollow(run, end) || IsKnown(run, end));
+    r.at = end;
+    r.depth = frame->depth;
+    frame->at = end;
+    r.top -= end == frame->bound && !kRemembers ? 1 : 0;
+    return GoTo(r, run.next);
+  }
+
+  [[gnu::noinline]] bool TakeAnother(Registers& r, Frame* frame) {
+    const FastOp& run = ops[frame->op];
+    Remember(run, frame->at);
+    r.at = frame->at;
+    r.depth = frame->depth;
+    const int32_t length = r.at < limit ? LengthAt(run, r.at) : 0;
+    if (length == 0) {
+      return Drop(r, frame);
+    }
+    r.at += length;
+    return TakeCharacters(r, run, frame);
+  }
+
+  FastCall& call;
+  const FastProgram& program;
+  const FastOp* const ops;
+  const int32_t allowance;
+  RegExpFindResult* const slots;
+  GroupEntry* const groups;
+  const uint8_t* const subject;
+  const uint8_t* const limit;
+  const int32_t mostFrames;
+  const FastResult whenFull;  // no frame is left
+
+  const uint8_t* tryStart = nullptr;
+  Frame* base = nullptr;
+  Frame* sub = nullptr;  // of the innermost sub-program
+  int64_t returnsLeft;
+  FastResult stopped = FastResult::kMatch;
+};
+
+// ---- Tries.
+
+void ClearSlots(RegExpState* state) {
+  auto* const slots = SlotsOf(state);
+  for (int32_t slot = 1; slot < state->captureCount; ++slot) {
+    slots[slot] = {nullptr, -1};
+  }
+}
+
+VEK_INLINE FastResult TryLightly(FastCall* call, const uint8_t* start, const uint8_t* limit,
+                                 Frame* frames) {
+  if (call->program->clearsSlots) {
+    ClearSlots(call->state);
+  }
+  const int32_t most = call->memory.IsBegun() ? kSomeReturns : kManyReturns;
+  FastMatcher<false> matcher(call, limit, most, kFewFrames, FastResult::kExhausted);
+  return matcher.Run(start, frames);
+}
+
+template <bool kRemembers>
+FastResult TryHard(FastCall* call, const uint8_t* start, const uint8_t* limit, int32_t mostFrames,
+                   Frame* frames) {
+  ClearSlots(call->state);
+  FastMatcher<kRemembers> matcher(call, limit, call->workLeft, mostFrames, FastResult::kGivesUp);
+  const FastResult result = matcher.Run(start, frames);
+  call->workLeft = matcher.ReturnsLeft();
+  return result;
+}
+
+template <int32_t kMostFrames>
+[[gnu::noinline]] FastResult TryWith(FastCall* call, const uint8_t* start, const uint8_t* limit) {
+  Frame frames[kMostFrames];
+  return call->program->remembers ? TryHard<true>(call, start, limit, kMostFrames, frames)
+                                  : TryHard<false>(call, start, limit, kMostFrames, frames);
+}
+
+// A try that has come back to its choices too often, or has used up its frames: with the memory,
+// and with more frames where the limit's share of the stack allows them.
+[[gnu::noinline]] FastResult TryAgain(FastCall* call, const uint8_t* start, const uint8_t* limit) {
+  call->workLeft -= kManyReturns;
+  if (call->program->remembers && (!call->memory.IsBegun() || !call->memory.Reaches(start))) {
+    call->memory.Begin(*call->program, FreeRoom(call->state), start);
+    call->furthest = start;
+  }
+  constexpr int32_t kStackOfLevel = 72;  // that the header of the search promises to keep to
+  constexpr int32_t kLevelsForMany =
+      kManyFrames * static_cast<int32_t>(sizeof(Frame)) / kStackOfLevel;
+  return call->state->matchLimit / RegExpDepthShare >= kLevelsForMany
+             ? TryWith<kManyFrames>(call, start, limit)
+             : TryWith<kFewFrames>(call, start, limit);
+}
+
+// Whether a walk over the characters from `first` on comes to a continuation byte.
+bool IsCharacterStart(const uint8_t* first, const uint8_t* limit, const uint8_t* at) {
+  const uint8_t* lead = at;
+  while (lead > first && at - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
+    --lead;
+  }
+  return lead == at || ReadUtf8(lead, limit).length <= at - lead;
+}
+
+// Where a match can begin from `at` on; null if nowhere.
+VEK_INLINE const uint8_t* NextStart(const FastProgram& program, const uint8_t* first,
+                                    const uint8_t* limit, const uint8_t* at) {
+  for (;;) {
+    while (at < limit && program.canBegin[*at] == 0) {
+      ++at;
+    }
+    if (at >= limit) {
+      return at == limit && program.beginsAtEnd ? at : nullptr;
+    }
+    if (!program.isUtf8 || !IsUtf8Continuation(*at) || IsCharacterStart(first, limit, at)) {
+      return at;
+    }
+    ++at;
+  }
+}
+
+}  // namespace
+
+FastResult MatchFast(FastCall* call, const uint8_t* start, const uint8_t* limit) {
+  if (start < limit ? call->program->canBegin[*start] == 0 : !call->program->beginsAtEnd) {
+    return FastResult::kFail;
+  }
+  Frame frames[kFewFrames];
+  const FastResult result = TryLightly(call, start, limit, frames);
+  return result == FastResult::kExhausted ? TryAgain(call, start, limit) : result;
+}
+
+FastResult FindFast(FastCall* call, const uint8_t* start, const uint8_t* limit) {
+  const FastProgram& program = *call->program;
+  Frame frames[kFewFrames];
+  for (const uint8_t* at = NextStart(program, start, limit, start); at != nullptr;
+       at = NextStart(program, start, limit, at + 1)) {
+    FastResult result = TryLightly(call, at, limit, frames);
+    if (result == FastResult::kExhausted) {
+      result = TryAgain(call, at, limit);
+    }
+    if (result != FastResult::kFail) {
+      return result;
+    }
+  }
+  return FastResult::kFail;
+}
+
+}  // namespace vekch::regexp

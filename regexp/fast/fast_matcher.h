@@ -1,0 +1,51 @@
+// The fast matcher: whether a translated program matches at one place of a subject, where neither
+// budget of the search can run out. Where one could, or its frames are used up, it gives up, and
+// the exact matcher does the same try from the beginning.
+
+#ifndef VEKCH_REGEXP_FAST_FAST_MATCHER_H
+#define VEKCH_REGEXP_FAST_FAST_MATCHER_H
+
+#include <stdint.h>
+
+#include "regexp/fast/failure_memory.h"
+#include "regexp/fast/fast_program.h"
+#include "vekch/regexp.h"
+
+namespace vekch::regexp {
+
+enum class FastResult {
+  kMatch,
+  kFail,
+  kGivesUp,    // the exact matcher is to do the try
+  kExhausted,  // the work that a call may take is done
+};
+
+// A call of the search, as far as the fast matcher has to do with it.
+struct FastCall {
+  const FastProgram* program;
+  RegExpState* state;
+  const uint8_t* subject;
+  const uint8_t* subjectEnd;
+  // Levels of depth that the repetitions of groups may take; below 0 if nothing may be tried.
+  int32_t allowance;
+  int64_t workLeft;
+  FailureMemory memory = {};
+  const uint8_t* furthest = nullptr;  // that the tries with the memory have come to
+};
+
+// A call that does so much work at most.
+inline FastCall FastCallOf(const FastProgram& program, RegExpState* state, const uint8_t* subject,
+                           int32_t length, int64_t work) {
+  const int32_t depth = state->matchLimit / RegExpDepthShare - 1;
+  return {&program, state, subject, subject + length, depth - program.depth, work};
+}
+
+// Matches at `start`, in a text that ends at `limit`; on kMatch the slots hold the match.
+FastResult MatchFast(FastCall* call, const uint8_t* start, const uint8_t* limit);
+
+// The first match from `start` on, at any place where a character begins.
+FastResult FindFast(FastCall* call, const uint8_t* start, const uint8_t* limit);
+
+}  // namespace vekch::regexp
+
+#endif

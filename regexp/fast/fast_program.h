@@ -1,0 +1,135 @@
+// A compiled program in the form that the fast matcher runs: compact operations that know where
+// they lead, and at each choice the bytes that each of its ways can begin with. Made of the records
+// when it pays, in the free room of the pattern object.
+//
+// Operations count no budget. Instead each repetition of a group is charged with the most levels of
+// depth that the exact matcher could need for it, and the translation with the most that all its
+// records could need once: while the sum stays below the depth of the search, neither budget can
+// run out, and the exact matcher would find the same.
+
+#ifndef VEKCH_REGEXP_FAST_FAST_PROGRAM_H
+#define VEKCH_REGEXP_FAST_FAST_PROGRAM_H
+
+#include <stdint.h>
+
+#include "regexp/object/object_layout.h"
+
+namespace vekch::regexp {
+
+enum class FastCode : uint8_t {
+  kJump,           // nothing but its `next`; no operation leads to it once all is translated
+  kAccept,         // the end of the program
+  kByte,           // one of two bytes, which may be the same
+  kBytes,          // a run of bytes
+  kCaselessBytes,  // a run of bytes, letters in either case
+  kAnyByte,        // a byte
+  kSet,            // a byte of a set
+  kOpenSet,        // a byte of a set, or a character of several bytes, which all are members
+  kCharacter,      // a character of whatever length that its record accepts
+  kCopy,           // what a group has captured
+  kByteRun,        // kByte, repeated
+  kAnyRun,         // kAnyByte, repeated
+  kSetRun,         // kSet, repeated
+  kOpenSetRun,     // kOpenSet, repeated
+  kCharacterRun,   // kCharacter, repeated
+  kLazySet,        // kSet, as few as possible
+  kLazyOpenSet,    // kOpenSet, as few as possible
+  kLazyCharacter,  // kCharacter, as few as possible
+  kOpen,           // a capturing group begins
+  kClose,          // and ends
+  kChoice,         // ways to go on, the preferred one first
+  kEnterLoop,      // a repeated group begins
+  kLoop,           // one repetition of it is over
+  kAssert,         // a condition on the position
+  kLookaround,     // a sub-program: what follows it is tried at the same position
+  kAtomic,         // a sub-program: no other way through it is tried once it has matched
+  kSubEnd,         // the end of a sub-program
+};
+
+constexpr int32_t kMostTargets = 8;  // bits of a choice's byte
+
+struct FastOp {
+  // How a character is repeated.
+  struct Run {
+    int32_t minimum;
+    int32_t maximum;
+    const uint8_t* follow;  // not 0 for a byte that can come next; null where all can
+  };
+  // How a group is.
+  struct Loop {
+    int32_t minimum;
+    int32_t maximum;
+    uint16_t again;        // a further repetition, which is due
+    uint16_t againOrExit;  // a further repetition or what follows, in the order of preference
+    uint16_t exit;         // what follows
+    uint16_t cost;         // levels that a repetition may take
+  };
+  struct Ways {
+    uint8_t count;
+    uint8_t atEnd;  // bit k where target k can match at the end of the text
+  };
+
+  FastCode code;
+  uint8_t flags;
+  uint16_t next;
+  union {
+    int32_t length;   // kBytes, kCaselessBytes; characters before a look-behind
+    int32_t slot;     // kClose
+    int32_t letter;   // kAssert
+    uint8_t pair[2];  // kByte, kByteRun: the two bytes
+    Ways ways;        // kChoice
+  };
+  union {
+    const uint8_t* bytes;       // the bytes of a run, or the members of a set, 0xFF for each
+    const uint8_t* waysOf;      // kChoice: bit k for a byte that target k can begin with, or null
+    const ProgramNode* record;  // kCharacter and its repetitions, kCopy
+    int64_t serial;             // kOpen, kClose, kEnterLoop, kLoop: of the group
+  };
+  union {
+    Run run;
+    Loop loop;                       // kEnterLoop, kLoop
+    uint16_t targets[kMostTargets];  // kChoice; the first is the body of kLookaround
+  };
+};
+static_assert(sizeof(FastOp) == 32);
+
+enum FastFlag : uint8_t {
+  kGivesNothingBack = 1,  // what follows a run begins with none of its bytes
+  kFollowsAtEnd = 2,      // what follows a run can match where the text ends
+  kIsUndone = 4,          // a group's start or slot matters where a match goes another way
+  kMayBeEmpty = 8,        // a repetition of the group may consume nothing
+  kIsCounted = 16,        // the group's repetitions are counted
+  kIsLazy = 32,           // what follows is preferred
+  kIsNegative = 64,       // a look-around that must not match
+  kIsMultiLine = 128,     // "^" and "$" at every line
+};
+constexpr uint8_t kIsBehind = kGivesNothingBack;  // of a look-around: it is a look-behind
+
+constexpr int32_t kMostEmptyLoops = 3;  // with more, failures are not remembered
+
+struct FastProgram {
+  const FastOp* ops;
+  uint16_t entry;
+  bool isUtf8;       // the format that it was made for
+  bool clearsSlots;  // a match may leave slots as they are
+  bool beginsAtEnd;  // a match can begin where the text ends
+  int32_t depth;     // levels that a match can need beside its repetitions of groups
+  int32_t opCount;
+  int32_t mostCost;  // of the loops
+  bool remembers;    // failures can be remembered
+  int8_t emptyLoopCount;
+  int16_t emptyLoops[kMostEmptyLoops];  // serials of groups that may match nothing, repeated
+  uint8_t canBegin[256];                // not 0 for a byte that a match can begin with
+};
+
+// The one that was made, or null.
+inline const FastProgram* FastProgramOf(const RegExpState* state) {
+  const uint32_t offset = FactsOf(state)->fastProgram;
+  return offset == 0 ? nullptr
+                     : reinterpret_cast<const FastProgram*>(
+                           reinterpret_cast<const uint8_t*>(state) + offset);
+}
+
+}  // namespace vekch::regexp
+
+#endif

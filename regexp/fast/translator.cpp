@@ -1,0 +1,937 @@
+// Each record becomes the operation of the same index, in one pass; groups with a choice or a loop
+// take further operations behind the last record's. Then, against the direction of matching, the
+// bytes that can come next are gathered for each operation, until nothing changes: only loops lead
+// back, so that a few rounds do. Last, choices and runs get their tables.
+
+#include "regexp/fast/translator.h"
+
+#include "regexp/characters/bytes.h"
+#include "regexp/characters/character_set.h"
+#include "regexp/characters/properties.h"
+#include "regexp/object/program_walk.h"
+#include "strings/kernels/lanes.h"
+
+namespace vekch::regexp {
+namespace {
+
+constexpr int32_t kMostRounds = 12;
+constexpr int32_t kOwnLevels = 16;  // of the search, and of the last tests
+constexpr int32_t kTable = 256;
+constexpr uint8_t kNewline = '\n';
+
+// The bytes that can come next, and whether the end of the text can.
+struct NextBytes {
+  kernels::Block low;   // a bit for each of the bytes 0 to 127
+  kernels::Block high;  // and 128 to 255
+  bool atEnd;
+
+  static NextBytes None() { return {kernels::ZeroBlock(), kernels::ZeroBlock(), false}; }
+  static NextBytes All(bool atEnd) { return {kernels::Splat(0xFF), kernels::Splat(0xFF), atEnd}; }
+
+  void Add(const NextBytes& other) {
+    low = low | other.low;
+    high = high | other.high;
+    atEnd = atEnd || other.atEnd;
+  }
+
+  void Keep(const NextBytes& other) {
+    low = low & other.low;
+    high = high & other.high;
+    atEnd = atEnd && other.atEnd;
+  }
+
+  void AddByte(uint8_t value) {
+    reinterpret_cast<uint8_t*>(this)[value / 8] |= static_cast<uint8_t>(1U << value % 8);
+  }
+
+  void AddHigh() { high = kernels::Splat(0xFF); }
+
+  void AddMembers(const uint8_t* member) {
+    uint16_t bits[kTable / kernels::kBlock];
+    for (int32_t i = 0; i < kTable; i += kernels::kBlock) {
+      bits[i / kernels::kBlock] =
+          static_cast<uint16_t>(kernels::LaneBits(kernels::LoadAny(member + i)));
+    }
+    const auto* const bytes = reinterpret_cast<const uint8_t*>(bits);
+    low = low | kernels::LoadAny(bytes);
+    high = high | kernels::LoadAny(bytes + kernels::kBlock);
+  }
+
+  bool Meets(const NextBytes& other) const {
+    const kernels::Block both = (low & other.low) | (high & other.high);
+    return kernels::LaneBits(both == kernels::ZeroBlock()) != 0xFFFF;
+  }
+
+  bool IsAll() const {
+    return kernels::LaneBits((low & high) == kernels::Splat(0xFF)) == 0xFFFF && atEnd;
+  }
+
+  friend bool operator==(const NextBytes& a, const NextBytes& b) {
+    const kernels::Block differ = (a.low ^ b.low) | (a.high ^ b.high);
+    return kernels::LaneBits(differ == kernels::ZeroBlock()) == 0xFFFF && a.atEnd == b.atEnd;
+  }
+};
+
+// Sets bits of a table's entries for the bytes that can come next.
+void Mark(uint8_t* table, const NextBytes& next, uint8_t bits) {
+  const auto* const words = reinterpret_cast<const uint8_t*>(&next);
+  const auto lanes = kernels::As<kernels::Block>(kernels::SplatHalf(0x8040201008040201U));
+  const kernels::Block mark = kernels::Splat(bits);
+  for (int32_t i = 0; i < kTable; i += kernels::kBlock) {
+    const kernels::Block member =
+        kernels::LowHalves(kernels::Splat(words[i / 8]), kernels::Splat(words[i / 8 + 1]));
+    const kernels::Block hits = (member & lanes) == lanes;
+    kernels::StoreAny(table + i, kernels::LoadAny(table + i) | (hits & mark));
+  }
+}
+
+// What is noted of a group while the records are walked.
+struct GroupShape {
+  int16_t around;
+  bool consumes;    // the alternative that is open takes a byte at least
+  bool allConsume;  // and so do those before it
+  bool mayBeEmpty;
+  // Levels that the exact matcher takes at most for the records of the alternative that is open,
+  // and for those of any; every record takes one, and a class or a repetition one more.
+  int32_t levels;
+  int32_t mostLevels;
+};
+
+class Translator {
+ public:
+  Translator(RegExpState* patternState, uint8_t* room, uint8_t* roomEnd)
+      : state(patternState),
+        walk(*patternState),
+        program(reinterpret_cast<FastProgram*>(room)),
+        ops(reinterpret_cast<FastOp*>(program + 1)),
+        capacity(static_cast<int32_t>(CapacityFor(walk.count))),
+        tables(reinterpret_cast<uint8_t*>(ops + capacity)),
+        next(reinterpret_cast<NextBytes*>(AlignedBelow(roomEnd)) - capacity),
+        shapes(reinterpret_cast<GroupShape*>(next) - (walk.count + 1)),
+        isUtf8(patternState->characterFormat != 0) {}
+
+  // The least room that a translation takes, without any table.
+  static int64_t ScratchOf(const RegExpState& state) {
+    const int64_t records = state.nodeCount;
+    return static_cast<int64_t>(sizeof(FastProgram) + kernels::kBlock) +
+           static_cast<int64_t>(sizeof(FastOp) + sizeof(NextBytes)) * CapacityFor(records) +
+           static_cast<int64_t>(sizeof(GroupShape)) * (records + 1);
+  }
+
+  // Behind what the program keeps.
+  const uint8_t* End() const { return tables; }
+
+  const FastProgram* Run() {
+    // An alternative at record 0 is not noted as one.
+    const bool beginsEmpty = walk.count > 0 && walk.nodes[0].op == OpAlternative;
+    if (!HasRoom(0) || FactsOf(state)->readsOpenGroups != 0 || beginsEmpty) {
+      return nullptr;
+    }
+    FindShapes();
+    used = walk.count + 1;
+    for (int32_t i = 0; i < used; ++i) {  // items of classes and skipped groups have none
+      Begin(i, FastCode::kAccept, walk.count);
+    }
+    for (int32_t i = 0; i < walk.count && isKnown;) {
+      i = Record(i);
+    }
+    const uint16_t entry = Entry();
+    if (!isKnown || !PassJumps() || !FindNextBytes()) {
+      return nullptr;
+    }
+    const uint16_t first = Passed(entry);
+    MakeTables();
+    *program = {ops,
+                first,
+                isUtf8,
+                certainSlots != state->captureCount - 1,
+                next[first].atEnd,
+                2 * shapes[0].mostLevels + kOwnLevels,
+                used,
+                mostCost,
+                Remembers(),
+                emptyLoopCount,
+                {emptyLoops[0], emptyLoops[1], emptyLoops[2]},
+                {}};
+    Mark(program->canBegin, next[first], 0xFF);
+    return program;
+  }
+
+ private:
+  // Whether what follows a place depends on nothing that a bit does not tell.
+  bool Remembers() const {
+    if (emptyLoopCount > kMostEmptyLoops) {
+      return false;
+    }
+    for (int32_t i = 0; i < used; ++i) {
+      const FastOp& op = ops[i];
+      const bool isSub = op.code == FastCode::kLookaround || op.code == FastCode::kAtomic;
+      if (op.code == FastCode::kCopy || (isSub && Captures(op)) ||
+          (op.code == FastCode::kLoop && (op.flags & kIsCounted) != 0)) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  static constexpr int64_t CapacityFor(int64_t records) { return 2 * records + 8; }
+
+  static uint8_t* AlignedBelow(uint8_t* end) {
+    return end - reinterpret_cast<uintptr_t>(end) % kernels::kBlock;
+  }
+
+  // Whether a table of so many bytes more would lie before the scratch.
+  bool HasRoom(int32_t bytes) const { return reinterpret_cast<uint8_t*>(shapes) - tables >= bytes; }
+
+  FastOp& Begin(int32_t index, FastCode code, int32_t following) {
+    ops[index] = {};
+    ops[index].code = code;
+    ops[index].next = static_cast<uint16_t>(following);
+    return ops[index];
+  }
+
+  // A further operation; its index.
+  int32_t Further(FastCode code, int32_t following) {
+    if (used == capacity) {
+      isKnown = false;
+      return 0;
+    }
+    Begin(used, code, following);
+    return used++;
+  }
+
+  int32_t Unknown() {
+    isKnown = false;
+    return walk.count;
+  }
+
+  // ---- Which groups may consume nothing.
+
+  static bool IsDue(const ProgramNode* quantifier) {
+    return quantifier == nullptr || quantifier->a > 0;
+  }
+
+  void FindShapes() {
+    int32_t innermost = 0;
+    shapes[0] = {0, false, true, false, 0, 0};
+    for (int32_t i = 0; i < walk.count; ++i) {
+      const ProgramNode& node = walk.nodes[i];
+      if (IsOpening(node)) {
+        const int32_t serial = SerialOf(node);
+        if (serial > walk.count) {  // groups that were dropped count as well
+          isKnown = false;
+          return;
+        }
+        shapes[serial] = {static_cast<int16_t>(innermost), false, true, false, 0, 0};
+        innermost = serial;
+      } else if (node.op == OpAlternative) {
+        EndAlternative(&shapes[innermost]);
+      } else if (node.op == OpGroupEnd) {
+        innermost = EndShape(i, innermost);
+      } else if (IsAtom(node)) {
+        AddAtom(i, &shapes[innermost]);
+        i = walk.BehindAtom(i) - 1;
+      } else if (!IsQuantifier(node)) {
+        ++shapes[innermost].levels;
+      }
+    }
+    EndAlternative(&shapes[0]);
+  }
+
+  void AddAtom(int32_t i, GroupShape* shape) const {
+    const ProgramNode& node = walk.nodes[i];
+    const ProgramNode* const quantifier = walk.QuantifierAt(walk.BehindAtom(i));
+    shape->consumes |= node.op != OpBackref && IsDue(quantifier);
+    shape->levels += node.op == OpClass || quantifier != nullptr ? 2 : 1;
+  }
+
+  // The record that ends it takes a level as well.
+  static void EndAlternative(GroupShape* shape) {
+    shape->allConsume &= shape->consumes;
+    shape->consumes = false;
+    ++shape->levels;
+    shape->mostLevels = shape->levels > shape->mostLevels ? shape->levels : shape->mostLevels;
+    shape->levels = 0;
+  }
+
+  int32_t EndShape(int32_t end, int32_t serial) {
+    GroupShape& shape = shapes[serial];
+    EndAlternative(&shape);
+    shape.mayBeEmpty = !shape.allConsume;
+    GroupShape& around = shapes[shape.around];
+    const ProgramNode& opening = walk.nodes[OpeningOf(end)];
+    const bool isLookaround = IsLookaround(opening);
+    around.consumes |= !shape.mayBeEmpty && !isLookaround && IsDue(walk.QuantifierAt(end + 1));
+    around.levels += (opening.op == OpAtomic ? 2 : 1) + shape.mostLevels;
+    return shape.around;
+  }
+
+  static int32_t SerialOf(const ProgramNode& node) { return node.a < 0 ? -node.a : node.a; }
+  int32_t OpeningOf(int32_t end) const { return regexp::OpeningOf(walk.nodes[end]); }
+
+  static bool IsAtom(const ProgramNode& node) {
+    switch (node.op) {
+      case OpChar:
+      case OpString:
+      case OpBackref:
+      case OpClass:
+      case OpCharType:
+      case OpAnyByte:
+      case OpCodePoint:
+      case OpCategory:
+      case OpRange:
+      case OpScript:
+      case OpGrapheme:
+        return true;
+      default:
+        return false;
+    }
+  }
+
+  // ---- Records. Each returns the index of the next record to translate.
+
+  int32_t Record(int32_t i) {
+    const ProgramNode& node = walk.nodes[i];
+    switch (node.op) {
+      case OpString:
+        return String(i);
+      case OpBackref:
+        return Copy(i);
+      case OpAssert:
+        return Assertion(i);
+      case OpSetOptions:
+        Begin(i, FastCode::kJump, i + 1);
+        return i + 1;
+      case OpAlternative: {
+        const int32_t end = AlternativeNoteOf(node).groupEnd;
+        Begin(i, FastCode::kJump, end == 0 ? walk.count : end);
+        return i + 1;
+      }
+      case OpCapture:
+      case OpGroup:
+      case OpOptionGroup:
+        return Group(i);
+      case OpLookahead:
+      case OpNegLookahead:
+      case OpLookbehind:
+      case OpNegLookbehind:
+        return Lookaround(i);
+      case OpAtomic:
+        return Atomic(i);
+      case OpGroupEnd:
+        return GroupEnd(i);
+      default:
+        return IsAtom(node) ? Atom(i) : Unknown();
+    }
+  }
+
+  int32_t String(int32_t i) {
+    const ProgramNode& node = walk.nodes[i];
+    const FastCode code = IsCaseless(node.c) ? FastCode::kCaselessBytes : FastCode::kBytes;
+    FastOp& op = Begin(i, code, i + 1);
+    op.length = node.b;
+    op.bytes = RunOf(node);
+    return i + 1;
+  }
+
+  int32_t Copy(int32_t i) {
+    if (walk.QuantifierAt(i + 1) != nullptr) {
+      return Unknown();
+    }
+    Begin(i, FastCode::kCopy, i + 1).record = &walk.nodes[i];
+    return i + 1;
+  }
+
+  int32_t Assertion(int32_t i) {
+    const ProgramNode* const quantifier = walk.QuantifierAt(i + 1);
+    const int32_t behind = quantifier == nullptr ? i + 1 : i + 2;
+    if (!IsDue(quantifier)) {
+      Begin(i, FastCode::kJump, behind);
+      return behind;
+    }
+    FastOp& op = Begin(i, FastCode::kAssert, behind);
+    op.letter = walk.nodes[i].a;
+    op.flags = (OptionsOf(walk.nodes[i]) & RegExpOptionM) != 0 ? kIsMultiLine : 0;
+    return behind;
+  }
+
+  // Whether what the record accepts may count more or fewer bytes than it has.
+  static bool MayBeSkewed(const ProgramNode& node) {
+    return node.op == OpCodePoint && (node.a < kTable || (OptionsOf(node) & RegExpOptionI) != 0);
+  }
+
+  // The set of a record that accepts single bytes alone, or null.
+  const CharacterSet* ByteSetOf(int32_t i) const {
+    const CharacterSet* const set = walk.SetAt(i);
+    return set != nullptr && (!isUtf8 || set->wide == Wide::kOutside) ? set : nullptr;
+  }
+
+  // The set of a record that accepts all characters of several bytes, or null.
+  const CharacterSet* OpenSetOf(int32_t i) const {
+    const CharacterSet* const set = walk.SetAt(i);
+    return set != nullptr && set->wide == Wide::kInside ? set : nullptr;
+  }
+
+  static void SetPair(const ProgramNode& node, FastOp* op) {
+    const auto byte = static_cast<uint8_t>(node.a);
+    op->pair[0] = byte;
+    const bool hasCases = IsCaseless(node.c) && IsAsciiLetter(byte);
+    op->pair[1] = static_cast<uint8_t>(hasCases ? byte ^ 0x20 : byte);
+  }
+
+  int32_t Atom(int32_t i) {
+    const ProgramNode& node = walk.nodes[i];
+    const int32_t behind = walk.BehindAtom(i);
+    const ProgramNode* const quantifier = walk.QuantifierAt(behind);
+    const bool isClass = node.op == OpClass || node.op == OpCharType;
+    if (node.op == OpGrapheme || MayBeSkewed(node) || (isClass && walk.SetAt(i) == nullptr)) {
+      return Unknown();
+    }
+    if (quantifier != nullptr) {
+      return Run(i, behind, *quantifier);
+    }
+    FastOp& op = Begin(i, FastCode::kCharacter, behind);
+    if (node.op == OpChar) {
+      op.code = FastCode::kByte;
+      SetPair(node, &op);
+    } else if (node.op == OpAnyByte) {
+      op.code = FastCode::kAnyByte;
+    } else if (ByteSetOf(i) != nullptr) {
+      op.code = FastCode::kSet;
+      op.bytes = ByteSetOf(i)->member;
+    } else if (OpenSetOf(i) != nullptr) {
+      op.code = FastCode::kOpenSet;
+      op.bytes = OpenSetOf(i)->member;
+    } else {
+      op.record = &node;
+    }
+    return behind;
+  }
+
+  int32_t Run(int32_t i, int32_t behind, const ProgramNode& quantifier) {
+    const ProgramNode& node = walk.nodes[i];
+    if (quantifier.b == 0) {
+      Begin(i, FastCode::kJump, behind + 1);
+      return behind + 1;
+    }
+    const bool isLazy = quantifier.op == OpLazy;
+    FastOp& op = Begin(i, FastCode::kCharacterRun, behind + 1);
+    op.run = {quantifier.a, quantifier.b, nullptr};
+    if (node.op == OpChar && isLazy) {
+      op.code = FastCode::kLazySet;
+      op.bytes = SetOfPair(node);
+    } else if (node.op == OpChar) {
+      op.code = FastCode::kByteRun;
+      SetPair(node, &op);
+    } else if (node.op == OpAnyByte) {
+      op.code = FastCode::kAnyRun;
+    } else if (ByteSetOf(i) != nullptr) {
+      op.code = isLazy ? FastCode::kLazySet : FastCode::kSetRun;
+      op.bytes = ByteSetOf(i)->member;
+    } else if (OpenSetOf(i) != nullptr) {
+      op.code = isLazy ? FastCode::kLazyOpenSet : FastCode::kOpenSetRun;
+      op.bytes = OpenSetOf(i)->member;
+    } else {
+      op.record = &node;
+      op.code = isLazy ? FastCode::kLazyCharacter : op.code;
+    }
+    const bool isCounted = quantifier.b != RegExpUnbounded && op.code != FastCode::kLazySet;
+    const bool isUnknown = op.code == FastCode::kAnyRun || isCounted;
+    return isLazy && (isUnknown || op.bytes == nullptr) ? Unknown() : behind + 1;
+  }
+
+  // A set of a byte in both its cases; null where it has no room.
+  const uint8_t* SetOfPair(const ProgramNode& node) {
+    FastOp op = {};
+    SetPair(node, &op);
+    uint8_t* const set = NewTable();
+    if (set != nullptr) {
+      set[op.pair[0]] = set[op.pair[1]] = 0xFF;
+    }
+    return set;
+  }
+
+  // ---- Groups.
+
+  bool IsRepeated(int32_t opening) const {
+    const ProgramNode* const quantifier = walk.QuantifierAt(walk.GroupEnd(opening) + 1);
+    return quantifier != nullptr && quantifier->b > 1;
+  }
+
+  // Whether a match may pass the records in a group never, or several times.
+  bool IsUncertain(int32_t opening) const {
+    const uint32_t op = walk.nodes[opening].op;
+    return walk.HasAlternatives(opening) || (op != OpCapture && op != OpGroup) ||
+           walk.QuantifierAt(walk.GroupEnd(opening) + 1) != nullptr;
+  }
+
+  void EnterBody(int32_t opening) {
+    loops += IsRepeated(opening) ? 1 : 0;
+    uncertain += IsUncertain(opening) ? 1 : 0;
+  }
+
+  // What lies behind a group and its quantifier.
+  int32_t Behind(int32_t end) const {
+    return walk.QuantifierAt(end + 1) == nullptr ? end + 1 : end + 2;
+  }
+
+  // The operation that tries the alternatives of a group and, if `exit` is not 0, what follows it,
+  // first or last.
+  int32_t Choice(int32_t opening, int32_t exit, bool exitFirst) {
+    return ChoiceAmong(opening + 1, GroupNoteOf(walk.nodes[opening]).firstAlternative, exit,
+                       exitFirst);
+  }
+
+  // Seven ways at a time, the eighth for the rest.
+  int32_t ChoiceAmong(int32_t first, int32_t alternative, int32_t exit, bool exitFirst) {
+    if (alternative == 0 && exit == 0) {
+      return first;
+    }
+    exitFirst = exitFirst && exit != 0;
+    int32_t head = 0;
+    int32_t last = 0;
+    bool isExitDue = exit != 0 && !exitFirst;
+    int32_t target = exitFirst ? exit : first;
+    bool isFirstDue = exitFirst;
+    while (isKnown) {
+      if (last == 0 || ops[last].ways.count == kMostTargets - 1) {
+        const bool isOver = !isFirstDue && alternative == 0 && !isExitDue;
+        if (last == 0 || !isOver) {
+          const int32_t more = Further(FastCode::kChoice, 0);
+          if (last != 0) {
+            AddWay(last, more);
+          }
+          head = head == 0 ? more : head;
+          last = more;
+        }
+      }
+      AddWay(last, target);
+      if (isFirstDue) {
+        target = first;
+        isFirstDue = false;
+      } else if (alternative != 0) {
+        target = alternative + 1;
+        alternative = AlternativeNoteOf(walk.nodes[alternative]).next;
+      } else if (isExitDue) {
+        target = exit;
+        isExitDue = false;
+      } else {
+        break;
+      }
+    }
+    return head;
+  }
+
+  void AddWay(int32_t choice, int32_t target) {
+    ops[choice].targets[ops[choice].ways.count++] = static_cast<uint16_t>(target);
+  }
+
+  uint16_t Entry() {
+    return static_cast<uint16_t>(ChoiceAmong(0, FactsOf(state)->firstAlternative, 0, false));
+  }
+
+  int32_t Group(int32_t i) {
+    const ProgramNode& node = walk.nodes[i];
+    const int32_t end = walk.GroupEnd(i);
+    const ProgramNode* const quantifier = walk.QuantifierAt(end + 1);
+    if (quantifier != nullptr && quantifier->b == 0) {
+      Begin(i, FastCode::kJump, end + 2);
+      return end + 2;
+    }
+    const bool isLazy = quantifier != nullptr && quantifier->op == OpLazy;
+    const int32_t body = Choice(i, IsDue(quantifier) ? 0 : end + 2, isLazy);
+    if (IsRepeated(i)) {
+      EnterLoop(i, body, *quantifier);
+    } else if (node.op == OpCapture) {
+      FastOp& op = Begin(i, FastCode::kOpen, body);
+      op.serial = SerialOf(node);
+      op.flags = loops > 0 ? kIsUndone : 0;
+    } else {
+      Begin(i, FastCode::kJump, body);
+    }
+    if (node.op == OpCapture) {
+      CloseAt(i, end);
+    } else {
+      Begin(end, FastCode::kJump, Behind(end));
+    }
+    if (IsRepeated(i)) {
+      ops[end].next = static_cast<uint16_t>(LoopAt(i, body));
+    }
+    EnterBody(i);
+    return i + 1;
+  }
+
+  void CloseAt(int32_t opening, int32_t end) {
+    const ProgramNode& node = walk.nodes[opening];
+    const bool isCertain = uncertain == 0 && FactsOf(state)->firstAlternative == 0 &&
+                           walk.QuantifierAt(end + 1) == nullptr;
+    FastOp& op = Begin(end, FastCode::kClose, Behind(end));
+    op.slot = node.c;
+    op.serial = SerialOf(node);
+    op.flags = isCertain ? 0 : kIsUndone;
+    certainSlots += isCertain ? 1 : 0;
+  }
+
+  uint8_t LoopFlags(int32_t opening, const ProgramNode& quantifier) const {
+    const bool isCounted = quantifier.a > 1 || quantifier.b != RegExpUnbounded;
+    return static_cast<uint8_t>(
+        (isCounted ? kIsCounted : 0) | (quantifier.op == OpLazy ? kIsLazy : 0) |
+        (shapes[SerialOf(walk.nodes[opening])].mayBeEmpty ? kMayBeEmpty : 0) |
+        (walk.nodes[opening].op == OpCapture ? kIsUndone : 0));
+  }
+
+  // Whether anything has to be kept of where a repetition began, or which it is.
+  static bool IsKept(uint8_t flags) {
+    return (flags & (kIsCounted | kMayBeEmpty | kIsUndone)) != 0;
+  }
+
+  void EnterLoop(int32_t i, int32_t body, const ProgramNode& quantifier) {
+    const uint8_t flags = LoopFlags(i, quantifier);
+    if ((flags & kMayBeEmpty) != 0 && emptyLoopCount++ < kMostEmptyLoops) {
+      emptyLoops[emptyLoopCount - 1] = static_cast<int16_t>(SerialOf(walk.nodes[i]));
+    }
+    FastOp& op = Begin(i, IsKept(flags) ? FastCode::kEnterLoop : FastCode::kJump, body);
+    op.flags = flags;
+    op.serial = SerialOf(walk.nodes[i]);
+    op.loop = {quantifier.a, quantifier.b, 0, 0, 0, 0};
+  }
+
+  // `body` is what the group's opening leads to.
+  int32_t LoopAt(int32_t opening, int32_t body) {
+    const int32_t end = walk.GroupEnd(opening);
+    const ProgramNode& quantifier = walk.nodes[end + 1];
+    const bool isLazy = quantifier.op == OpLazy;
+    const int32_t again = quantifier.a > 1 ? body : 0;
+    const int32_t againOrExit = quantifier.a == 0 ? body : Choice(opening, end + 2, isLazy);
+    const int32_t cost = shapes[SerialOf(walk.nodes[opening])].mostLevels;
+    isKnown = isKnown && cost <= UINT16_MAX;
+    mostCost = cost > mostCost ? cost : mostCost;
+    const int32_t index = Further(FastCode::kLoop, againOrExit);
+    if (isKnown) {
+      FastOp& op = ops[index];
+      op.flags = LoopFlags(opening, quantifier);
+      op.serial = SerialOf(walk.nodes[opening]);
+      op.loop = {0,
+                 0,
+                 static_cast<uint16_t>(again),
+                 static_cast<uint16_t>(againOrExit),
+                 static_cast<uint16_t>(end + 2),
+                 static_cast<uint16_t>(cost)};
+    }
+    return index;
+  }
+
+  int32_t GroupEnd(int32_t i) {
+    const int32_t opening = OpeningOf(i);
+    loops -= IsRepeated(opening) ? 1 : 0;
+    uncertain -= IsUncertain(opening) ? 1 : 0;
+    return Behind(i);
+  }
+
+  int32_t Sub(int32_t i, FastCode code) {
+    const int32_t end = walk.GroupEnd(i);
+    if (walk.QuantifierAt(end + 1) != nullptr) {
+      return Unknown();
+    }
+    FastOp& op = Begin(i, code, end + 1);
+    op.targets[0] = static_cast<uint16_t>(Choice(i, 0, false));
+    Begin(end, FastCode::kSubEnd, end + 1);
+    EnterBody(i);
+    return i + 1;
+  }
+
+  int32_t Atomic(int32_t i) { return Sub(i, FastCode::kAtomic); }
+
+  int32_t Lookaround(int32_t i) {
+    const ProgramNode& node = walk.nodes[i];
+    const int32_t following = Sub(i, FastCode::kLookaround);
+    const bool isNegative = node.op == OpNegLookahead || node.op == OpNegLookbehind;
+    ops[i].length = node.c;
+    ops[i].flags =
+        static_cast<uint8_t>((isNegative ? kIsNegative : 0) | (IsLookbehind(node) ? kIsBehind : 0));
+    return following;
+  }
+
+  // ---- Jumps.
+
+  uint16_t Passed(uint16_t index) const {
+    while (ops[index].code == FastCode::kJump) {
+      index = ops[index].next;
+    }
+    return index;
+  }
+
+  // Lets every operation lead to one that does something. Skipped bodies hold no operations.
+  bool PassJumps() {
+    for (int32_t i = 0; i < used; ++i) {
+      FastOp& op = ops[i];
+      op.next = Passed(op.next);
+      if (op.code == FastCode::kChoice) {
+        for (int32_t k = 0; k < op.ways.count; ++k) {
+          op.targets[k] = Passed(op.targets[k]);
+        }
+      } else if (op.code == FastCode::kLoop) {
+        op.loop.again = Passed(op.loop.again);
+        op.loop.againOrExit = Passed(op.loop.againOrExit);
+        op.loop.exit = Passed(op.loop.exit);
+      } else if (op.code == FastCode::kLookaround || op.code == FastCode::kAtomic) {
+        op.targets[0] = Passed(op.targets[0]);
+      }
+    }
+    return true;
+  }
+
+  // ---- The bytes that can come next.
+
+  bool FindNextBytes() {
+    for (int32_t i = 0; i < used; ++i) {
+      next[i] = NextBytes::None();
+    }
+    for (int32_t round = 0; round < kMostRounds; ++round) {
+      bool changed = false;
+      for (int32_t i = used - 1; i >= 0; --i) {
+        const NextBytes found = NextBytesOf(ops[i]);
+        changed = changed || !(found == next[i]);
+        next[i] = found;
+      }
+      if (!changed) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  NextBytes NextBytesOf(const FastOp& op) const {
+    NextBytes result = NextBytes::None();
+    switch (op.code) {
+      case FastCode::kJump:
+        return result;
+      case FastCode::kAccept:
+        return NextBytes::All(true);
+      case FastCode::kChoice:
+        for (int32_t k = 0; k < op.ways.count; ++k) {
+          result.Add(next[op.targets[k]]);
+        }
+        return result;
+      case FastCode::kLoop:
+        result = next[op.loop.againOrExit];
+        result.Add(next[op.loop.exit]);
+        if (op.loop.again != 0) {
+          result.Add(next[op.loop.again]);
+        }
+        return result;
+      case FastCode::kAtomic:
+        return Captures(op) ? NextBytes::All(true) : next[op.targets[0]];
+      case FastCode::kSubEnd:
+        return NextBytes::All(true);
+      case FastCode::kAssert:
+        return AtAssertion(op);
+      case FastCode::kOpen:
+      case FastCode::kClose:
+      case FastCode::kEnterLoop:
+        return next[op.next];
+      case FastCode::kLookaround:
+        return Captures(op) ? NextBytes::All(true) : next[op.next];
+      default:
+        break;
+    }
+    result = BytesOf(op);
+    if (op.code >= FastCode::kByteRun && op.run.minimum == 0) {
+      result.Add(next[op.next]);
+    }
+    return result;
+  }
+
+  // Whether groups in a sub-program capture: that stays even where what follows fails, so that no
+  // way there is passed over.
+  bool Captures(const FastOp& opening) const {
+    const auto first = static_cast<int32_t>(&opening - ops);
+    for (int32_t i = first; i < walk.GroupEnd(first); ++i) {
+      if (walk.nodes[i].op == OpCapture) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  NextBytes AtAssertion(const FastOp& op) const {
+    NextBytes result = next[op.next];
+    if (op.letter == 'z' || op.letter == 'Z' || op.letter == '$') {
+      NextBytes ends = NextBytes::None();
+      ends.atEnd = true;
+      if (op.letter != 'z') {
+        ends.AddByte(kNewline);
+      }
+      result.Keep(ends);
+    }
+    return result;
+  }
+
+  // The bytes that an operation's own characters begin with.
+  NextBytes BytesOf(const FastOp& op) const {
+    NextBytes result = NextBytes::None();
+    switch (op.code) {
+      case FastCode::kByte:
+      case FastCode::kByteRun:
+        result.AddByte(op.pair[0]);
+        result.AddByte(op.pair[1]);
+        break;
+      case FastCode::kBytes:
+        result.AddByte(op.bytes[0]);
+        break;
+      case FastCode::kCaselessBytes:
+        result.AddByte(op.bytes[0]);
+        if (IsAsciiLetter(op.bytes[0])) {
+          result.AddByte(static_cast<uint8_t>(op.bytes[0] ^ 0x20));
+        }
+        break;
+      case FastCode::kSet:
+      case FastCode::kSetRun:
+      case FastCode::kLazySet:
+        result.AddMembers(op.bytes);
+        break;
+      case FastCode::kOpenSet:
+      case FastCode::kOpenSetRun:
+      case FastCode::kLazyOpenSet:
+        result.AddMembers(op.bytes);
+        result.AddHigh();
+        break;
+      case FastCode::kCharacter:
+      case FastCode::kCharacterRun:
+      case FastCode::kLazyCharacter:
+        AddCharacters(*op.record, &result);
+        break;
+      default:
+        return NextBytes::All(false);
+    }
+    return result;
+  }
+
+  static void AddCharacters(const ProgramNode& node, NextBytes* result) {
+    result->AddHigh();
+    if (node.op == OpCharType || node.op == OpClass) {
+      result->AddMembers(SetOf(node)->member);
+      return;
+    }
+    for (int32_t value = 0; value < 0x80; ++value) {
+      const bool isMember = node.op == OpCategory ? InCategorySet(value, CategoriesOf(node))
+                                                  : MatchPropertyItem(value, &node, 0) >= 0;
+      if (isMember) {
+        result->AddByte(static_cast<uint8_t>(value));
+      }
+    }
+  }
+
+  // ---- Tables.
+
+  uint8_t* NewTable() {
+    if (!HasRoom(kTable)) {
+      return nullptr;
+    }
+    uint8_t* const table = tables;
+    tables += kTable;
+    for (int32_t i = 0; i < kTable; i += kernels::kBlock) {
+      kernels::StoreAny(table + i, kernels::ZeroBlock());
+    }
+    return table;
+  }
+
+  void MakeTables() {
+    for (int32_t i = 0; i < used; ++i) {
+      FastOp& op = ops[i];
+      if (op.code == FastCode::kChoice) {
+        MakeWays(&op);
+      } else if (op.code >= FastCode::kByteRun && op.code <= FastCode::kLazyCharacter) {
+        MakeFollow(&op);
+      }
+    }
+  }
+
+  // Without a table every way is tried.
+  void MakeWays(FastOp* op) {
+    uint8_t* const table = NewTable();
+    op->waysOf = table;
+    for (int32_t k = 0; k < op->ways.count; ++k) {
+      const NextBytes& bytes = next[op->targets[k]];
+      const auto bit = static_cast<uint8_t>(1U << k);
+      op->ways.atEnd = static_cast<uint8_t>(op->ways.atEnd | (bytes.atEnd ? bit : 0));
+      if (table != nullptr) {
+        Mark(table, bytes, bit);
+      }
+    }
+  }
+
+  void MakeFollow(FastOp* op) {
+    const NextBytes& following = next[op->next];
+    const bool isLast = ops[op->next].code == FastCode::kAccept;  // which never fails
+    const bool isDisjoint = isLast || !BytesOf(*op).Meets(following);
+    op->flags = static_cast<uint8_t>((following.atEnd ? kFollowsAtEnd : 0) |
+                                     (isDisjoint ? kGivesNothingBack : 0));
+    uint8_t* const table = following.IsAll() ? nullptr : NewTable();
+    op->run.follow = table;
+    if (table != nullptr) {
+      Mark(table, following, 0xFF);
+    }
+  }
+
+  RegExpState* state;
+  ProgramWalk walk;
+  FastProgram* program;
+  FastOp* ops;
+  const int32_t capacity;
+  uint8_t* tables;     // the next one
+  NextBytes* next;     // scratch, for each operation
+  GroupShape* shapes;  // scratch, for each group
+  const bool isUtf8;
+  int32_t used = 0;
+  bool isKnown = true;
+  int32_t loops = 0;      // around the record
+  int32_t uncertain = 0;  // groups around it that a match may not pass once
+  int32_t certainSlots = 0;
+  int32_t mostCost = 0;  // of a loop
+  int8_t emptyLoopCount = 0;
+  int16_t emptyLoops[kMostEmptyLoops] = {};
+};
+
+// In the part of the room that is free; what the program does not need of it is free again.
+const FastProgram* Translate(RegExpState* state, FreeRoom* room) {
+  constexpr int32_t kMostRecords = 400;
+  const int64_t least = Translator::ScratchOf(*state);
+  if (state->nodeCount > kMostRecords || FactsOf(state)->freeFrom == 0 || room->Size() < least) {
+    return nullptr;
+  }
+  uint8_t* const begin = room->Begin();
+  Translator translator(state, begin, begin + room->Size());
+  const FastProgram* const program = translator.Run();
+  if (program != nullptr) {
+    room->Take(translator.End() - begin);
+  }
+  return program;
+}
+
+}  // namespace
+
+const FastProgram* FastProgramFor(RegExpState* state) {
+  PatternFacts* const facts = FactsOf(state);
+  const FastProgram* const made = FastProgramOf(state);
+  FreeRoom room(state);
+  if (made != nullptr && made->isUtf8 == (state->characterFormat != 0)) {
+    return made;
+  }
+  if (made != nullptr) {  // nothing is taken from the room after it
+    room.GiveBack(reinterpret_cast<const uint8_t*>(made));
+    facts->fastProgram = 0;
+  }
+  if (facts->isUntranslated != 0) {
+    return nullptr;
+  }
+  const FastProgram* const program = Translate(state, &room);
+  if (program == nullptr) {
+    facts->isUntranslated = 1;
+    return nullptr;
+  }
+  facts->fastProgram = room.OffsetOf(reinterpret_cast<const uint8_t*>(program));
+  return program;
+}
+
+}  // namespace vekch::regexp
