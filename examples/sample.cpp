@@ -1,11 +1,12 @@
-#include <vekch/vekch.h>
-
 #include <iostream>
-#include <string>
+#include <vekch/vekch.hpp>
 
 int main() {
-  std::string name = "Content-Type";
-  auto* bytes = reinterpret_cast<uint8_t*>(name.data());
-  veksLowercaseLatin_8u_I(bytes, static_cast<int32_t>(name.size()));
-  std::cout << name << '\n';
+  vekch::Pattern pattern("(\\w+)=(\\d+)");
+  const std::string text = "width=640, height=480";
+  for (const auto match : pattern.find_all(text)) {
+    std::cout << match[1] << " is " << match[2] << '\n';
+  }
+  std::cout << pattern.replace_all(text, "$2 $1").text << '\n';
+  std::cout << vekch::Pattern("(\\w+").fault().text() << '\n';
 }

@@ -3,6 +3,7 @@
  * exported name and calls one function of each family. Compiled as C99, as C++, and by the C
  * compiler alone, which brings no C++ run-time library.
  */
+#include "vekch/regexp_help.h"
 #include "vekch/vekch.h"
 
 typedef void (*AnyFunction)(void);
