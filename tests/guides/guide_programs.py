@@ -8,7 +8,7 @@ import pathlib
 import re
 import sys
 
-BLOCK = re.compile(r"^```(cpp|c|output)\n(.*?)^```$", re.M | re.S)
+BLOCK = re.compile(r"^```(\w*)\n(.*?)^```$", re.M | re.S)
 
 
 def leave(path, text):
@@ -20,10 +20,12 @@ folder, target = map(pathlib.Path, sys.argv[1:])
 target.mkdir(parents=True, exist_ok=True)
 for guide in sorted(folder.glob("*.md")):
     programs = []
+    isProgram = False
     for kind, text in BLOCK.findall(guide.read_text()):
-        if kind == "output":
+        if kind == "output" and isProgram:
             leave(target / f"{programs[-1]}.output", text)
-        elif "int main(" in text:
+        isProgram = kind in ("c", "cpp") and "int main(" in text
+        if isProgram:
             programs.append(f"guide_{guide.stem.replace('-', '_')}_{len(programs) + 1}")
             leave(target / f"{programs[-1]}.{kind}", text)
             print(programs[-1], kind)
