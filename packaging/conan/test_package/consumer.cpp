@@ -1,0 +1,3 @@
+#include <vekch/vekch.hpp>
+
+int main() { return vekch::Pattern("b+").find("abb")[0] == "bb" ? 0 : 1; }
