@@ -121,6 +121,25 @@ auto ForEach(const Input& text, char c, const std::vector<int32_t>& lengths) {
   };
 }
 
+// Terminated strings of these lengths, each at a place of its own.
+std::vector<Input> StringsOf(const std::vector<int32_t>& lengths) {
+  std::vector<Input> strings;
+  for (const int32_t length : lengths) {
+    strings.push_back(RandomLetters(length, static_cast<int64_t>(strings.size() * 7 % 64)));
+  }
+  return strings;
+}
+
+auto ForEachOf(const std::vector<Input>& strings, char c) {
+  return [&strings, c](auto find) {
+    int64_t sum = 0;
+    for (const Input& string : strings) {
+      sum += find(string.data(), string.length(), c);
+    }
+    return sum;
+  };
+}
+
 // All places at which the byte stands, one after the other.
 auto AllForward(const Input& text, char c) {
   return [p = text.data(), length = text.length(), c](auto find) {
@@ -177,8 +196,22 @@ const Family kFindByte([] {
   kRunFindLast("each 'e' in English", text.length(), Count(text, "e"), AllBackward(text, 'e'));
 
   RunLengths(kRunFindTerminated, "at the end", -1);
+  kRunFindTerminated("each line in English", text.length(), Count(text, "\n"),
+                     AllForward(text, '\n'));
+  kRunFindTerminated("each 'e' in English", text.length(), Count(text, "e"), AllForward(text, 'e'));
   for (const int64_t bytes : kAllSizes) {
     kRunTerminator("terminator", bytes, 1, Once(RandomLetters(bytes), '\0'));
+  }
+  for (const int64_t bytes : kSomeSizes) {
+    kRunTerminator("terminator, unaligned", bytes, 1, Once(RandomLetters(bytes, 53), '\0'));
+  }
+  for (const int32_t highest : {16, 64, 256}) {
+    const std::vector<int32_t> lengths = RandomLengths(4000, 1, highest);
+    const std::vector<Input> strings = StringsOf(lengths);
+    kRunTerminator("terminator, 1-" + std::to_string(highest) + " mixed", Sum(lengths), 4000,
+                   ForEachOf(strings, '\0'));
+    kRunFindTerminated("absent, 1-" + std::to_string(highest) + " mixed", Sum(lengths), 4000,
+                       ForEachOf(strings, '!'));
   }
 });
 

@@ -104,6 +104,15 @@ std::vector<Set> AllSets() {
     // No two of them neighbours.
     sets.push_back({std::to_string(count) + " scattered", Bytes(1, 2 * count - 1, 2), letters});
   }
+  for (const size_t count : {5U, 7U, 12U, 20U}) {
+    // Anywhere among the values that are no small letters.
+    std::string members;
+    for (uint32_t value = 1; members.size() < count; value = value * 37 % 251) {
+      const char member = static_cast<char>(value);
+      members += letters.find(member) == std::string::npos ? std::string(1, member) : "";
+    }
+    sets.push_back({std::to_string(count) + " random", members, letters});
+  }
   sets.push_back({"digits", Bytes('0', '9'), letters});
   sets.push_back({"capitals", Bytes('A', 'Z'), letters});
   sets.push_back({"letters", Bytes('A', 'Z') + letters, Bytes(' ', '@')});
@@ -136,6 +145,11 @@ const Family kFindSet([] {
     for (const auto& [name, members] : {std::pair{"each space", " \n"},
                                         {"each punctuation", ".,;:()'\"-"},
                                         {"each vowel", "aeiouAEIOU"},
+                                        {"each small vowel", "aeiou"},
+                                        {"each sentence end", ".!?"},
+                                        {"each delimiter", " \t\r\n,;:/|="},
+                                        {"each word end", " \n.,;:!?()[]{}<>\"'`-/*=+#&%@$"},
+                                        {"each of markup", "<>&\"'"},
                                         {"each capital", "ABCDEFGHIJKLMNOPQRSTUVWXYZ"}}) {
       run(std::string(name) + " in English", english.length(), Count(english, members),
           all(english, members));

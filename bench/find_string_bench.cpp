@@ -124,6 +124,29 @@ std::vector<Task> PlainTasks(bool forward) {
           AtLast(forward, 64)};
 }
 
+// The text ends with the needle, a piece of English that was changed in one byte, and holds no
+// other one. A rare byte keeps chance from putting a short one elsewhere.
+Task PieceOfEnglish(int64_t needleLength) {
+  std::string needle(English(40'000).view().substr(20'000, static_cast<size_t>(needleLength)));
+  char& changed = needle[needle.size() * 2 / 3];
+  changed = needleLength <= 8 ? '^' : static_cast<char>(changed + 1);
+  return {std::to_string(needleLength) + " bytes of English, at the end",
+          [=](int64_t bytes) {
+            Input text = English(bytes);
+            text.Put(-needleLength, needle);
+            return text;
+          },
+          needle};
+}
+
+std::vector<Task> PiecesOfEnglish() {
+  std::vector<Task> tasks;
+  for (const int64_t length : {5, 8, 12, 20, 33, 50, 100, 200, 500, 1000}) {
+    tasks.push_back(PieceOfEnglish(length));
+  }
+  return tasks;
+}
+
 Task InRepeated(const std::string& name, const std::string& unit, const std::string& needle) {
   return {name, [=](int64_t bytes) { return Repeated(bytes, unit); }, needle};
 }
@@ -140,6 +163,12 @@ std::vector<Task> Traps() {
       InRepeated("(ab)^8 b in (ab)'s", "ab", "ababababababababb"),
       InRepeated("a^31 b in (a^30 b)'s", a(30) + "b", a(31) + "b"),
       InRepeated("common start", "needle in a hay", "needle in a stack"),
+      InRepeated("an absent line of a log",
+                 "2026-11-02 10:15:27 INFO  worker-7 request served in 12 ms\n",
+                 "worker-7 request served in 13 ms"),
+      InRepeated("an absent row of a table", "0000;0000;0000;0001;0000;0000\n", "0001;0000;0001"),
+      InRepeated("20 of a period of 3", "abc", "abcabcabcabcabcabdab"),
+      InRepeated("an absent base", "ACGTTGCATGTCGCATGATGCATGAGAGCT", "GCATGAGAGCA"),
       {"a^20 b^20 in random a, b", [](int64_t bytes) { return RandomOf(bytes, "ab"); },
        a(20) + b(20)},
       {"common ends in English", [](int64_t bytes) { return English(bytes); }, "e_____________t"}};
@@ -186,7 +215,18 @@ void RunEach(Run run, All all, Find find) {
 const std::vector<int64_t> kCachedSizes = {8,   16,      31,   64,      100,
                                            256, 1 << 10, 4096, 1 << 16, 1 << 20};
 const std::vector<int64_t> kTrapSizes = {64, 256, 1 << 10, 4096, 1 << 16, 1 << 20};
-const std::vector<int64_t> kFewSizes = {31, 100, 1 << 10, 1 << 16};
+const std::vector<int64_t> kPieceSizes = {64, 256, 1 << 10, 4096, 1 << 16, 1 << 20};
+
+// A hit soon after the start of a string that goes on.
+Task NearHit(const std::string& needle, int64_t position) {
+  return {"'" + needle + "' at " + std::to_string(position),
+          [=](int64_t bytes) {
+            Input text = RandomLetters(bytes);
+            text.Put(position, needle);
+            return text;
+          },
+          needle};
+}
 
 const Family kFindString([] {
   for (const Task& task : PlainTasks(true)) {
@@ -194,6 +234,8 @@ const Family kFindString([] {
     RunTasks(kRunFind, {task}, {1 << 26});
   }
   RunTasks(kRunFind, Traps(), kTrapSizes);
+  RunTasks(kRunFind, PiecesOfEnglish(), kPieceSizes);
+  RunTasks(kRunFind, {NearHit("Key", 10), NearHit("Key", 100)}, {1 << 10, 1 << 20});
   RunEach(kRunFind, AllForward, ViewFind());
 
   RunTasks(kRunFindLast, PlainTasks(false), kCachedSizes);
@@ -201,8 +243,12 @@ const Family kFindString([] {
   RunTasks(kRunFindLast, Traps(), kTrapSizes);
   RunEach(kRunFindLast, AllBackward, ViewFindLast());
 
-  RunTasks(kRunFindTerminated, PlainTasks(true), kFewSizes);
-  RunTasks(kRunFindTerminated, Traps(), kFewSizes);
+  RunTasks(kRunFindTerminated, PlainTasks(true), kCachedSizes);
+  RunTasks(kRunFindTerminated, Traps(), kTrapSizes);
+  RunTasks(kRunFindTerminated, PiecesOfEnglish(), kPieceSizes);
+  RunTasks(kRunFindTerminated, {NearHit("Key", 10), NearHit("Key", 100)},
+           {1 << 10, 1 << 16, 1 << 20});
+  RunEach(kRunFindTerminated, AllForward, ViewFind());
 });
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "frame/checks.h"
 #include "strings/kernels/byte_set.h"
+#include "strings/kernels/find_end.h"
 #include "strings/kernels/find_kernels.h"
 
 namespace vekch {
@@ -95,25 +96,34 @@ vekStatus veksFindRevCAny_8u(const uint8_t* source, int32_t sourceLength, const 
                             vekch::kernels::FindLastOf);
 }
 
-vekStatus veksFind_Z_8u(const uint8_t* source, const uint8_t* needle, int32_t* index) noexcept {
+// Tools that watch single bytes must not watch the groups that the strings are read in.
+#define VEK_READS_GROUPS __attribute__((no_sanitize("address")))
+
+VEK_READS_GROUPS VEK_KERNEL vekStatus veksFind_Z_8u(const uint8_t* source, const uint8_t* needle,
+                                                    int32_t* index) noexcept {
   if (vekch::AnyNull(source, needle)) {
     return StatusNullPointer;
   }
-  return vekch::CheckedFind(source, vekch::kernels::FindTerminator(source), needle,
-                            vekch::kernels::FindTerminator(needle), index, vekch::kNeedleFits,
-                            vekch::kernels::FindSubstring);
+  using vekch::kernels::AtTerminator;
+  return vekch::CheckedFind(source, vekch::kernels::FindEnd(source, AtTerminator{}), needle,
+                            vekch::kernels::FindEnd(needle, AtTerminator{}), index,
+                            vekch::kNeedleFits, vekch::kernels::FindSubstring);
 }
 
-vekStatus veksFindC_Z_8u(const uint8_t* source, uint8_t value, int32_t* index) noexcept {
-  // A null index is a fault of the caller when the terminator is sought: it is not tested for.
-  if (source == nullptr || (value != 0 && index == nullptr)) {
+VEK_READS_GROUPS VEK_KERNEL vekStatus veksFindC_Z_8u(const uint8_t* source, uint8_t value,
+                                                     int32_t* index) noexcept {
+  if (source == nullptr) {
     return StatusNullPointer;
   }
-  if (value == 0) {
-    *index = vekch::kernels::FindTerminator(source);
+  if (value == 0) {  // a null index is a fault of the caller: it is not tested for
+    *index = vekch::kernels::FindEnd(source, vekch::kernels::AtTerminator{});
     return StatusNoError;
   }
-  const int32_t found = vekch::kernels::FindByteOrTerminator(source, value);
+  if (index == nullptr) {
+    return StatusNullPointer;
+  }
+  const int32_t found =
+      vekch::kernels::FindEnd(source, vekch::kernels::AtTerminatorOr{vekch::kernels::Splat(value)});
   *index = source[found] == value ? found : vekch::kNotFound;
   return StatusNoError;
 }

@@ -233,33 +233,96 @@ TEST_F(FindTest, EveryRangeAsASet) {
 
 // ---- Zero-terminated strings
 
-// The terminator in the last byte of a page, at every misalignment of the string's start; behind
-// the terminator of a string that does not end its page stand bytes that must not count.
-TEST(FindZeroTerminated, LengthsAndPositionsUpToTheGuard) {
-  GuardedBuffer buffer(kLongest + 32);
-  GuardedBuffer needleBuffer(16);
-  uint8_t* needle = needleBuffer.AtEnd(3);
-  std::memcpy(needle, "kl", 3);
-  const auto expect = [](vekStatus status, const int32_t& index, size_t expected) {
-    ASSERT_EQ(status, StatusNoError);
-    ASSERT_EQ(index, static_cast<int32_t>(expected));
-  };
-  constexpr auto kNowhere = static_cast<size_t>(-1);
+// A string in its own pages, with bytes around it that must not count. From 64 bytes before the end
+// of the pages on, no aligned group after the terminator's may be read; at their start, none before
+// the string's.
+class TerminatedString {
+ public:
+  explicit TerminatedString(size_t longest) : buffer_(longest + 2 * kGroup) {}
+
+  static constexpr size_t kGroup = 64;
+  static constexpr size_t kPlaces = 2 * kGroup;
+
+  const uint8_t* Place(const Bytes& text, size_t place, uint8_t around) {
+    std::fill(buffer_.AtStart(), buffer_.AtEnd(0), around);
+    uint8_t* s =
+        place < kGroup ? buffer_.AtEnd(text.size() + 1, place) : buffer_.AtStart(place - kGroup);
+    std::copy(text.begin(), text.end(), s);
+    s[text.size()] = 0;
+    return s;
+  }
+
+ private:
+  GuardedBuffer buffer_;
+};
+
+class FindZeroTerminated : public testing::Test {
+ protected:
+  void ExpectByte(const Bytes& text, uint8_t value, size_t place) {
+    const uint8_t* s = text_.Place(text, place, value == 0 ? 'x' : value);
+    const size_t at = value == 0 ? text.size() : text.find(value);
+    int32_t index = kNoNumber;
+    ASSERT_EQ(veksFindC_Z_8u(s, value, &index), StatusNoError);
+    ASSERT_EQ(index, static_cast<int32_t>(at)) << text.size() << " bytes, place " << place;
+  }
+
+  void ExpectNeedle(const Bytes& text, const Bytes& needle, size_t place) {
+    const uint8_t* s = text_.Place(text, place, needle.empty() ? 'x' : needle[0]);
+    const uint8_t* n = needle_.Place(needle, place * 37 % TerminatedString::kPlaces, 'x');
+    const size_t at = needle.empty() ? Bytes::npos : text.find(needle);
+    int32_t index = kNoNumber;
+    ASSERT_EQ(veksFind_Z_8u(s, n, &index), StatusNoError);
+    ASSERT_EQ(index, static_cast<int32_t>(at))
+        << text.size() << " and " << needle.size() << " bytes, place " << place;
+  }
+
+  TerminatedString text_{70000};
+  TerminatedString needle_{3000};
+};
+
+TEST_F(FindZeroTerminated, ByteInEveryLengthAndPlace) {
   for (size_t length = 0; length <= kLongest; ++length) {
-    for (size_t behind = 0; behind < 17; behind += length < 40 ? 1 : 5) {
-      uint8_t* s = buffer.AtEnd(length + 1, behind);
-      std::fill(buffer.AtStart(), buffer.AtEnd(0), uint8_t{'k'});
-      std::fill_n(s, length, uint8_t{0xE1});
-      s[length] = 0;
-      int32_t index = kNoNumber;
-      expect(veksFindC_Z_8u(s, 0, &index), index, length);
-      expect(veksFindC_Z_8u(s, 'k', &index), index, kNowhere);
-      for (size_t where = 0; where + 2 < length; where += 3) {
-        std::memcpy(s + where, "kl", 2);
-        expect(veksFindC_Z_8u(s, 'k', &index), index, where);
-        expect(veksFind_Z_8u(s, needle, &index), index, where);
-        expect(veksFind_Z_8u(s, needle + 2, &index), index, kNowhere);  // an empty needle
-        s[where] = s[where + 1] = 0xE1;
+    const Bytes text(length, 0xE1);
+    for (size_t place = length % 3; place < TerminatedString::kPlaces; place += 3) {
+      ExpectByte(text, 0, place);
+      ExpectByte(text, 'k', place);
+    }
+    for (size_t where = 0; where < length; where += 1 + where % 5) {
+      Bytes hit = text;
+      hit[where] = hit[length - 1] = 'k';
+      ExpectByte(hit, 'k', (where * 11 + length) % TerminatedString::kPlaces);
+    }
+  }
+}
+
+TEST_F(FindZeroTerminated, NeedleInEveryLengthAndPlace) {
+  Random random(4);
+  for (size_t round = 0; round < 20000; ++round) {
+    const size_t letters = 2 + random.Below(2);
+    const Bytes needle = random.Text(random.Below(round % 8 == 0 ? 90 : 6), letters, 'a');
+    Bytes text = random.Text(random.Below(kLongest + 1), letters, round % 3 == 0 ? 'x' : 'a');
+    if (round % 3 == 0 && needle.size() <= text.size()) {
+      text.replace(random.Below(text.size() - needle.size() + 1), needle.size(), needle);
+    }
+    ExpectNeedle(text, needle, round % TerminatedString::kPlaces);
+  }
+}
+
+// The pieces in which a long string is searched: the needle at every place around where one could
+// end, in whole or but for a byte, and cut off by the terminator.
+TEST_F(FindZeroTerminated, NeedleAcrossPiecesOfALongString) {
+  Random random(5);
+  for (const size_t n : {1U, 2U, 7U, 64U, 2500U}) {
+    const Bytes needle = random.Text(n - 1, 26, 'a') + "!"_b;
+    for (size_t from = 64; from <= 65536; from *= 2) {
+      for (const size_t behind : {size_t{0}, size_t{1}, n / 2, n - 1, n, n + 40}) {
+        const size_t at = from < behind ? 0 : from - behind;
+        Bytes text = random.Text(at, 26, 'a') + needle + random.Text(behind % 3 * 20, 26, 'a');
+        const size_t place = (from / 64 + behind) * 7 % TerminatedString::kPlaces;
+        ExpectNeedle(text, needle, place);
+        ExpectNeedle(text.substr(0, at + n - 1), needle, place);
+        text[at + n / 2] ^= 0x80;
+        ExpectNeedle(text, needle, place);
       }
     }
   }

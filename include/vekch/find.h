@@ -91,9 +91,10 @@ VEKCH_API vekStatus veksFindRevCAny_8u(const uint8_t* source, int32_t sourceLeng
  * veksFind_8u on two zero-terminated strings, their terminators not included. An empty needle
  * gives -1.
  *
- * Hazards: a string of 2^31 bytes or more is the caller's fault. The terminator is looked for in
- * blocks of 16 bytes aligned to 16, so up to 15 bytes before the string and behind the terminator
- * are read; such a block never reaches into another page.
+ * Hazards: a string of 2^31 bytes or more is the caller's fault. Nobody knows beforehand where the
+ * strings end, so they are read in groups of up to 64 bytes aligned to 64, each of which holds a byte
+ * of the string or its terminator: up to 63 bytes before a string and after its terminator are read,
+ * in its own cache lines and thus never in another page. Nothing depends on what stands there.
  *
  * Status, in order: StatusNullPointer if `source`, `needle` or `index` is null; StatusNoError.
  *
@@ -107,7 +108,7 @@ VEKCH_API vekStatus veksFind_Z_8u(const uint8_t* source, const uint8_t* needle,
  * terminator, that is the string's length.
  *
  * Hazards: for the value 0 the index pointer is NOT tested: a null `index` is then written to.
- * String length and block reads as for veksFind_Z_8u.
+ * String length and reads of groups as for veksFind_Z_8u.
  *
  * Status, in order: StatusNullPointer if `source` is null, or if `value` is not 0 and `index` is
  * null; StatusNoError.

@@ -49,6 +49,9 @@ VEK_INLINE Lanes<Element> Select(Lanes<Element> mask, Lanes<Element> a, Lanes<El
 VEK_INLINE Block operator==(Block a, Block b) { return {_mm_cmpeq_epi8(a.lanes, b.lanes)}; }
 VEK_INLINE Block operator+(Block a, Block b) { return {_mm_add_epi8(a.lanes, b.lanes)}; }
 
+// The lower of two bytes, as unsigned ones.
+VEK_INLINE Block Lower(Block a, Block b) { return {_mm_min_epu8(a.lanes, b.lanes)}; }
+
 VEK_INLINE Block Splat(uint8_t value) { return {_mm_set1_epi8(static_cast<char>(value))}; }
 
 // Splats each of the low kCount lanes of a block. Each unpacking repeats what the one before it

@@ -12,11 +12,6 @@ namespace vekch::kernels {
 int32_t FindByte(const uint8_t* source, int32_t length, uint8_t value);
 int32_t FindLastByte(const uint8_t* source, int32_t length, uint8_t value);
 
-// Position of the first byte that is zero, or `value` as well. They read whole aligned blocks of 16
-// bytes: up to 15 bytes before the string and behind the byte found, always in the same page.
-int32_t FindTerminator(const uint8_t* source);
-int32_t FindByteOrTerminator(const uint8_t* source, uint8_t value);
-
 int32_t FindSubstring(const uint8_t* source, int32_t length, const uint8_t* needle,
                       int32_t needleLength);
 int32_t FindLastSubstring(const uint8_t* source, int32_t length, const uint8_t* needle,
