@@ -81,44 +81,105 @@ struct Table {
     for (int32_t i = 0; i < kTableSize; i += kBlock) {
       StoreAligned(entries + i, ZeroBlock());
     }
+#pragma GCC unroll 4
     for (int32_t i = 0; i < setLength; ++i) {
       entries[set[i]] = 0xFF;
     }
   }
+
+  // A bit for each of the 64 byte values from `lowest` on.
+  VEK_INLINE uint64_t MemberBits(int32_t lowest) const {
+    const auto bits = [&](int32_t i) __attribute__((always_inline)) {
+      return uint64_t{LaneBits(LoadAligned(entries + lowest + i))} << i;
+    };
+    return bits(0) | bits(16) | bits(32) | bits(48);
+  }
+
+  VEK_INLINE bool Has(uint8_t byte) const { return entries[byte] != 0; }
 };
 
-// The maximal runs of members in ascending order, as long as there are no more than kMostRanges.
-struct RangeList {
+// Ranges of byte values in ascending order that cover a set: its maximal runs of members, but that
+// runs are merged over narrow gaps and, as long as there are more than kMostRanges, over the
+// narrowest ones. No gap with a letter or another of the most common bytes is merged over.
+class RangeList {
+ public:
   int32_t count = 0;
-  uint8_t lowest[kMostRanges];
-  uint8_t highest[kMostRanges];
+  uint8_t lowest[kMostRanges + 1];
+  uint8_t highest[kMostRanges + 1];
 
-  // Returns whether the table's members are these ranges. A set of all bytes has no such list.
+  // Returns whether there are such ranges. The set holds some bytes, and not all.
   VEK_INLINE bool Fill(const Table& table) {
-    uint32_t previous = 0;  // whether the byte below the current 16 is a member
+    constexpr int32_t kWord = 64;
+    uint64_t previous = 0;  // whether the byte below the current 64 is a member
     bool open = false;
-    for (int32_t base = 0; base < kTableSize; base += kBlock) {
-      const uint32_t members = LaneBits(LoadAligned(table.entries + base));
+    for (int32_t base = 0; base < kTableSize; base += kWord) {
+      const uint64_t members = table.MemberBits(base);
       // A bit where membership changes from one byte value to the next.
-      for (uint32_t changes = members ^ ((members << 1 | previous) & 0xFFFFU); changes != 0;
+      for (uint64_t changes = members ^ (members << 1 | previous); changes != 0;
            changes &= changes - 1) {
         const int32_t value = base + LowestBit(changes);
         if (open) {
           highest[count++] = static_cast<uint8_t>(value - 1);
-        } else if (count == kMostRanges) {
+        } else if (!Begin(value)) {
           return false;
-        } else {
-          lowest[count] = static_cast<uint8_t>(value);
         }
         open = !open;
       }
-      previous = members >> 15;
+      previous = members >> (kWord - 1);
     }
     if (open) {
       highest[count++] = 255;
     }
-    return !(lowest[0] == 0 && highest[0] == 255);
+    return true;
   }
+
+ private:
+  static constexpr int32_t kNarrow = 3;
+
+  // Begins a range, or goes on with the one before it. Returns whether there is room for it.
+  VEK_INLINE bool Begin(int32_t value) {
+    lowest[count] = static_cast<uint8_t>(value);
+    if (count == 0) {
+      return true;
+    }
+    gaps_[count - 1] = WidthOfGap(highest[count - 1] + 1, value);
+    if (gaps_[count - 1] <= kNarrow) {
+      --count;
+    } else if (count == kMostRanges) {
+      return MergeOne();
+    }
+    return true;
+  }
+
+  // Beyond any width if common bytes lie in the gap.
+  static VEK_INLINE int32_t WidthOfGap(int32_t from, int32_t end) {
+    const auto holds = [=](int32_t low, int32_t high) __attribute__((always_inline)) {
+      return from <= high && end > low;
+    };
+    const bool common = holds('a', 'z') || holds(' ', ' ') || holds('\n', '\n') || holds(0, 0);
+    return end - from + (common ? kTableSize : 0);
+  }
+
+  VEK_INLINE bool MergeOne() {
+    int32_t narrowest = 0;
+    for (int32_t i = 1; i < kMostRanges; ++i) {
+      if (gaps_[i] < gaps_[narrowest]) {
+        narrowest = i;
+      }
+    }
+    if (gaps_[narrowest] >= kTableSize) {
+      return false;
+    }
+    --count;
+    for (int32_t i = narrowest; i < count; ++i) {
+      highest[i] = highest[i + 1];
+      lowest[i + 1] = lowest[i + 2];
+      gaps_[i] = gaps_[i + 1];
+    }
+    return true;
+  }
+
+  int32_t gaps_[kMostRanges];  // after each range
 };
 
 }  // namespace vekch::kernels

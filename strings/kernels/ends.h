@@ -12,6 +12,9 @@ namespace vekch::kernels {
 VEK_INLINE Block BlockOf8(uint8_t byte) { return {_mm_cvtsi32_si128(byte)}; }
 VEK_INLINE uint8_t Lane8(Block b) { return static_cast<uint8_t>(_mm_cvtsi128_si32(b.lanes)); }
 
+// Four bytes in the lowest lanes.
+VEK_INLINE Block LoadFour(const uint8_t* p) { return {_mm_cvtsi32_si128(LoadWord<int32_t>(p))}; }
+
 // Loads the first and the last kHalf bytes of a string of kHalf to 2 * kHalf bytes into the low
 // 2 * kHalf lanes; the other lanes hold anything.
 template <int32_t kHalf>
