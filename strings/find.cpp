@@ -96,18 +96,12 @@ vekStatus veksFindRevCAny_8u(const uint8_t* source, int32_t sourceLength, const 
                             vekch::kernels::FindLastOf);
 }
 
-// Tools that watch single bytes must not watch the groups that the strings are read in.
-#define VEK_READS_GROUPS __attribute__((no_sanitize("address")))
-
-VEK_READS_GROUPS VEK_KERNEL vekStatus veksFind_Z_8u(const uint8_t* source, const uint8_t* needle,
-                                                    int32_t* index) noexcept {
-  if (vekch::AnyNull(source, needle)) {
+vekStatus veksFind_Z_8u(const uint8_t* source, const uint8_t* needle, int32_t* index) noexcept {
+  if (vekch::AnyNull(source, needle, index)) {
     return StatusNullPointer;
   }
-  using vekch::kernels::AtTerminator;
-  return vekch::CheckedFind(source, vekch::kernels::FindEnd(source, AtTerminator{}), needle,
-                            vekch::kernels::FindEnd(needle, AtTerminator{}), index,
-                            vekch::kNeedleFits, vekch::kernels::FindSubstring);
+  *index = vekch::kernels::FindInTerminated(source, needle);
+  return StatusNoError;
 }
 
 VEK_READS_GROUPS VEK_KERNEL vekStatus veksFindC_Z_8u(const uint8_t* source, uint8_t value,

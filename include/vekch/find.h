@@ -96,6 +96,9 @@ VEKCH_API vekStatus veksFindRevCAny_8u(const uint8_t* source, int32_t sourceLeng
  * of the string or its terminator: up to 63 bytes before a string and after its terminator are read,
  * in its own cache lines and thus never in another page. Nothing depends on what stands there.
  *
+ * An occurrence is found without a look at the whole source: what is read after it are less than
+ * 16 KiB, or less than eight times the needle, or as much as lies before it.
+ *
  * Status, in order: StatusNullPointer if `source`, `needle` or `index` is null; StatusNoError.
  *
  *     veksFind_Z_8u((const uint8_t*)"haystack", (const uint8_t*)"st", &index);

@@ -49,6 +49,8 @@ VEK_INLINE Lanes<Element> Select(Lanes<Element> mask, Lanes<Element> a, Lanes<El
 VEK_INLINE Block operator==(Block a, Block b) { return {_mm_cmpeq_epi8(a.lanes, b.lanes)}; }
 VEK_INLINE Block operator+(Block a, Block b) { return {_mm_add_epi8(a.lanes, b.lanes)}; }
 
+VEK_INLINE Block operator-(Block a, Block b) { return {_mm_sub_epi8(a.lanes, b.lanes)}; }
+
 // The lower of two bytes, as unsigned ones.
 VEK_INLINE Block Lower(Block a, Block b) { return {_mm_min_epu8(a.lanes, b.lanes)}; }
 
@@ -76,6 +78,12 @@ VEK_INLINE void SplatLanes(Block b, Block* splats) {
 }
 
 VEK_INLINE Block ZeroBlock() { return {_mm_setzero_si128()}; }
+
+VEK_INLINE uint32_t SumOfBytes(Block b) {
+  const __m128i halves = _mm_sad_epu8(b.lanes, _mm_setzero_si128());
+  return static_cast<uint32_t>(
+      _mm_cvtsi128_si32(_mm_add_epi64(halves, _mm_unpackhi_epi64(halves, halves))));
+}
 
 // One bit per byte, the lowest for the byte at the lowest address.
 template <class Element>

@@ -17,6 +17,10 @@ int32_t FindSubstring(const uint8_t* source, int32_t length, const uint8_t* need
 int32_t FindLastSubstring(const uint8_t* source, int32_t length, const uint8_t* needle,
                           int32_t needleLength);
 
+// Of two zero-terminated strings, the second of which may be empty and then is found nowhere. They
+// are read in aligned groups of 64 bytes that hold one of their bytes or their terminator.
+int32_t FindInTerminated(const uint8_t* source, const uint8_t* needle);
+
 int32_t FindAnyOf(const uint8_t* source, int32_t length, const uint8_t* set, int32_t setLength);
 int32_t FindLastOf(const uint8_t* source, int32_t length, const uint8_t* set, int32_t setLength);
 

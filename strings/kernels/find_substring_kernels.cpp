@@ -1,350 +1,373 @@
-// Search for a substring. A position of the source is a candidate if chosen bytes of the needle
-// stand at their places behind it; candidates are found 64 positions a step, and each is compared
-// with the whole needle. Up to four ways are tried, each when the one before it has been misled too
-// often:
+// Search for a substring:
 //
-//   1. by one byte, if it is rare in texts: in a long source the rarest, in a short one the first
-//   2. by two bytes, in a long source: the two that texts hold least often
-//   3. by four bytes, spread over the needle; in a short source, where choosing would take longer
-//      than comparing, at once
-//   4. the two-way method of Crochemore and Perrin: linear time, constant space
+//   nearby      the positions where the scan starts, by masks of the needle's first and last byte:
+//               one mask for up to 64, two for up to 128
+//   further on  in a source that is not long, by the same two bytes. In a long one by bytes chosen
+//               for being rare there and in texts: by one, if the 64 bytes before do not hold it,
+//               else by two; for a very long needle by skipping
 //
-// A text can be made so that false candidates abound. The bytes spent on them are counted, and what
-// may be spent is a fixed multiple of the positions passed: the whole is linear for every needle
-// and text.
+// and where candidates turn out false too often:
 //
-// Both directions run the same code: a direction says where the scan starts, which candidate of a
-// step comes first, and how the two-way method indexes its strings.
+//   by the byte at which the last of them failed, if the 64 bytes before do not hold it
+//   by skipping, unless that was done; for a short needle, by four bytes spread over it
+//   by the two-way method, which can't be misled
+//
+// Tried and not kept: choosing by how common bytes are in texts alone (in a text over few letters
+// the choice was as good as none); four bytes at once in sources up to 1 KiB (half the speed of
+// two); skipping for needles of 24 to 47 bytes before anything else (in periodic texts half of the
+// time).
 
 #include "strings/kernels/commonness.h"
-#include "strings/kernels/compare_kernels.h"
+#include "strings/kernels/find_candidates.h"
 #include "strings/kernels/find_kernels.h"
-#include "strings/kernels/scan.h"
+#include "strings/kernels/find_skipping.h"
+#include "strings/kernels/find_two_way.h"
 
 namespace vekch::kernels {
 namespace {
 
-constexpr int32_t kBytesToChooseFrom = 64;
-constexpr int32_t kLongSource = 1024;  // positions from which choosing bytes pays
-constexpr int32_t kRare = 32;          // a byte below this commonness is rare
+constexpr int32_t kLongSource = 1024;      // positions from which choosing bytes pays
+constexpr int32_t kVeryLongSource = 8192;  // and filling a table for skipping
 
-constexpr int32_t kGaveUp = -2;  // in place of a position: misled too often
+constexpr int32_t kMostToChooseFrom = 32;  // of the needle's bytes; a part of them in a long source
+constexpr int32_t kFewToChooseFrom = 12;   // that is not very long
+
+constexpr int32_t kSkipWhenMisled = 16;  // needle lengths from which skipping is faster than four
+constexpr int32_t kSkipAtOnce = 48;      // bytes, and than two
+
+constexpr int64_t kPatienceNearby = 64;
+constexpr int64_t kPatienceShort = 2048;  // where there are no more positions than those nearby
+constexpr int32_t kNearby = 256;          // positions by the first and the last byte in any source
+constexpr Allowance kForOne = {64, 2};
+constexpr Allowance kForTwo = {256, 2};
+constexpr Allowance kForFour = {1024, 64};
+constexpr Allowance kForSkipping = {128, 2};
 
 // ---- The choice of bytes
 
-// Offsets in the needle of the bytes that make a position a candidate.
-template <int32_t kBytes>
-struct Choice {
-  int32_t offsets[kBytes];
+struct RareBytes {
+  Choice<2> pair;  // the rarest first, different if the needle has two different bytes
+  bool isAbsent;   // whether the sample does not hold the rarest
 };
 
-// The two rarest bytes among the needle's first ones, the rarest first, at different places and,
-// where the needle has two, of different values.
-VEK_INLINE Choice<2> RarestPair(const uint8_t* needle, int32_t needleLength) {
-  const int32_t end = needleLength < kBytesToChooseFrom ? needleLength : kBytesToChooseFrom;
-  int32_t rarest = 0;
-  for (int32_t i = 1; i < end; ++i) {
-    if (kCommonness.of[needle[i]] < kCommonness.of[needle[rarest]]) {
-      rarest = i;
-    }
+// How many of 64 bytes have a value.
+VEK_INLINE uint32_t CountIn(const uint8_t* sample, uint8_t value) {
+  const Block wanted = Splat(value);
+  Block minusCounts = LoadAny(sample) == wanted;
+#pragma GCC unroll 3
+  for (int32_t i = 1; i < 4; ++i) {
+    minusCounts = minusCounts + (LoadAny(sample + i * kBlock) == wanted);
   }
-  int32_t second = rarest == 0 ? end - 1 : 0;
-  for (int32_t i = 0; i < end; ++i) {
-    const bool betterValue = needle[second] == needle[rarest] ||
-                             kCommonness.of[needle[i]] < kCommonness.of[needle[second]];
-    if (needle[i] != needle[rarest] && betterValue) {
-      second = i;
-    }
-  }
-  return {{rarest, second}};
+  return SumOfBytes(ZeroBlock() - minusCounts);
 }
 
-VEK_INLINE Choice<2> Ends(int32_t needleLength) { return {{0, needleLength - 1}}; }
-
-VEK_INLINE bool IsRare(uint8_t byte) { return kCommonness.of[byte] < kRare; }
-
-// Four places from end to end, all different from a needle of four bytes on.
-VEK_INLINE Choice<4> SpreadFour(int32_t needleLength) {
-  const int32_t third = needleLength / 3;
-  return {{0, third, needleLength - 1 - third, needleLength - 1}};
-}
-
-// ---- Candidates
-
-struct Task {
-  const uint8_t* source;
-  const uint8_t* needle;
-  int32_t needleLength;
-  int32_t positions;  // at which the needle could start: 0 to positions - 1
-};
-
-// Candidates as hits of a probe.
-template <int32_t kBytes>
-struct HasChosen {
-  static constexpr Hits kHits = Hits::kSetLanes;
-  const uint8_t* places[kBytes];
-  Block bytes[kBytes];
-
-  VEK_INLINE HasChosen(const Task& task, const Choice<kBytes>& choice) {
-    for (int32_t i = 0; i < kBytes; ++i) {
-      places[i] = task.source + choice.offsets[i];
-      bytes[i] = Splat(task.needle[choice.offsets[i]]);
-    }
-  }
-
-  template <class Load>
-  VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
-    Block hits = load(places[0] + i) == bytes[0];
-#pragma GCC unroll 4
-    for (int32_t k = 1; k < kBytes; ++k) {
-      hits = hits & (load(places[k] + i) == bytes[k]);
-    }
-    return hits;
-  }
-};
-
-// First position in scan order, among the candidates at `start` and behind it, at which the whole
-// needle stands; -1 if there is none. What is spent on the others is added to `effort`.
-template <Direction kDirection>
-VEK_INLINE int32_t Verify(const Task& task, uint64_t candidates, int32_t start, int64_t* effort) {
-  while (candidates != 0) {
-    const int32_t lane =
-        kDirection == Direction::kForward ? LowestBit(candidates) : HighestBit(candidates);
-    const uint8_t* at = task.source + start + lane;
-    const int32_t difference = FirstHit(Differs{at, task.needle}, task.needleLength);
-    if (difference < 0) {
-      return start + lane;
-    }
-    *effort += kBlock + difference;
-    candidates &= ~(uint64_t{1} << lane);
-  }
-  return -1;
-}
-
-// Functions of their own here and below, so that the search for candidates pays for nothing else.
-// They are no templates: g++ places instances of a template in the ordinary code section.
-VEK_KERNEL __attribute__((noinline)) int32_t VerifyFirst(const Task& task, uint64_t candidates,
-                                                         int32_t start, int64_t* effort) {
-  return Verify<Direction::kForward>(task, candidates, start, effort);
-}
-
-VEK_KERNEL __attribute__((noinline)) int32_t VerifyLast(const Task& task, uint64_t candidates,
-                                                        int32_t start, int64_t* effort) {
-  return Verify<Direction::kBackward>(task, candidates, start, effort);
-}
-
-// Fewer than 16 positions: their ends, as the scan does for short strings.
-template <Direction kDirection>
-VEK_INLINE int32_t FindAmongFew(const Task& task) {
-  constexpr auto kVerify = kDirection == Direction::kForward ? VerifyFirst : VerifyLast;
-  const HasChosen<2> probe(task, Ends(task.needleLength));
-  return UseBitsOfFew(probe, task.positions, [&](uint64_t candidates) {
-    int64_t effort = 0;
-    return candidates == 0 ? -1 : kVerify(task, candidates, 0, &effort);
-  });
-}
-
-// What may be spent on false candidates: so many bytes at once, and so many per 16 positions.
-struct Allowance {
-  int64_t atStart;
-  int64_t perBlock;
-};
-
-constexpr Allowance kForOne = {256, 2};
-constexpr Allowance kForTwo = {1024, 2};
-constexpr Allowance kForFour = {4096, 64};
-
-// At least kWidth positions, 16 or 64, in steps of so many; the last step ends at the last position
-// in scan order, and where it overlaps the one before, false candidates are refused twice. Starts
-// behind *passed positions; on giving up *passed are behind.
-template <Direction kDirection, int32_t kWidth, int32_t kBytes>
-VEK_INLINE int32_t FindInSteps(const Task& task, const HasChosen<kBytes>& probe,
-                               const Allowance& allowance, int32_t* passed) {
-  constexpr bool kForward = kDirection == Direction::kForward;
-  const ptrdiff_t last = task.positions - kWidth;
-  int64_t effort = 0;
-  // A step may end behind the last position that a length can tell.
-  for (ptrdiff_t behind = *passed; behind < task.positions; behind += kWidth) {
-    const ptrdiff_t begin = behind < last ? behind : last;
-    const auto start = static_cast<int32_t>(kForward ? begin : last - begin);
-    const uint64_t candidates = kWidth == kGroup
-                                    ? GroupBits(probe, start)
-                                    : HitBits<HasChosen<kBytes>>(probe(AnyLoad{}, start));
-    if (__builtin_expect(candidates != 0, 0)) {
-      const int32_t at = (kForward ? VerifyFirst : VerifyLast)(task, candidates, start, &effort);
-      if (at >= 0) {
-        return at;
+// Of the needle's first and last bytes, those that a sample of the source, then texts at large hold
+// least often.
+VEK_INLINE RareBytes ChooseRareBytes(const Task& task, const uint8_t* sample) {
+  const int32_t most = task.positions < kVeryLongSource ? kFewToChooseFrom : kMostToChooseFrom;
+  const int32_t count = task.needleLength < most ? task.needleLength : most;
+  RareBytes rare = {Ends(task.needleLength), false};
+  uint32_t rarest = UINT32_MAX;
+  uint32_t second = UINT32_MAX;
+  for (int32_t step = 0; step < count; ++step) {
+    const int32_t i = step % 2 == 0 ? step / 2 : task.needleLength - 1 - step / 2;
+    const uint8_t byte = task.needle[i];
+    // Equal bytes have equal figures, so the second is always another byte.
+    const uint32_t commonness = (CountIn(sample, byte) << 8) + kCommonness.of[byte];
+    if (commonness < rarest) {
+      if (rarest != UINT32_MAX) {
+        second = rarest;
+        rare.pair.offsets[1] = rare.pair.offsets[0];
       }
-      if (effort > allowance.atStart + behind / kBlock * allowance.perBlock) {
-        *passed = static_cast<int32_t>(behind);
-        return kGaveUp;
-      }
+      rarest = commonness;
+      rare.pair.offsets[0] = i;
+    } else if (commonness > rarest && commonness < second) {
+      second = commonness;
+      rare.pair.offsets[1] = i;
     }
   }
-  return -1;
+  rare.isAbsent = rarest < 256;
+  return rare;
+}
+
+// ---- The ways. Functions of their own, so that none pays for the registers and the stack of
+// another; no templates, since g++ places instances of a template in the ordinary code section.
+
+#define VEK_OUT_OF_LINE VEK_KERNEL __attribute__((noinline))
+
+VEK_OUT_OF_LINE int32_t VerifyFirst(const uint8_t* start, const uint8_t* needle,
+                                    int32_t needleLength, uint64_t candidates, Patience* patience) {
+  return Verify<Direction::kForward>(start, needle, needleLength, candidates, patience);
+}
+VEK_OUT_OF_LINE int32_t VerifyLast(const uint8_t* start, const uint8_t* needle,
+                                   int32_t needleLength, uint64_t candidates, Patience* patience) {
+  return Verify<Direction::kBackward>(start, needle, needleLength, candidates, patience);
 }
 
 template <Direction kDirection, int32_t kBytes>
-VEK_INLINE int32_t FindAmongMany(const Task& task, const Choice<kBytes>& choice,
-                                 const Allowance& allowance, int32_t* passed) {
-  const HasChosen<kBytes> probe(task, choice);
-  return task.positions >= kGroup ? FindInSteps<kDirection, kGroup>(task, probe, allowance, passed)
-                                  : FindInSteps<kDirection, kBlock>(task, probe, allowance, passed);
+VEK_INLINE int32_t FindByBytes(const Task& task, const Choice<kBytes>& choice,
+                               const Allowance& allowance, Progress* progress) {
+  return FindInSteps<kDirection>(task, HasChosen<kBytes>(task, choice), allowance,
+                                 kDirection == Direction::kForward ? VerifyFirst : VerifyLast,
+                                 progress);
 }
 
-// ---- The two-way method
-
-// A string's byte at an index in the search's direction.
-template <Direction kDirection>
-VEK_INLINE uint8_t At(const uint8_t* s, int32_t length, int32_t i) {
-  return kDirection == Direction::kForward ? s[i] : s[length - 1 - i];
+VEK_OUT_OF_LINE int32_t ByOneForward(const Task& task, int32_t offset, Progress* progress) {
+  return FindByBytes<Direction::kForward, 1>(task, {{offset}}, kForOne, progress);
+}
+VEK_OUT_OF_LINE int32_t ByOneBackward(const Task& task, int32_t offset, Progress* progress) {
+  return FindByBytes<Direction::kBackward, 1>(task, {{offset}}, kForOne, progress);
 }
 
-// The critical factorization of the needle, read in the search's direction: the maximal suffix
-// under one order of byte values, or its reverse, whichever starts later. `period` is the period
-// of that suffix.
-struct Suffix {
-  int32_t start;
-  int32_t period;
-};
-
-template <Direction kDirection>
-VEK_INLINE Suffix MaximalSuffix(const uint8_t* needle, int32_t n, bool reversedOrder) {
-  int32_t start = 0;      // of the best suffix so far
-  int32_t candidate = 1;  // start of the suffix compared with it
-  int32_t matched = 0;
-  int32_t period = 1;
-  while (candidate + matched < n) {
-    const uint8_t a = At<kDirection>(needle, n, candidate + matched);
-    const uint8_t b = At<kDirection>(needle, n, start + matched);
-    if (a == b) {
-      if (matched + 1 == period) {
-        candidate += period;
-        matched = 0;
-      } else {
-        ++matched;
-      }
-    } else if ((a < b) != reversedOrder) {
-      candidate += matched + 1;
-      matched = 0;
-      period = candidate - start;
-    } else {
-      start = candidate;
-      candidate = start + 1;
-      matched = 0;
-      period = 1;
-    }
-  }
-  return {start, period};
+VEK_OUT_OF_LINE int32_t ByTwoForward(const Task& task, const Choice<2>& pair, Progress* progress) {
+  return FindByBytes<Direction::kForward>(task, pair, kForTwo, progress);
+}
+VEK_OUT_OF_LINE int32_t ByTwoBackward(const Task& task, const Choice<2>& pair, Progress* progress) {
+  return FindByBytes<Direction::kBackward>(task, pair, kForTwo, progress);
 }
 
-// The two-way method on the source bytes from `from` on, all indices in the search's direction.
-template <Direction kDirection>
-VEK_INLINE int32_t TwoWay(const uint8_t* source, int32_t length, const uint8_t* needle, int32_t n,
-                          int32_t from) {
-  const Suffix one = MaximalSuffix<kDirection>(needle, n, false);
-  const Suffix other = MaximalSuffix<kDirection>(needle, n, true);
-  const Suffix suffix = one.start >= other.start ? one : other;
+VEK_OUT_OF_LINE int32_t ByFourForward(const Task& task, Progress* progress) {
+  return FindByBytes<Direction::kForward>(task, SpreadFour(task.needleLength), kForFour, progress);
+}
+VEK_OUT_OF_LINE int32_t ByFourBackward(const Task& task, Progress* progress) {
+  return FindByBytes<Direction::kBackward>(task, SpreadFour(task.needleLength), kForFour, progress);
+}
 
-  // The needle is periodic as a whole if what precedes the suffix repeats one period later.
-  bool periodic = suffix.start + suffix.period <= n;
-  for (int32_t i = 0; periodic && i < suffix.start; ++i) {
-    periodic = At<kDirection>(needle, n, i) == At<kDirection>(needle, n, i + suffix.period);
-  }
-  const int32_t rest = n - suffix.start;
-  const int32_t shift = periodic ? suffix.period : (suffix.start > rest ? suffix.start : rest) + 1;
+VEK_OUT_OF_LINE int32_t BySkippingForward(const Task& task, Progress* progress) {
+  return FindBySkipping<Direction::kForward>(task, kForSkipping, progress);
+}
+VEK_OUT_OF_LINE int32_t BySkippingBackward(const Task& task, Progress* progress) {
+  return FindBySkipping<Direction::kBackward>(task, kForSkipping, progress);
+}
 
-  int32_t remembered = 0;  // bytes at the needle's start known to match
-  for (int32_t at = from; at <= length - n;) {
-    int32_t i = suffix.start > remembered ? suffix.start : remembered;
-    while (i < n && At<kDirection>(needle, n, i) == At<kDirection>(source, length, at + i)) {
-      ++i;
-    }
-    if (i < n) {
-      at += i - suffix.start + 1;
-      remembered = 0;
-      continue;
-    }
-    i = suffix.start;
-    while (i > remembered &&
-           At<kDirection>(needle, n, i - 1) == At<kDirection>(source, length, at + i - 1)) {
-      --i;
-    }
-    if (i <= remembered) {
-      return kDirection == Direction::kForward ? at : length - n - at;
-    }
-    at += shift;
-    remembered = periodic ? n - shift : 0;
-  }
-  return -1;
+// The length is summed up in this order since it may be the largest that there is.
+VEK_OUT_OF_LINE int32_t ByTwoWayForward(const Task& task, int32_t passed) {
+  return TwoWay<Direction::kForward>(task.source, task.needleLength - 1 + task.positions,
+                                     task.needle, task.needleLength, passed);
+}
+VEK_OUT_OF_LINE int32_t ByTwoWayBackward(const Task& task, int32_t passed) {
+  return TwoWay<Direction::kBackward>(task.source, task.needleLength - 1 + task.positions,
+                                      task.needle, task.needleLength, passed);
 }
 
 // ---- The ways in their order, each going on where the one before it gave up.
 
+// 64 bytes of the source where those already passed end.
 template <Direction kDirection>
-VEK_INLINE int32_t FindWithFour(const Task& task, int32_t passed) {
-  const int32_t at =
-      FindAmongMany<kDirection>(task, SpreadFour(task.needleLength), kForFour, &passed);
-  return at != kGaveUp ? at
-                       : TwoWay<kDirection>(task.source, task.needleLength - 1 + task.positions,
-                                            task.needle, task.needleLength, passed);
+VEK_INLINE const uint8_t* SampleAt(const Task& task, int32_t passed) {
+  const int32_t reached = passed > kGroup ? passed : kGroup;
+  return kDirection == Direction::kForward ? task.source + reached - kGroup
+                                           : task.source + task.positions - reached;
 }
 
-template <Direction kDirection, int32_t kBytes, class Next>
-VEK_INLINE int32_t FindWithRare(const Task& task, const Choice<kBytes>& rare,
-                                const Allowance& allowance, int32_t passed, Next next) {
-  const int32_t at = FindAmongMany<kDirection>(task, rare, allowance, &passed);
-  return at != kGaveUp ? at : next(passed);
-}
-
-#define VEK_SUBSTRING_KERNELS(suffix, direction)                                                \
-  VEK_KERNEL __attribute__((noinline)) int32_t AmongFew##suffix(const Task& task) {             \
-    return FindAmongFew<direction>(task);                                                       \
-  }                                                                                             \
-  VEK_KERNEL __attribute__((noinline))                                                          \
-  int32_t WithFour##suffix(const Task& task, int32_t passed) {                                  \
-    return FindWithFour<direction>(task, passed);                                               \
-  }                                                                                             \
-  VEK_KERNEL __attribute__((noinline))                                                          \
-  int32_t WithPair##suffix(const Task& task, const Choice<2>& pair, int32_t passed) {           \
-    return FindWithRare<direction>(task, pair, kForTwo, passed,                                 \
-                                   [&](int32_t p) { return WithFour##suffix(task, p); });       \
-  }                                                                                             \
-  VEK_KERNEL __attribute__((noinline))                                                          \
-  int32_t WithOne##suffix(const Task& task, const Choice<2>& pair) {                            \
-    return FindWithRare<direction>(task, Choice<1>{{pair.offsets[0]}}, kForOne, 0,              \
-                                   [&](int32_t p) { return WithPair##suffix(task, pair, p); }); \
-  }                                                                                             \
-  VEK_INLINE int32_t FindNeedle##suffix(const uint8_t* source, int32_t length,                  \
-                                        const uint8_t* needle, int32_t needleLength) {          \
-    const Task task = {source, needle, needleLength, length - needleLength + 1};                \
-    if (task.positions < kBlock) {                                                              \
-      return AmongFew##suffix(task);                                                            \
-    }                                                                                           \
-    const bool isShort = task.positions < kLongSource;                                          \
-    const Choice<2> pair = isShort ? Ends(needleLength) : RarestPair(needle, needleLength);     \
-    if (IsRare(needle[pair.offsets[0]])) {                                                      \
-      return WithOne##suffix(task, pair);                                                       \
-    }                                                                                           \
-    return isShort && needleLength >= 4 ? WithFour##suffix(task, 0)                             \
-                                        : WithPair##suffix(task, pair, 0);                      \
+template <Direction kDirection>
+VEK_INLINE int32_t FindByRareBytes(const Task& task, Progress* progress) {
+  constexpr bool kForward = kDirection == Direction::kForward;
+  const RareBytes rare = ChooseRareBytes(task, SampleAt<kDirection>(task, progress->passed));
+  if (rare.isAbsent) {
+    const int32_t at =
+        (kForward ? ByOneForward : ByOneBackward)(task, rare.pair.offsets[0], progress);
+    if (at != kGaveUp) {
+      return at;
+    }
   }
+  return (kForward ? ByTwoForward : ByTwoBackward)(task, rare.pair, progress);
+}
 
-VEK_SUBSTRING_KERNELS(Forward, Direction::kForward)
-VEK_SUBSTRING_KERNELS(Backward, Direction::kBackward)
+template <Direction kDirection>
+VEK_INLINE int32_t FindByFailure(const Task& task, Progress* progress) {
+  constexpr bool kForward = kDirection == Direction::kForward;
+  const uint8_t* sample = SampleAt<kDirection>(task, progress->passed);
+  return CountIn(sample, task.needle[progress->failedAt]) != 0
+             ? kGaveUp
+             : (kForward ? ByOneForward : ByOneBackward)(task, progress->failedAt, progress);
+}
+
+// The next positions in scan order by the needle's ends too, in a short source all of them.
+template <Direction kDirection>
+VEK_INLINE int32_t FindNearby(const Task& task, Progress* progress) {
+  constexpr bool kForward = kDirection == Direction::kForward;
+  const int32_t positions = task.positions < kLongSource ? task.positions : kNearby;
+  const int32_t offset = kForward ? 0 : task.positions - positions;
+  const Task nearby = {task.source + offset, task.needle, task.needleLength, positions};
+  const int32_t at = FindByBytes<kDirection>(nearby, Ends(task.needleLength), kForTwo, progress);
+  if (at == -1) {
+    progress->passed = positions;
+  }
+  return at < 0 ? at : offset + at;
+}
+
+// After those nearby, which are passed unless they were given up.
+template <Direction kDirection>
+VEK_INLINE int32_t FindFurther(const Task& task, Progress progress) {
+  constexpr bool kForward = kDirection == Direction::kForward;
+  const bool isLong = task.positions >= kLongSource;
+  bool skipped = false;
+  int32_t at = kGaveUp;
+  if (progress.passed != 0) {
+    at = FindNearby<kDirection>(task, &progress);
+    if (at == -1 && isLong) {
+      skipped = task.positions >= kVeryLongSource && task.needleLength >= kSkipAtOnce;
+      at = skipped ? (kForward ? BySkippingForward : BySkippingBackward)(task, &progress)
+                   : FindByRareBytes<kDirection>(task, &progress);
+    }
+  }
+  if (at == kGaveUp && task.positions >= kGroup) {
+    at = FindByFailure<kDirection>(task, &progress);
+  }
+  if (at == kGaveUp && isLong && (skipped || progress.passed < kNearby)) {
+    at = FindByRareBytes<kDirection>(task, &progress);
+  }
+  if (at == kGaveUp && !skipped && task.needleLength >= kSkipWhenMisled) {
+    at = (kForward ? BySkippingForward : BySkippingBackward)(task, &progress);
+  }
+  if (at == kGaveUp && task.needleLength >= 4 && task.positions >= kGroup) {
+    at = (kForward ? ByFourForward : ByFourBackward)(task, &progress);
+  }
+  return at != kGaveUp ? at
+                       : (kForward ? ByTwoWayForward : ByTwoWayBackward)(task, progress.passed);
+}
+
+VEK_OUT_OF_LINE int32_t FurtherForward(const Task& task, Progress progress) {
+  return FindFurther<Direction::kForward>(task, progress);
+}
+VEK_OUT_OF_LINE int32_t FurtherBackward(const Task& task, Progress progress) {
+  return FindFurther<Direction::kBackward>(task, progress);
+}
+
+// ---- Nearby: the first 128 positions by the needle's ends
+
+// The starts of the first 64 positions of more, and of the next ones, which may overlap them.
+template <Direction kDirection>
+VEK_INLINE int32_t FirstGroup(int32_t positions) {
+  return kDirection == Direction::kForward ? 0 : positions - kGroup;
+}
+template <Direction kDirection>
+VEK_INLINE int32_t SecondGroup(int32_t positions) {
+  const int32_t others = positions - kGroup;
+  return kDirection == Direction::kForward ? (others < kGroup ? others : kGroup)
+                                           : (others < kGroup ? 0 : others - kGroup);
+}
+
+// Goes on where there are candidates, from position `start` on.
+template <Direction kDirection>
+VEK_INLINE int32_t GoOnWith(const Task& task, uint64_t candidates, int32_t start) {
+  constexpr bool kForward = kDirection == Direction::kForward;
+  // A short needle has nothing better to go on with where candidates abound.
+  Patience patience = {task.positions <= kGroup              ? kPatienceShort
+                       : task.needleLength < kSkipWhenMisled ? INT64_MAX
+                                                             : kPatienceNearby,
+                       0};
+  for (;;) {
+    const int32_t lane = Verify<kDirection>(task.source + start, task.needle, task.needleLength,
+                                            candidates, &patience);
+    if (lane >= 0) {
+      return start + lane;
+    }
+    if (lane == kGaveUp) {
+      return (kForward ? FurtherForward : FurtherBackward)(task, {0, patience.failedAt});
+    }
+    if (task.positions <= kGroup) {
+      return -1;
+    }
+    candidates = 0;
+    if (start == FirstGroup<kDirection>(task.positions)) {
+      start = SecondGroup<kDirection>(task.positions);
+      candidates = GroupBits(HasChosen<2>(task, Ends(task.needleLength)), start);
+    }
+    if (candidates == 0) {
+      return task.positions <= 2 * kGroup
+                 ? -1
+                 : (kForward ? FurtherForward : FurtherBackward)(task, {2 * kGroup, 0});
+    }
+  }
+}
+
+VEK_OUT_OF_LINE int32_t RefuteForward(const uint8_t* source, int32_t positions,
+                                      const uint8_t* needle, int32_t needleLength,
+                                      uint64_t candidates, int32_t start) {
+  return GoOnWith<Direction::kForward>({source, needle, needleLength, positions}, candidates,
+                                       start);
+}
+VEK_OUT_OF_LINE int32_t RefuteBackward(const uint8_t* source, int32_t positions,
+                                       const uint8_t* needle, int32_t needleLength,
+                                       uint64_t candidates, int32_t start) {
+  return GoOnWith<Direction::kBackward>({source, needle, needleLength, positions}, candidates,
+                                        start);
+}
+
+// Mostly the first candidate is right, and a short needle quickly compared.
+VEK_OUT_OF_LINE int32_t GoOnForward(const uint8_t* source, int32_t positions, const uint8_t* needle,
+                                    int32_t needleLength, uint64_t candidates, int32_t start) {
+  const int32_t at = start + LowestBit(candidates);
+  return needleLength < kBlock && Equal(source + at, needle, needleLength)
+             ? at
+             : RefuteForward(source, positions, needle, needleLength, candidates, start);
+}
+VEK_OUT_OF_LINE int32_t GoOnBackward(const uint8_t* source, int32_t positions,
+                                     const uint8_t* needle, int32_t needleLength,
+                                     uint64_t candidates, int32_t start) {
+  const int32_t at = start + HighestBit(candidates);
+  return needleLength < kBlock && Equal(source + at, needle, needleLength)
+             ? at
+             : RefuteBackward(source, positions, needle, needleLength, candidates, start);
+}
+
+VEK_OUT_OF_LINE int32_t AfterNearbyForward(const uint8_t* source, int32_t positions,
+                                           const uint8_t* needle, int32_t needleLength) {
+  return FurtherForward({source, needle, needleLength, positions}, {2 * kGroup, 0});
+}
+VEK_OUT_OF_LINE int32_t AfterNearbyBackward(const uint8_t* source, int32_t positions,
+                                            const uint8_t* needle, int32_t needleLength) {
+  return FurtherBackward({source, needle, needleLength, positions}, {2 * kGroup, 0});
+}
+
+// Every call is the last thing done, so that a search without candidates saves no registers.
+template <Direction kDirection>
+VEK_INLINE int32_t FindNeedle(const uint8_t* source, int32_t length, const uint8_t* needle,
+                              int32_t needleLength) {
+  constexpr bool kForward = kDirection == Direction::kForward;
+  const int32_t positions = length - needleLength + 1;
+  if (positions == 1) {
+    return Equal(source, needle, needleLength) ? 0 : -1;
+  }
+  const HasChosen<2> ends({source, needle, needleLength, positions}, Ends(needleLength));
+  const auto goOnIfAny = [&](uint64_t candidates, int32_t start) __attribute__((always_inline)) {
+    return candidates == 0 ? -1
+                           : (kForward ? GoOnForward : GoOnBackward)(
+                                 source, positions, needle, needleLength, candidates, start);
+  };
+  if (positions <= kGroup) {
+    return UseBitsOfShort(
+        ends, positions, [&](uint64_t candidates) __attribute__((always_inline)) {
+          return goOnIfAny(candidates, 0);
+        });
+  }
+  const int32_t first = FirstGroup<kDirection>(positions);
+  if (const uint64_t candidates = GroupBits(ends, first); candidates != 0) {
+    return goOnIfAny(candidates, first);
+  }
+  const int32_t second = SecondGroup<kDirection>(positions);
+  if (const uint64_t candidates = GroupBits(ends, second); candidates != 0) {
+    return goOnIfAny(candidates, second);
+  }
+  return positions <= 2 * kGroup ? -1
+                                 : (kForward ? AfterNearbyForward : AfterNearbyBackward)(
+                                       source, positions, needle, needleLength);
+}
 
 }  // namespace
 
 VEK_KERNEL int32_t FindSubstring(const uint8_t* source, int32_t length, const uint8_t* needle,
                                  int32_t needleLength) {
   return needleLength == 1 ? FindByte(source, length, needle[0])
-                           : FindNeedleForward(source, length, needle, needleLength);
+                           : FindNeedle<Direction::kForward>(source, length, needle, needleLength);
 }
 
 VEK_KERNEL int32_t FindLastSubstring(const uint8_t* source, int32_t length, const uint8_t* needle,
                                      int32_t needleLength) {
   return needleLength == 1 ? FindLastByte(source, length, needle[0])
-                           : FindNeedleBackward(source, length, needle, needleLength);
+                           : FindNeedle<Direction::kBackward>(source, length, needle, needleLength);
 }
 
 }  // namespace vekch::kernels

@@ -89,7 +89,7 @@ VEK_INLINE uint64_t EndsBits(const Probe& probe, int32_t length) {
 // Calls `use` with the hits in a string of 1 to 15 bytes. Each size has its own way out: with a
 // common one, much of the time would go into jumps.
 template <class Probe, class Use>
-VEK_INLINE int32_t UseBitsOfFew(const Probe& probe, int32_t length, Use use) {
+VEK_INLINE auto UseBitsOfFew(const Probe& probe, int32_t length, Use use) {
   if (length >= 8) {
     return use(EndsBits<8>(probe, length));
   }
@@ -104,7 +104,7 @@ VEK_INLINE int32_t UseBitsOfFew(const Probe& probe, int32_t length, Use use) {
 
 // The same for a string of 1 to 64 bytes.
 template <class Probe, class Use>
-VEK_INLINE int32_t UseBitsOfShort(const Probe& probe, int32_t length, Use use) {
+VEK_INLINE auto UseBitsOfShort(const Probe& probe, int32_t length, Use use) {
   if (length < kBlock) {
     return UseBitsOfFew(probe, length, use);
   }
