@@ -8,6 +8,14 @@
 namespace vekch {
 namespace {
 
+VEK_INLINE vekStatus ResultForEmpty(int32_t length, int32_t* result, int32_t resultForEmpty) {
+  if (length < 0) {
+    return StatusLengthError;
+  }
+  *result = resultForEmpty;
+  return StatusNoError;
+}
+
 template <class Kernel>
 VEK_INLINE vekStatus CheckedCompare(const uint8_t* first, const uint8_t* second, int32_t length,
                                     int32_t* result, int32_t resultForEmpty, Kernel kernel) {
@@ -15,11 +23,7 @@ VEK_INLINE vekStatus CheckedCompare(const uint8_t* first, const uint8_t* second,
     return StatusNullPointer;
   }
   if (length <= 0) {
-    if (length < 0) {
-      return StatusLengthError;
-    }
-    *result = resultForEmpty;
-    return StatusNoError;
+    return ResultForEmpty(length, result, resultForEmpty);
   }
   *result = kernel(first, second, length);
   return StatusNoError;
@@ -28,12 +32,6 @@ VEK_INLINE vekStatus CheckedCompare(const uint8_t* first, const uint8_t* second,
 struct CompareKernel {
   VEK_INLINE int32_t operator()(const uint8_t* first, const uint8_t* second, int32_t length) const {
     return kernels::Compare(first, second, length);
-  }
-};
-
-struct CompareIgnoreCaseKernel {
-  VEK_INLINE int32_t operator()(const uint8_t* first, const uint8_t* second, int32_t length) const {
-    return kernels::CompareFolded(first, second, length, 'A', 'Z', 'a' - 'A');
   }
 };
 
@@ -53,7 +51,16 @@ VEK_KERNEL vekStatus veksCompare_8u(const uint8_t* first, const uint8_t* second,
 
 VEK_KERNEL vekStatus veksCompareIgnoreCaseLatin_8u(const uint8_t* first, const uint8_t* second,
                                                    int32_t length, int32_t* result) noexcept {
-  return vekch::CheckedCompare(first, second, length, result, 0, vekch::CompareIgnoreCaseKernel{});
+  using namespace vekch;
+  if (AnyNull(first, second, result)) {
+    return StatusNullPointer;
+  }
+  if (length - 1U < kernels::kBlock - 1) {
+    *result = kernels::CompareShortIgnoringCase(first, second, length);
+    return StatusNoError;
+  }
+  return length > 0 ? kernels::CompareLongIgnoringCase(first, second, length, result)
+                    : ResultForEmpty(length, result, 0);
 }
 
 VEK_KERNEL vekStatus veksEqual_8u(const uint8_t* first, const uint8_t* second, int32_t length,

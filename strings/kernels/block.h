@@ -39,6 +39,12 @@ VEK_INLINE Lanes<Element> operator^(Lanes<Element> a, Lanes<Element> b) {
   return {_mm_xor_si128(a.lanes, b.lanes)};
 }
 
+// The bits of a where the mask's are clear.
+template <class Element>
+VEK_INLINE Lanes<Element> Without(Lanes<Element> a, Lanes<Element> mask) {
+  return {_mm_andnot_si128(mask.lanes, a.lanes)};
+}
+
 // The bits of a where the mask's are set, those of b where they are clear.
 template <class Element>
 VEK_INLINE Lanes<Element> Select(Lanes<Element> mask, Lanes<Element> a, Lanes<Element> b) {

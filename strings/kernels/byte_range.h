@@ -25,18 +25,6 @@ VEK_INLINE Block InRange(Block b, const ByteRange& range) {
   return {_mm_cmpgt_epi8((b + range.shift).lanes, range.below.lanes)};
 }
 
-// Adds a value to the bytes of a range and leaves the others.
-struct Folding {
-  ByteRange range;
-  Block addend;
-
-  VEK_INLINE Block Fold(Block b) const { return b + (InRange(b, range) & addend); }
-};
-
-VEK_INLINE Folding MakeFolding(uint8_t lowest, uint8_t highest, uint8_t addend) {
-  return {MakeRange(lowest, highest), Splat(addend)};
-}
-
 }  // namespace vekch::kernels
 
 #endif

@@ -14,7 +14,7 @@ namespace vekch::kernels {
 template <uint8_t kLowest, uint8_t kHighest, uint8_t kAddend>
 struct MapLetters {
   VEK_INLINE Block operator()(Block b) const {
-    return MakeFolding(kLowest, kHighest, kAddend).Fold(b);
+    return b + (InRange(b, MakeRange(kLowest, kHighest)) & Splat(kAddend));
   }
 };
 

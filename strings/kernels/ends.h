@@ -14,6 +14,19 @@ VEK_INLINE uint8_t Lane8(Block b) { return static_cast<uint8_t>(_mm_cvtsi128_si3
 
 // Four bytes in the lowest lanes.
 VEK_INLINE Block LoadFour(const uint8_t* p) { return {_mm_cvtsi32_si128(LoadWord<int32_t>(p))}; }
+VEK_INLINE Block BlockOf32(uint32_t bytes) {
+  return {_mm_cvtsi32_si128(static_cast<int32_t>(bytes))};
+}
+
+// The four bytes at each of four places.
+VEK_INLINE Block FourWords(const uint8_t* p0, const uint8_t* p1, const uint8_t* p2,
+                           const uint8_t* p3) {
+  const auto word = [](const uint8_t* p) __attribute__((always_inline)) {
+    return _mm_cvtsi32_si128(LoadWord<int32_t>(p));
+  };
+  return {_mm_unpacklo_epi64(_mm_unpacklo_epi32(word(p0), word(p1)),
+                             _mm_unpacklo_epi32(word(p2), word(p3)))};
+}
 
 // Loads the first and the last kHalf bytes of a string of kHalf to 2 * kHalf bytes into the low
 // 2 * kHalf lanes; the other lanes hold anything.
