@@ -9,12 +9,20 @@
 namespace vekch {
 namespace {
 
+using kernels::AreShort;
+using kernels::CacheAnswer;
 using kernels::CopyPiece;
 using kernels::MovePiece;
+using kernels::MoveShort;
 
-// Whether a range of `number` bytes from `start` on lies inside a string. The sum can't wrap.
+// Bytes of a string behind a range of `number` bytes from `start` on. The difference can't wrap.
+VEK_INLINE int64_t RestBehind(int32_t start, int32_t number, int32_t length) {
+  return int64_t{length} - start - number;
+}
+
+// Whether such a range lies inside a string.
 VEK_INLINE bool LiesInside(int32_t start, int32_t number, int32_t length) {
-  return start >= 0 && number >= 0 && int64_t{start} + number <= length;
+  return start >= 0 && number >= 0 && RestBehind(start, number, length) >= 0;
 }
 
 enum class Delimiter { kNone, kBetween };
@@ -30,6 +38,7 @@ VEK_INLINE vekStatus ConcatList(const uint8_t* const* strings, const int32_t* le
   if (count < 1) {
     return StatusSizeError;
   }
+  CacheAnswer cache;
   for (int32_t i = 0; i < count; ++i) {
     const uint8_t* const string = strings[i];
     const int32_t length = lengths[i];
@@ -42,29 +51,95 @@ VEK_INLINE vekStatus ConcatList(const uint8_t* const* strings, const int32_t* le
     if (kDelimiter == Delimiter::kBetween && i > 0) {
       *destination++ = delimiter;
     }
-    CopyPiece(string, destination, length);
+    CopyPiece(string, destination, length, &cache);
     destination += length;
   }
   return StatusNoError;
 }
 
-// The destination may be the source.
-VEK_INLINE vekStatus Insert(const uint8_t* source, int32_t sourceLength, const uint8_t* inserted,
-                            int32_t insertedLength, uint8_t* destination, int32_t startIndex) {
+// ---- What is left to functions of their own where pieces are not all short, or a length is wrong.
+
+VEK_KERNEL __attribute__((noinline)) vekStatus ConcatLong(const uint8_t* first, int32_t firstLength,
+                                                          const uint8_t* second,
+                                                          int32_t secondLength,
+                                                          uint8_t* destination) {
+  if (AnyNegative(firstLength, secondLength)) {
+    return StatusLengthError;
+  }
+  CacheAnswer cache;
+  CopyPiece(first, destination, firstLength, &cache);
+  CopyPiece(second, destination + firstLength, secondLength, &cache);
+  return StatusNoError;
+}
+
+VEK_KERNEL __attribute__((noinline)) vekStatus InsertLong(
+    const uint8_t* source, int32_t sourceLength, const uint8_t* inserted, int32_t insertedLength,
+    uint8_t* destination, int32_t startIndex) {
   if (insertedLength < 0 || !LiesInside(startIndex, 0, sourceLength)) {
     return StatusLengthError;
   }
   if (insertedLength == 0) {
     return StatusNoError;  // kept on purpose: not even the source is copied
   }
+  CacheAnswer cache;
   if (destination != source) {
-    CopyPiece(source, destination, startIndex);
+    CopyPiece(source, destination, startIndex, &cache);
   }
   // The rest moves out of the way before the text is stored.
   uint8_t* const text = destination + startIndex;
   MovePiece(source + startIndex, text + insertedLength, sourceLength - startIndex);
-  CopyPiece(inserted, text, insertedLength);
+  CopyPiece(inserted, text, insertedLength, &cache);
   return StatusNoError;
+}
+
+VEK_KERNEL __attribute__((noinline)) vekStatus InsertLongInPlace(const uint8_t* inserted,
+                                                                 int32_t insertedLength,
+                                                                 uint8_t* buffer, int32_t* length,
+                                                                 int32_t startIndex) {
+  const vekStatus status =
+      InsertLong(buffer, *length, inserted, insertedLength, buffer, startIndex);
+  if (status == StatusNoError) {
+    *length += insertedLength;
+  }
+  return status;
+}
+
+VEK_KERNEL __attribute__((noinline)) vekStatus RemoveLong(const uint8_t* source,
+                                                          int32_t sourceLength,
+                                                          uint8_t* destination, int32_t startIndex,
+                                                          int32_t number) {
+  if (!LiesInside(startIndex, number, sourceLength)) {
+    return StatusLengthError;
+  }
+  const int32_t end = startIndex + number;
+  CacheAnswer cache;
+  CopyPiece(source, destination, startIndex, &cache);
+  CopyPiece(source + end, destination + startIndex, sourceLength - end, &cache);
+  return StatusNoError;
+}
+
+VEK_KERNEL __attribute__((noinline)) vekStatus RemoveLongInPlace(uint8_t* buffer, int32_t* length,
+                                                                 int32_t startIndex,
+                                                                 int32_t number) {
+  if (!LiesInside(startIndex, number, *length)) {
+    return StatusLengthError;
+  }
+  const int32_t end = startIndex + number;
+  MovePiece(buffer + end, buffer + startIndex, *length - end);
+  *length -= number;
+  return StatusNoError;
+}
+
+// ---- The insertion of a short text at a short distance from both ends.
+
+VEK_INLINE void InsertShort(const uint8_t* source, int32_t rest, const uint8_t* inserted,
+                            int32_t insertedLength, uint8_t* destination, int32_t startIndex) {
+  uint8_t* const text = destination + startIndex;
+  if (destination != source) {
+    MoveShort(source, destination, startIndex);
+  }
+  MoveShort(source + startIndex, text + insertedLength, rest);
+  MoveShort(inserted, text, insertedLength);
 }
 
 constexpr int32_t kFewBytes = 4;
@@ -103,14 +178,15 @@ VEK_INLINE int32_t FindDelimiter(const uint8_t* source, int32_t length, uint8_t 
 
 VEK_KERNEL vekStatus veksConcat_8u(const uint8_t* first, int32_t firstLength, const uint8_t* second,
                                    int32_t secondLength, uint8_t* destination) noexcept {
-  if (vekch::AnyNull(first, second, destination)) {
+  using namespace vekch;
+  if (AnyNull(first, second, destination)) {
     return StatusNullPointer;
   }
-  if (vekch::AnyNegative(firstLength, secondLength)) {
-    return StatusLengthError;
+  if (!AreShort(firstLength, secondLength)) {
+    return ConcatLong(first, firstLength, second, secondLength, destination);
   }
-  vekch::CopyPiece(first, destination, firstLength);
-  vekch::CopyPiece(second, destination + firstLength, secondLength);
+  MoveShort(first, destination, firstLength);
+  MoveShort(second, destination + firstLength, secondLength);
   return StatusNoError;
 }
 
@@ -129,51 +205,65 @@ VEK_KERNEL vekStatus veksConcatC_8u_D2L(const uint8_t* const* strings, const int
 VEK_KERNEL vekStatus veksInsert_8u(const uint8_t* source, int32_t sourceLength,
                                    const uint8_t* inserted, int32_t insertedLength,
                                    uint8_t* destination, int32_t startIndex) noexcept {
-  if (vekch::AnyNull(source, inserted, destination)) {
+  using namespace vekch;
+  if (AnyNull(source, inserted, destination)) {
     return StatusNullPointer;
   }
-  return vekch::Insert(source, sourceLength, inserted, insertedLength, destination, startIndex);
+  const int64_t rest = RestBehind(startIndex, 0, sourceLength);
+  if (insertedLength == 0 || !AreShort(startIndex, rest, insertedLength)) {
+    return InsertLong(source, sourceLength, inserted, insertedLength, destination, startIndex);
+  }
+  InsertShort(source, static_cast<int32_t>(rest), inserted, insertedLength, destination,
+              startIndex);
+  return StatusNoError;
 }
 
 VEK_KERNEL vekStatus veksInsert_8u_I(const uint8_t* inserted, int32_t insertedLength,
                                      uint8_t* buffer, int32_t* length,
                                      int32_t startIndex) noexcept {
-  if (vekch::AnyNull(inserted, buffer, length)) {
+  using namespace vekch;
+  if (AnyNull(inserted, buffer, length)) {
     return StatusNullPointer;
   }
-  const vekStatus status =
-      vekch::Insert(buffer, *length, inserted, insertedLength, buffer, startIndex);
-  if (status == StatusNoError) {
-    *length += insertedLength;
+  const int64_t rest = RestBehind(startIndex, 0, *length);
+  if (startIndex < 0 || !AreShort(rest, insertedLength)) {
+    return InsertLongInPlace(inserted, insertedLength, buffer, length, startIndex);
   }
-  return status;
+  *length += insertedLength;
+  uint8_t* const text = buffer + startIndex;
+  MoveShort(text, text + insertedLength, static_cast<int32_t>(rest));
+  MoveShort(inserted, text, insertedLength);
+  return StatusNoError;
 }
 
 VEK_KERNEL vekStatus veksRemove_8u(const uint8_t* source, int32_t sourceLength,
                                    uint8_t* destination, int32_t startIndex,
                                    int32_t number) noexcept {
-  if (vekch::AnyNull(source, destination)) {
+  using namespace vekch;
+  if (AnyNull(source, destination)) {
     return StatusNullPointer;
   }
-  if (!vekch::LiesInside(startIndex, number, sourceLength)) {
-    return StatusLengthError;
+  const int64_t rest = RestBehind(startIndex, number, sourceLength);
+  if (number < 0 || !AreShort(startIndex, rest)) {
+    return RemoveLong(source, sourceLength, destination, startIndex, number);
   }
-  const int32_t end = startIndex + number;
-  vekch::CopyPiece(source, destination, startIndex);
-  vekch::CopyPiece(source + end, destination + startIndex, sourceLength - end);
+  MoveShort(source, destination, startIndex);
+  MoveShort(source + startIndex + number, destination + startIndex, static_cast<int32_t>(rest));
   return StatusNoError;
 }
 
 VEK_KERNEL vekStatus veksRemove_8u_I(uint8_t* buffer, int32_t* length, int32_t startIndex,
                                      int32_t number) noexcept {
-  if (vekch::AnyNull(buffer, length)) {
+  using namespace vekch;
+  if (AnyNull(buffer, length)) {
     return StatusNullPointer;
   }
-  if (!vekch::LiesInside(startIndex, number, *length)) {
-    return StatusLengthError;
+  const int64_t rest = RestBehind(startIndex, number, *length);
+  if (AnyNegative(startIndex, number) || !AreShort(rest)) {
+    return RemoveLongInPlace(buffer, length, startIndex, number);
   }
-  const int32_t end = startIndex + number;
-  vekch::MovePiece(buffer + end, buffer + startIndex, *length - end);
+  uint8_t* const removed = buffer + startIndex;
+  MoveShort(removed + number, removed, static_cast<int32_t>(rest));
   *length -= number;
   return StatusNoError;
 }

@@ -22,9 +22,22 @@ int32_t Head(const Call& c) {
   return std::min(static_cast<int32_t>(-reinterpret_cast<uintptr_t>(c.to) % 16), c.length);
 }
 
-template <void (*kKernel)(const uint8_t*, uint8_t*, int32_t)>
 vekStatus Copy(Call& c) {
-  kKernel(c.text, c.to, c.length);
+  kernels::Copy(c.text, c.to, c.length);
+  return StatusNoError;
+}
+
+// Two blocks that share what the first learns of the cache.
+vekStatus CopyInTwo(Call& c) {
+  kernels::CacheAnswer cache;
+  const int32_t half = c.length / 2;
+  kernels::Copy(c.text, c.to, half, &cache);
+  kernels::Copy(c.text + half, c.to + half, c.length - half, &cache);
+  return StatusNoError;
+}
+
+vekStatus Move(Call& c) {
+  kernels::Move(c.text, c.to, c.length);
   return StatusNoError;
 }
 
@@ -48,8 +61,9 @@ vekStatus FillPastCache(Call& c) {
 }
 
 const Function kKernels[] = {
-    {"Copy", Copy<kernels::Copy>, Copied},
-    {"Move", Copy<kernels::Move>, Copied, kAnyPlace},
+    {"Copy", Copy, Copied},
+    {"CopyInTwo", CopyInTwo, Copied},
+    {"Move", Move, Copied, kAnyPlace},
     {"Fill", Fill, Filled},
     {"CopyPastCache", CopyPastCache, Copied},
     {"FillPastCache", FillPastCache, Filled},
@@ -80,6 +94,22 @@ TEST(BlockTest, LargeBlocks) {
           sweep.Expect(function, {text.substr(0, length)}, place + i);
         }
       }
+    }
+  }
+}
+
+// The low bits of both addresses decide on the end to begin with.
+TEST(BlockTest, CopyFromEitherEnd) {
+  constexpr size_t kPage = 4096;
+  const Bytes text = Random(4).Text(4 * kPage);
+  for (const size_t shift : {0U, 1U, 16U, 319U, 320U, 321U, 2048U, 4095U}) {
+    for (size_t length = kPage; length < kPage + 2 * 64 + 16; ++length) {
+      Bytes both = text + Bytes(3 * kPage, '.');
+      const size_t to = text.size() + shift;
+      kernels::Copy(both.data() + 7, both.data() + to + 7, static_cast<int32_t>(length));
+      ASSERT_EQ(both, text + Bytes(shift + 7, '.') + text.substr(7, length) +
+                          Bytes(3 * kPage - shift - 7 - length, '.'))
+          << length << " bytes, " << shift << " above the source";
     }
   }
 }
@@ -213,13 +243,56 @@ TEST(CacheBudgetTest, WhatGoesPastTheCache) {
   }
 }
 
-TEST(CacheBudgetTest, ThisProcessor) {
-  // Whatever it is: the figures fit together, and a leaf not asked for is zero.
-  const auto copying = kernels::ReadCpuLeaves(kernels::kSharingLeaf);
-  const auto filling = kernels::ReadCpuLeaves(kernels::kDescriptorLeaf);
-  EXPECT_EQ(filling.sharing, 0U);
-  EXPECT_EQ(kernels::CacheSize(filling), kernels::CacheSize(copying));
-  EXPECT_LE(kernels::CacheBudget(copying), kernels::CacheSize(copying));
+// ---- What is asked, of processors made up and of this one.
+
+struct Cpu {
+  const char* what;
+  char vendor[13];
+  uint32_t highest;
+  uint32_t descriptors;            // leaf 2, ebx; eax holds none
+  std::vector<uint32_t> copyAsks;  // leaves, in order
+  uint32_t budget;
+};
+
+const Cpu kCpus[] = {
+    {"no descriptor", "GenuineIntel", 36, 0xF0, {2}, 0},
+    {"a descriptor", "GenuineIntel", 10, 0x4D, {2, 0, 4}, 4U << 20},
+    {"no sharing leaf", "GenuineIntel", 3, 0x4D, {2, 0}, 16U << 20},
+    {"no descriptor leaf, which echoes another", "GenuineIntel", 1, 0x4D, {2, 0}, 0},
+    {"another vendor", "AuthenticAMD", 16, 0, {2}, 0},
+    {"another vendor, with a descriptor", "CentaurHauls", 16, 0x4D, {2, 0}, 0},
+};
+
+const Cpu* theCpu;
+std::vector<uint32_t> asked;
+
+kernels::CpuRegisters AskTheCpu(uint32_t leaf) {
+  asked.push_back(leaf);
+  if (leaf == kernels::kDescriptorLeaf) {
+    return {1, theCpu->descriptors, 0, 0};
+  }
+  if (leaf == kernels::kSharingLeaf) {
+    return {3U << 26, 0, 0, 0};  // four cores
+  }
+  uint32_t letters[3];
+  std::memcpy(letters, theCpu->vendor, sizeof letters);
+  return {theCpu->highest, letters[0], letters[2], letters[1]};
+}
+
+TEST(CacheBudgetTest, AsksNoMoreThanMatters) {
+  for (const Cpu& cpu : kCpus) {
+    theCpu = &cpu;
+    asked.clear();
+    const auto copying = kernels::ReadCpuLeaves(kernels::kSharingLeaf, AskTheCpu);
+    EXPECT_EQ(kernels::CacheBudget(copying), cpu.budget) << cpu.what;
+    EXPECT_EQ(asked, cpu.copyAsks) << cpu.what;
+    asked.clear();
+    const auto filling = kernels::ReadCpuLeaves(kernels::kDescriptorLeaf, AskTheCpu);
+    EXPECT_EQ(kernels::CacheSize(filling), cpu.budget == 0 ? 0 : 16U << 20) << cpu.what;
+    EXPECT_EQ(std::count(asked.begin(), asked.end(), kernels::kSharingLeaf), 0) << cpu.what;
+  }
+  const auto own = kernels::ReadCpuLeaves(kernels::kSharingLeaf, kernels::AskThisCpu);
+  EXPECT_LE(kernels::CacheBudget(own), kernels::CacheSize(own));
 }
 
 }  // namespace

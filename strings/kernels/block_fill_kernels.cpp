@@ -31,7 +31,7 @@ VEK_INLINE void FillThroughCache(const RepeatedByte& supply, uint8_t* destinatio
 // Out of line, so that other fills pay for no stack frame.
 VEK_KERNEL __attribute__((noinline)) void FillLarge(uint8_t value, uint8_t* destination,
                                                     int32_t length) {
-  if (FillStreams(length, CacheSize(ReadCpuLeaves(kDescriptorLeaf)))) {
+  if (FillStreams(length, CacheSize(ReadCpuLeaves(kDescriptorLeaf, AskThisCpu)))) {
     FillPastCache(value, destination, length);
   } else {
     FillThroughCache(RepeatedByte(value), destination, length);

@@ -10,10 +10,14 @@
 
 #include <stdint.h>
 
+#include "strings/kernels/cache_budget.h"
+
 namespace vekch::kernels {
 
-// The strings must not overlap.
-void Copy(const uint8_t* source, uint8_t* destination, int32_t length);
+// The strings must not overlap. A caller that copies several blocks hands on what the first large
+// one has learnt of the cache.
+void Copy(const uint8_t* source, uint8_t* destination, int32_t length,
+          CacheAnswer* cache = nullptr);
 
 // The strings may overlap in any way.
 void Move(const uint8_t* source, uint8_t* destination, int32_t length);

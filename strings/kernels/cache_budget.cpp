@@ -49,54 +49,78 @@ static_assert(SizeOf(k24M) == 24U << 20 && SizeOf(k3M) == 3U << 20 && SizeOf(k51
               "size codes");
 
 bool IsTunedFor(const CpuLeaves& leaves) {
-  return leaves.vendor[0] == kTunedVendor[0] && leaves.vendor[1] == kTunedVendor[1] &&
-         leaves.vendor[2] == kTunedVendor[2];
+  return leaves.highest >= kDescriptorLeaf && leaves.vendor[0] == kTunedVendor[0] &&
+         leaves.vendor[1] == kTunedVendor[1] && leaves.vendor[2] == kTunedVendor[2];
 }
 
-bool Reports(const CpuLeaves& leaves, uint8_t descriptor) {
-  for (int32_t r = 0; r < 4; ++r) {
-    if (leaves.descriptors[r] >> 31 != 0) {
-      continue;  // the register holds no descriptors
-    }
-    // The low byte of the first register is a count, no descriptor.
-    for (int32_t shift = r == 0 ? 8 : 0; shift < 32; shift += 8) {
-      if (static_cast<uint8_t>(leaves.descriptors[r] >> shift) == descriptor) {
-        return true;
+// The values of the descriptors that registers hold, as a set.
+struct Descriptors {
+  uint64_t members[4] = {};
+
+  explicit Descriptors(const uint32_t* registers) {
+    for (int32_t r = 0; r < 4; ++r) {
+      if (registers[r] >> 31 != 0) {
+        continue;  // the register holds no descriptors
+      }
+      // The low byte of the first register is a count, no descriptor.
+      for (int32_t shift = r == 0 ? 8 : 0; shift < 32; shift += 8) {
+        const auto value = static_cast<uint8_t>(registers[r] >> shift);
+        members[value / 64] |= uint64_t{1} << (value % 64);
       }
     }
   }
-  return false;
+
+  bool Contain(uint8_t value) const { return (members[value / 64] >> (value % 64) & 1) != 0; }
+};
+
+// The size that the descriptors give, whoever made the processor.
+uint32_t DescribedSize(const uint32_t* registers) {
+  if ((registers[0] & 0xFF) != 1) {
+    return kUnknownCache;
+  }
+  const Descriptors descriptors(registers);
+  for (const uint8_t* entry = kDescriptorTable; *entry != 0; entry += 2) {
+    if (descriptors.Contain(entry[0])) {
+      return SizeOf(entry[1]);
+    }
+  }
+  return kUnknownCache;
 }
 
 }  // namespace
 
-VEK_KERNEL CpuLeaves ReadCpuLeaves(uint32_t last) {
+VEK_KERNEL CpuRegisters AskThisCpu(uint32_t leaf) {
+  CpuRegisters answer;
+  __cpuid_count(leaf, 0, answer.a, answer.b, answer.c, answer.d);
+  return answer;
+}
+
+// The descriptors are asked for first: a processor that has none in the table needs no vendor. What
+// another vendor, or a processor without that leaf, answers there counts for nothing in the end.
+VEK_KERNEL CpuLeaves ReadCpuLeaves(uint32_t last, AskCpu ask) {
   CpuLeaves leaves = {};
-  uint32_t unused;
-  __cpuid(0, leaves.highest, leaves.vendor[0], leaves.vendor[2], leaves.vendor[1]);
+  const CpuRegisters described = ask(kDescriptorLeaf);
+  const uint32_t descriptors[4] = {described.a, described.b, described.c, described.d};
+  if (DescribedSize(descriptors) == kUnknownCache) {
+    return leaves;
+  }
+  const CpuRegisters first = ask(0);
+  leaves.highest = first.a;
+  leaves.vendor[0] = first.b;
+  leaves.vendor[1] = first.d;
+  leaves.vendor[2] = first.c;
   if (!IsTunedFor(leaves)) {
     return leaves;
   }
-  uint32_t* d = leaves.descriptors;
-  if (last >= kDescriptorLeaf && leaves.highest >= kDescriptorLeaf) {
-    __cpuid(kDescriptorLeaf, d[0], d[1], d[2], d[3]);
-  }
+  __builtin_memcpy(leaves.descriptors, descriptors, sizeof descriptors);
   if (last >= kSharingLeaf && leaves.highest >= kSharingLeaf) {
-    __cpuid_count(kSharingLeaf, 0, leaves.sharing, unused, unused, unused);
+    leaves.sharing = ask(kSharingLeaf).a;
   }
   return leaves;
 }
 
 VEK_KERNEL uint32_t CacheSize(const CpuLeaves& leaves) {
-  if (!IsTunedFor(leaves) || (leaves.descriptors[0] & 0xFF) != 1) {
-    return kUnknownCache;
-  }
-  for (const uint8_t* entry = kDescriptorTable; *entry != 0; entry += 2) {
-    if (Reports(leaves, entry[0])) {
-      return SizeOf(entry[1]);
-    }
-  }
-  return kUnknownCache;
+  return IsTunedFor(leaves) ? DescribedSize(leaves.descriptors) : kUnknownCache;
 }
 
 VEK_KERNEL uint32_t CacheBudget(const CpuLeaves& leaves) {

@@ -19,9 +19,19 @@ struct CpuLeaves {
 constexpr uint32_t kDescriptorLeaf = 2;
 constexpr uint32_t kSharingLeaf = 4;
 
-// Asks this processor, for leaves up to `last` only: an answer takes microseconds in a virtual
-// machine. Leaves that aren't there, or can't matter for this vendor, are zero.
-CpuLeaves ReadCpuLeaves(uint32_t last);
+struct CpuRegisters {
+  uint32_t a, b, c, d;
+};
+
+using AskCpu = CpuRegisters (*)(uint32_t leaf);
+
+// Asks for leaves up to `last`, and for none that can't matter any more, since an answer takes
+// microseconds in a virtual machine: most processors of today describe no cache in the descriptors,
+// and are done with one question. Leaves that aren't there, or weren't asked for, are zero.
+CpuLeaves ReadCpuLeaves(uint32_t last, AskCpu ask);
+
+// This processor.
+CpuRegisters AskThisCpu(uint32_t leaf);
 
 constexpr uint32_t kUnknownCache = 0;
 
@@ -31,7 +41,13 @@ uint32_t CacheSize(const CpuLeaves& leaves);
 // The calling core's share of it.
 uint32_t CacheBudget(const CpuLeaves& leaves);
 
-// Up to here nobody asks.
+// What a call has learnt, for the further blocks that it copies. It ends with the call.
+struct CacheAnswer {
+  bool known = false;
+  uint32_t budget = kUnknownCache;
+};
+
+// Below this nobody asks.
 constexpr int32_t kLargeBlock = 512 * 1024;
 
 // Whether a block goes past the cache: a copy, which fills the cache twice over, from half of its

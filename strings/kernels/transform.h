@@ -52,6 +52,18 @@ VEK_INLINE void StoreFourAligned(uint8_t* p, const FourBlocks& blocks) {
   StoreAligned(p + 3 * kBlock, blocks.b3);
 }
 
+// The same from the last to the first, for a walk from the end: a walk that goes back to a cache
+// line it has left, as it would where the four lie in two of them, takes twice as long.
+VEK_INLINE void StoreFourDownwards(uint8_t* p, const FourBlocks& blocks) {
+  StoreAligned(p + 3 * kBlock, blocks.b3);
+  KeepOrder();
+  StoreAligned(p + 2 * kBlock, blocks.b2);
+  KeepOrder();
+  StoreAligned(p + kBlock, blocks.b1);
+  KeepOrder();
+  StoreAligned(p, blocks.b0);
+}
+
 template <int32_t kHalf, class Map>
 VEK_INLINE void TransformEnds(const uint8_t* source, uint8_t* destination, int32_t length,
                               const Map& map) {
