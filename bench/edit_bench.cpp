@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include <memory>
+#include <random>
 #include <string>
 
 #include "bench/edit_peers.h"
@@ -54,33 +55,61 @@ void RunConcat(int64_t bytes) {
       .Run();
 }
 
-void RunConcatList(const char* name, int32_t lowest, int32_t highest) {
-  constexpr size_t kCount = 64;
-  const auto lengths =
-      std::make_shared<std::vector<int32_t>>(RandomLengths(kCount, lowest, highest));
-  const Input text = RandomLetters(highest);
-  const auto strings = std::make_shared<std::vector<const uint8_t*>>(kCount, text.data());
-  int64_t bytes = kCount - 1;
-  for (const int32_t length : *lengths) {
-    bytes += length;
+// Rows as an order system exports them, in one line: numbers, dates, names, amounts, empty fields.
+Input Csv(int64_t bytes) {
+  static constexpr std::string_view kNames[] = {"Baker", "Ng",       "Papadopoulos", "O'Brien",
+                                                "Li",    "Svensson", "Abe",          "Fernandez",
+                                                "Kim",   "Novak"};
+  static constexpr std::string_view kStreets[] = {"12 Mill Lane", "4b High Street", "Flat 3",
+                                                  "The Old Rectory, Church Road", ""};
+  static constexpr std::string_view kTowns[] = {"York", "Stoke-on-Trent", "Ely", "Bath",
+                                                "Kingston upon Hull"};
+  static constexpr std::string_view kStates[] = {"shipped", "paid", "returned", "open", ""};
+  std::minstd_rand random(5);
+  const auto number = [&random](uint32_t limit) { return std::to_string((random() >> 8) % limit); };
+  const auto one = [&random](const auto& list) {
+    return std::string(list[(random() >> 8) % std::size(list)]);
+  };
+  std::string text;
+  while (text.size() < static_cast<size_t>(bytes)) {
+    text += number(1000000) + ",2026-0" + number(9) + "-1" + number(10) + ',' + one(kNames) + ',' +
+            one(kStreets).substr(0, 12) + ',' + one(kTowns) + ',' + number(2000) + '.' +
+            number(10) + "0,EUR," + number(20) + ',' + one(kStates) + ',';
   }
+  Input csv(bytes);
+  csv.Put(0, std::string_view(text).substr(0, static_cast<size_t>(bytes)));
+  return csv;
+}
+
+struct StringList {
+  std::vector<const uint8_t*> strings;
+  std::vector<int32_t> lengths;
+};
+
+void RunConcatList(const char* name, const std::shared_ptr<StringList>& list) {
+  const size_t count = list->strings.size();
+  const int64_t bytes = Sum(list->lengths) + static_cast<int64_t>(count) - 1;
   const Input destination(bytes);
   uint8_t* to = destination.data();
   const auto joined = Roomy(bytes);
   const auto written = [=] { return Digest(to, bytes); };
   Case("concat_list", name, bytes)
-      .Ours([=] { return veksConcatC_8u_D2L(strings->data(), lengths->data(), kCount, ',', to); },
-            written)
+      .Ours(
+          [=] {
+            return veksConcatC_8u_D2L(list->strings.data(), list->lengths.data(),
+                                      static_cast<int32_t>(count), ',', to);
+          },
+          written)
       .Peer(
           "memcpy",
           [=] {
             uint8_t* p = to;
-            for (size_t i = 0; i < kCount; ++i) {
+            for (size_t i = 0; i < count; ++i) {
               if (i > 0) {
                 *p++ = ',';
               }
-              const auto length = static_cast<size_t>((*lengths)[i]);
-              memcpy(p, (*strings)[i], length);
+              const auto length = static_cast<size_t>(list->lengths[i]);
+              memcpy(p, list->strings[i], length);
               p += length;
             }
             return p - to;
@@ -90,17 +119,41 @@ void RunConcatList(const char* name, int32_t lowest, int32_t highest) {
           "std::string",
           [=] {
             joined->clear();
-            for (size_t i = 0; i < kCount; ++i) {
+            for (size_t i = 0; i < count; ++i) {
               if (i > 0) {
                 joined->push_back(',');
               }
-              joined->append(reinterpret_cast<const char*>((*strings)[i]),
-                             static_cast<size_t>((*lengths)[i]));
+              joined->append(reinterpret_cast<const char*>(list->strings[i]),
+                             static_cast<size_t>(list->lengths[i]));
             }
             return joined->size();
           },
           [=] { return DigestOf(*joined); })
       .Run();
+}
+
+// The same text over and over, in lengths that follow no pattern.
+void RunConcatLengths(const char* name, int32_t lowest, int32_t highest) {
+  constexpr size_t kCount = 64;
+  const Input text = RandomLetters(highest);
+  const auto list = std::make_shared<StringList>();
+  list->strings.assign(kCount, text.data());
+  list->lengths = RandomLengths(kCount, lowest, highest);
+  RunConcatList(name, list);
+}
+
+// The fields of a table, joined again.
+void RunConcatCsv(int64_t bytes) {
+  const Input csv = Csv(bytes);
+  const auto list = std::make_shared<StringList>();
+  const std::string_view text = csv.view();
+  for (size_t from = 0; from < text.size();) {
+    const size_t end = std::min(text.find(',', from), text.size());
+    list->strings.push_back(csv.data() + from);
+    list->lengths.push_back(static_cast<int32_t>(end - from));
+    from = end + 1;
+  }
+  RunConcatList("CSV", list);
 }
 
 // A text of eight bytes in the middle, into a copy.
@@ -221,14 +274,19 @@ void RunReplace(const char* name, int64_t bytes, int64_t offset) {
 }
 
 // A line of fields of up to `longest` bytes.
-void RunSplit(const char* name, int64_t bytes, int32_t longest) {
-  const Input source = RandomLetters(bytes);
+Input Fields(int64_t bytes, int32_t longest) {
+  Input source = RandomLetters(bytes);
   for (int64_t i = 0; i < bytes; ++i) {
     i += RandomLengths(static_cast<size_t>(i % 64 + 1), 0, longest).back();
     if (i < bytes) {
       source.data()[i] = ',';
     }
   }
+  return source;
+}
+
+void RunSplit(const char* name, const Input& source, int32_t longest) {
+  const int64_t bytes = source.length();
   const auto slots = static_cast<size_t>(bytes);
   const Input room(bytes);
   const auto pointers = std::make_shared<std::vector<uint8_t*>>(slots);
@@ -267,9 +325,11 @@ const Family kEdit([] {
   for (const int64_t bytes : kSizes) {
     RunConcat(bytes);
   }
-  RunConcatList("64 of 1 to 16", 1, 16);
-  RunConcatList("64 of 20 to 100", 20, 100);
-  RunConcatList("64 of 500 to 2000", 500, 2000);
+  RunConcatLengths("64 of 1 to 16", 1, 16);
+  RunConcatLengths("64 of 20 to 100", 20, 100);
+  RunConcatLengths("64 of 500 to 2000", 500, 2000);
+  RunConcatCsv(1 << 10);
+  RunConcatCsv(1 << 16);
   for (const int64_t bytes : kSizes) {
     RunInsert(bytes);
   }
@@ -285,10 +345,11 @@ const Family kEdit([] {
   RunReplace("unaligned", 100, 3);
   RunReplace("unaligned", 4096, 3);
   for (const int64_t bytes : {64, 1 << 10, 1 << 16}) {
-    RunSplit("fields to 10", bytes, 10);
-    RunSplit("fields to 60", bytes, 60);
+    RunSplit("fields to 10", Fields(bytes, 10), 10);
+    RunSplit("fields to 60", Fields(bytes, 60), 60);
+    RunSplit("CSV", Csv(bytes), 60);
   }
-  RunSplit("fields to 1000", 1 << 16, 1000);
+  RunSplit("fields to 1000", Fields(1 << 16, 1000), 1000);
 });
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include "vekch/edit.h"
 
 #include "frame/checks.h"
-#include "strings/kernels/find_kernels.h"
+#include "strings/kernels/delimiters.h"
 #include "strings/kernels/piece.h"
 
 namespace vekch {
@@ -12,6 +12,7 @@ namespace {
 using kernels::AreShort;
 using kernels::CacheAnswer;
 using kernels::CopyPiece;
+using kernels::CopyVaried;
 using kernels::MovePiece;
 using kernels::MoveShort;
 
@@ -51,7 +52,7 @@ VEK_INLINE vekStatus ConcatList(const uint8_t* const* strings, const int32_t* le
     if (kDelimiter == Delimiter::kBetween && i > 0) {
       *destination++ = delimiter;
     }
-    CopyPiece(string, destination, length, &cache);
+    CopyVaried(string, destination, length, &cache);
     destination += length;
   }
   return StatusNoError;
@@ -160,17 +161,35 @@ struct ReplaceByte {
   }
 };
 
-// Most pieces end within the next 16 bytes.
-VEK_INLINE int32_t FindDelimiter(const uint8_t* source, int32_t length, uint8_t delimiter) {
-  using namespace kernels;
-  if (length <= kBlock) {
-    return FindByte(source, length, delimiter);
+VEK_INLINE vekStatus Split(const uint8_t* source, int32_t sourceLength, uint8_t delimiter,
+                           uint8_t* const* destinations, int32_t* lengths, int32_t* count) {
+  const int32_t slots = *count;
+  vekStatus status = StatusNoError;
+  kernels::Delimiters delimiters(source, sourceLength, delimiter);
+  CacheAnswer cache;
+  int32_t from = 0;
+  int32_t i = 0;
+  // The end is tested first: slots that stay unused are not looked at.
+  for (; i < slots && from < sourceLength; ++i) {
+    const int32_t capacity = lengths[i];
+    if (destinations[i] == nullptr) {
+      return StatusNullPointer;
+    }
+    if (capacity < 0) {
+      return StatusLengthError;
+    }
+    const int32_t end = delimiters.Next();
+    int32_t piece = end - from;
+    if (piece > capacity) {
+      piece = capacity;  // the tail is dropped, not carried over
+      status = StatusDestinationTruncated;
+    }
+    lengths[i] = piece;
+    CopyVaried(source + from, destinations[i], piece, &cache);
+    from = end == sourceLength ? end : end + 1;
   }
-  if (const uint32_t bits = LaneBits(LoadAny(source) == Splat(delimiter)); bits != 0) {
-    return LowestBit(bits);
-  }
-  const int32_t found = FindByte(source + kBlock, length - kBlock, delimiter);
-  return found < 0 ? found : kBlock + found;
+  *count = i;
+  return i == slots && from < sourceLength ? StatusDestinationsExhausted : status;
 }
 
 }  // namespace
@@ -298,31 +317,9 @@ VEK_KERNEL vekStatus veksSplitC_8u_D2L(const uint8_t* source, int32_t sourceLeng
   if (*count < 1) {
     return StatusSizeError;
   }
-  vekStatus status = StatusNoError;
-  int32_t rest = sourceLength;
-  int32_t i = 0;
-  // The end is tested first: slots that stay unused are not looked at.
-  for (; i < *count && rest > 0; ++i) {
-    const int32_t capacity = lengths[i];
-    if (destinations[i] == nullptr) {
-      return StatusNullPointer;
-    }
-    if (capacity < 0) {
-      return StatusLengthError;
-    }
-    const int32_t found = vekch::FindDelimiter(source, rest, delimiter);
-    int32_t piece = found < 0 ? rest : found;
-    const int32_t step = found < 0 ? rest : found + 1;
-    if (piece > capacity) {
-      piece = capacity;  // the tail is dropped, not carried over
-      status = StatusDestinationTruncated;
-    }
-    lengths[i] = piece;
-    vekch::CopyPiece(source, destinations[i], piece);
-    source += step;
-    rest -= step;
+  if (sourceLength == 0) {
+    *count = 0;
+    return StatusNoError;
   }
-  const bool exhausted = i == *count && rest > 0;
-  *count = i;
-  return exhausted ? StatusDestinationsExhausted : status;
+  return vekch::Split(source, sourceLength, delimiter, destinations, lengths, count);
 }

@@ -48,6 +48,24 @@ VEK_INLINE void MoveFew(const uint8_t* source, uint8_t* destination, ptrdiff_t l
   }
 }
 
+// The same for pieces whose lengths vary, as in lists: four words that meet or overlap serve 4 to
+// 15 bytes alike, where a branch for each size would be guessed wrong.
+VEK_INLINE void MoveFewVaried(const uint8_t* source, uint8_t* destination, ptrdiff_t length) {
+  if (length < 4) {
+    return MoveFew(source, destination, length);
+  }
+  const ptrdiff_t inner = (length & 8) >> 1;
+  const ptrdiff_t tail = length - 4;
+  const auto w0 = LoadWord<uint32_t>(source);
+  const auto w1 = LoadWord<uint32_t>(source + inner);
+  const auto w2 = LoadWord<uint32_t>(source + tail - inner);
+  const auto w3 = LoadWord<uint32_t>(source + tail);
+  StoreWord(destination, w0);
+  StoreWord(destination + inner, w1);
+  StoreWord(destination + tail - inner, w2);
+  StoreWord(destination + tail, w3);
+}
+
 // From 129 to 256 bytes, in all 16 registers.
 VEK_INLINE void MoveGroups(const uint8_t* source, uint8_t* destination, ptrdiff_t length) {
   const ptrdiff_t tail = length - 2 * kGroup;
@@ -93,6 +111,16 @@ VEK_INLINE void CopyPiece(const uint8_t* source, uint8_t* destination, int32_t l
     MovePiece(source, destination, length);
   } else {
     Copy(source, destination, length, cache);
+  }
+}
+
+// Any piece of a list.
+VEK_INLINE void CopyVaried(const uint8_t* source, uint8_t* destination, int32_t length,
+                           CacheAnswer* cache) {
+  if (length < kBlock) {
+    MoveFewVaried(source, destination, length);
+  } else {
+    CopyPiece(source, destination, length, cache);
   }
 }
 
