@@ -1,26 +1,26 @@
 // The conversions: argument checks and empty texts, in front of the kernels.
 
 #include "frame/checks.h"
+#include "strings/kernels/block.h"
 #include "unicode/utf_kernels.h"
 #include "vekch/utf.h"
 
 namespace vekch {
 namespace {
 
-template <class From, class To>
-inline vekStatus CheckedConvert(const From* source, int32_t* sourceLength, To* destination,
-                                int32_t* destinationLength, kernels::ConvertKernel kernel) {
+template <class From, class To, class Kernel>
+VEK_INLINE vekStatus CheckedConvert(const From* source, int32_t* sourceLength, To* destination,
+                                    int32_t* destinationLength, Kernel kernel) {
   if (AnyNull(source, sourceLength, destination, destinationLength)) {
     return StatusNullPointer;
   }
-  kernels::Converted done = {0, 0};
-  if (*sourceLength > 0 && *destinationLength > 0) {
-    done = kernel(reinterpret_cast<const uint8_t*>(source), *sourceLength,
-                  reinterpret_cast<uint8_t*>(destination), *destinationLength);
+  if (*sourceLength <= 0 || *destinationLength <= 0) {
+    *sourceLength = 0;
+    *destinationLength = 0;
+    return StatusNoError;
   }
-  *sourceLength = done.read;
-  *destinationLength = done.written;
-  return StatusNoError;
+  return kernel(reinterpret_cast<const uint8_t*>(source), sourceLength,
+                reinterpret_cast<uint8_t*>(destination), destinationLength);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #ifndef VEKCH_UNICODE_CURSOR_H
 #define VEKCH_UNICODE_CURSOR_H
 
-#include "strings/kernels/transform.h"
+#include "strings/kernels/block.h"
 
 namespace vekch::kernels {
 
@@ -22,25 +22,6 @@ struct Cursor {
     to += written;
   }
 };
-
-// Runs step(Cursor&), which makes up to 32 bytes and may store more than it makes, beside the
-// destination, then copies what it made. Returns what the step returns; a step that returns false
-// has made nothing.
-template <class Step>
-VEK_INLINE bool RunAside(Cursor& at, Step step) {
-  uint8_t made[2 * kBlock];
-  Cursor aside = {at.from, at.fromEnd, made, made + sizeof made};
-  if (!step(aside)) {
-    return false;
-  }
-  const auto size = static_cast<int32_t>(aside.to - made);
-  if (size > 2 * kBlock) {
-    __builtin_unreachable();
-  }
-  TransformShort(made, at.to, size, Same{});
-  at.Advance(aside.from - at.from, size);
-  return true;
-}
 
 constexpr ptrdiff_t kUnit = 2;  // bytes
 

@@ -14,8 +14,8 @@
 //   110111ccccdddddd             10bbcccc 10dddddd
 //
 // The last store of a step reaches up to three bytes beyond its characters. That is harmless where
-// the text still to come must fill them; elsewhere a step works beside the destination and only
-// what it made is copied.
+// the text still to come must fill them; where little is left, units are taken one by one. (Steps
+// that work beside the destination, with a copy of what they made, took longer than that.)
 
 #include "strings/kernels/lanes.h"
 #include "unicode/cursor.h"
@@ -168,10 +168,17 @@ struct UnitBytes {
   Units lengths;
 };
 
+// The first two of three bytes, and the third.
+VEK_INLINE Units LongBytes(Units units) {
+  return (units >> 12) | ((units << 2) & SplatUnit(0x3F00)) | SplatUnit(0x80E0);
+}
+
+VEK_INLINE Units ThirdBytes(Units units) { return (units & SplatUnit(0x3F)) | SplatUnit(0x80); }
+
 VEK_INLINE UnitBytes BytesOfUnits(Units units) {
   const Units ascii = IsAscii(units);
   const Units isShort = IsShort(units);
-  const Units three = (units >> 12) | ((units << 2) & SplatUnit(0x3F00)) | SplatUnit(0x80E0);
+  const Units three = LongBytes(units);
   return {Select(ascii, units, Select(isShort, ShortBytes(units), three)),
           SplatUnit(3) + isShort + ascii};
 }
@@ -198,7 +205,7 @@ VEK_INLINE void StoreFourUnits(uint8_t* to, Units bytes, uint64_t ends) {
 }
 
 VEK_INLINE void StoreBytes(Cursor& at, Units units, const UnitBytes& bytes, int count) {
-  const Units third = (units & SplatUnit(0x3F)) | SplatUnit(0x80);
+  const Units third = ThirdBytes(units);
   const uint64_t ends = Ends(bytes.lengths);
   StoreFourUnits(at.to, InterleaveLow(bytes.firstTwo, third), ends);
   // The second four count from the end of the first.
@@ -225,10 +232,36 @@ VEK_INLINE bool ConvertPairs(Cursor& at, Units units) {
   return true;
 }
 
+// Twelve bytes from four lanes of three, whose fourth byte is zero; four more are stored.
+VEK_INLINE void StoreFourOfThree(uint8_t* to, Units lanes) {
+  const Halves halves = As<Halves>(lanes);
+  const Halves six =
+      (halves & SplatHalf(0x0000000000FFFFFF)) | ((halves >> 8) & SplatHalf(0x0000FFFFFF000000));
+  StoreLowHalf(to, six);
+  StoreHighHalf(to + 6, six);
+}
+
+// Units that make three bytes each, as in East Asian text; false if another is among them.
+VEK_INLINE bool ConvertThrees(Cursor& at, Units units) {
+  const Units range = units & SplatUnit(0xF800);
+  if (LaneBits((range == SplatUnit(0)) | (range == SplatUnit(0xD800))) != 0) {
+    return false;
+  }
+  const Units firstTwo = LongBytes(units);
+  const Units third = ThirdBytes(units);
+  StoreFourOfThree(at.to, InterleaveLow(firstTwo, third));
+  StoreFourOfThree(at.to + 12, InterleaveHigh(firstTwo, third));
+  at.Advance(kBlock, kStepRoom);
+  return true;
+}
+
 // One step on 8 units; false where it needs the rule for one character.
 VEK_INLINE bool ConvertBlock(Cursor& at, Units units) {
   if (All(IsShort(units))) {
     ConvertShort(at, units);
+    return true;
+  }
+  if (ConvertThrees(at, units)) {
     return true;
   }
   if (LaneBits((units & SplatUnit(0xF800)) == SplatUnit(0xD800)) != 0) {
@@ -253,55 +286,204 @@ VEK_INLINE void ConvertDirectly(Cursor& at) {
   }
 }
 
+// ---- The rest, where the destination has room for whatever it makes.
+
+// The characters that begin in front of `stop`.
 template <bool kSwapped>
-VEK_INLINE void ConvertAside(Cursor& at) {
-  while (at.Left() >= kBlock && at.Room() >= kStepRoom) {
-    const Units units = LoadUnits<kSwapped>(at.from);
-    if (All(IsAscii(units))) {
-      StoreLowHalf(at.to, Narrow(units, units));
-      at.Advance(kBlock, kStepUnits);
-    } else if (!RunAside(at, [=](Cursor& aside) { return ConvertBlock(aside, units); })) {
-      ConvertCharacters<kSwapped>(at, at.from + kBlock);
+VEK_INLINE void ConvertFreely(Cursor& at, const uint8_t* stop) {
+  while (at.from < stop) {
+    const uint32_t unit = LoadUnit<kSwapped>(at.from);
+    if (unit < 0x80) {
+      *at.to = static_cast<uint8_t>(unit);
+      at.Advance(kUnit, 1);
+    } else if (unit < 0x800) {
+      StoreCharacter(at.to, unit, 2);
+      at.Advance(kUnit, 2);
+    } else if (IsHighSurrogate(unit)) {
+      ConvertCharacter<kSwapped>(at);
+    } else {
+      StoreCharacter(at.to, unit, 3);
+      at.Advance(kUnit, 3);
     }
   }
 }
 
-// What the steps leave: up to 7 units, or more with little room.
+// The rest of a text that has eight units in all, eight units a step. The last step reaches back
+// over units that are converted already: where all of it is ASCII, so were they, and their bytes
+// stay the same.
 template <bool kSwapped>
 VEK_INLINE void ConvertRest(Cursor& at) {
-  while (at.Left() >= kBlock && at.Room() >= kStepUnits) {
+  while (at.Left() >= kBlock) {
     const Units units = LoadUnits<kSwapped>(at.from);
     if (All(IsAscii(units))) {
       StoreLowHalf(at.to, Narrow(units, units));
       at.Advance(kBlock, kStepUnits);
-    } else if (!ConvertCharacters<kSwapped>(at, at.from + kBlock)) {
+    } else {
+      ConvertFreely<kSwapped>(at, at.from + kBlock);
+    }
+  }
+  const ptrdiff_t count = at.Left() / kUnit;
+  if (count >= 2) {
+    const Units units = LoadUnits<kSwapped>(at.fromEnd - kBlock);
+    if (All(IsAscii(units))) {
+      StoreLowHalf(at.to + count - kStepUnits, Narrow(units, units));
+      at.Advance(at.Left(), count);
       return;
     }
   }
-  ConvertCharacters<kSwapped>(at, at.fromEnd);
+  ConvertFreely<kSwapped>(at, at.fromEnd);
+}
+
+// ---- Short texts of ASCII; false where it isn't.
+
+// 8 to 16 units, by two blocks that overlap.
+template <bool kSwapped>
+VEK_INLINE bool ConvertAsciiBlocks(Cursor& at) {
+  const Units first = LoadUnits<kSwapped>(at.from);
+  const Units last = LoadUnits<kSwapped>(at.fromEnd - kBlock);
+  if (!All(IsAscii(first | last))) {
+    return false;
+  }
+  const ptrdiff_t count = at.Left() / kUnit;
+  const Block bytes = Narrow(first, last);
+  StoreLowHalf(at.to, bytes);
+  StoreHighHalf(at.to + count - kStepUnits, bytes);
+  at.Advance(at.Left(), count);
+  return true;
+}
+
+// 4 to 7 units, by two halves that overlap.
+template <bool kSwapped>
+VEK_INLINE bool ConvertAsciiHalves(Cursor& at) {
+  const Block ends = LowHalves(LoadHalf(at.from), LoadHalf(at.fromEnd - kBlock / 2));
+  const Units units = kSwapped ? SwapBytes(As<Units>(ends)) : As<Units>(ends);
+  if (!All(IsAscii(units))) {
+    return false;
+  }
+  const uint64_t bytes = LowHalf(Narrow(units, units));
+  const ptrdiff_t count = at.Left() / kUnit;
+  StoreWord(at.to, static_cast<uint32_t>(bytes));
+  StoreWord(at.to + count - 4, static_cast<uint32_t>(bytes >> 32));
+  at.Advance(at.Left(), count);
+  return true;
+}
+
+// 1 to 3 units, of which the middle one may be the first or the last.
+template <bool kSwapped>
+VEK_INLINE bool ConvertAsciiThree(Cursor& at) {
+  const ptrdiff_t count = at.Left() / kUnit;
+  const ptrdiff_t inner = count >> 1;
+  const uint32_t first = LoadUnit<kSwapped>(at.from);
+  const uint32_t middle = LoadUnit<kSwapped>(at.from + kUnit * inner);
+  const uint32_t last = LoadUnit<kSwapped>(at.fromEnd - kUnit);
+  if ((first | middle | last) >= 0x80) {
+    return false;
+  }
+  at.to[0] = static_cast<uint8_t>(first);
+  at.to[inner] = static_cast<uint8_t>(middle);
+  at.to[count - 1] = static_cast<uint8_t>(last);
+  at.Advance(at.Left(), count);
+  return true;
 }
 
 template <bool kSwapped>
-VEK_INLINE Converted Convert(const uint8_t* source, int32_t length, uint8_t* destination,
+VEK_INLINE bool ConvertShortAscii(Cursor& at) {
+  return at.Left() < kBlock / 2 ? ConvertAsciiThree<kSwapped>(at)
+         : at.Left() < kBlock   ? ConvertAsciiHalves<kSwapped>(at)
+                                : ConvertAsciiBlocks<kSwapped>(at);
+}
+
+// ---- All together.
+
+constexpr int64_t kMostBytes = 3;  // that a unit makes
+
+VEK_INLINE Cursor MakeCursor(const uint8_t* source, int32_t length, uint8_t* destination,
                              int32_t capacity) {
-  Cursor at = {source, source + kUnit * length, destination, destination + capacity};
+  return {source, source + kUnit * length, destination, destination + capacity};
+}
+
+VEK_INLINE vekStatus Report(const Cursor& at, const uint8_t* source, int32_t* length,
+                            const uint8_t* destination, int32_t* capacity) {
+  *length = static_cast<int32_t>((at.from - source) / kUnit);
+  *capacity = static_cast<int32_t>(at.to - destination);
+  return StatusNoError;
+}
+
+VEK_INLINE bool IsShortText(int32_t length, int32_t capacity) {
+  return length < kStepUnits + kSurplus && capacity >= length * kMostBytes;
+}
+
+template <bool kSwapped>
+VEK_INLINE vekStatus ConvertText(const uint8_t* source, int32_t* length, uint8_t* destination,
+                                 int32_t* capacity) {
+  Cursor at = MakeCursor(source, *length, destination, *capacity);
   ConvertDirectly<kSwapped>(at);
-  ConvertAside<kSwapped>(at);
-  ConvertRest<kSwapped>(at);
-  return {static_cast<int32_t>((at.from - source) / kUnit),
-          static_cast<int32_t>(at.to - destination)};
+  if (*length >= kStepUnits && at.Room() >= at.Left() / kUnit * kMostBytes) {
+    ConvertRest<kSwapped>(at);
+  } else {
+    ConvertCharacters<kSwapped>(at, at.fromEnd);
+  }
+  return Report(at, source, length, destination, capacity);
+}
+
+template <bool kSwapped>
+VEK_INLINE vekStatus ConvertShortText(const uint8_t* source, int32_t* length, uint8_t* destination,
+                                      int32_t* capacity) {
+  Cursor at = MakeCursor(source, *length, destination, *capacity);
+  ConvertFreely<kSwapped>(at, at.fromEnd);
+  return Report(at, source, length, destination, capacity);
+}
+
+VEK_KERNEL __attribute__((noinline)) vekStatus ConvertShortNative(const uint8_t* source,
+                                                                  int32_t* length,
+                                                                  uint8_t* destination,
+                                                                  int32_t* capacity) {
+  return ConvertShortText<false>(source, length, destination, capacity);
+}
+
+VEK_KERNEL __attribute__((noinline)) vekStatus ConvertShortSwapped(const uint8_t* source,
+                                                                   int32_t* length,
+                                                                   uint8_t* destination,
+                                                                   int32_t* capacity) {
+  return ConvertShortText<true>(source, length, destination, capacity);
+}
+
+VEK_KERNEL __attribute__((noinline)) vekStatus ConvertNative(const uint8_t* source, int32_t* length,
+                                                             uint8_t* destination,
+                                                             int32_t* capacity) {
+  return ConvertText<false>(source, length, destination, capacity);
+}
+
+VEK_KERNEL __attribute__((noinline)) vekStatus ConvertSwapped(const uint8_t* source,
+                                                              int32_t* length, uint8_t* destination,
+                                                              int32_t* capacity) {
+  return ConvertText<true>(source, length, destination, capacity);
+}
+
+// Short ASCII needs no more than the registers that a call may change.
+template <bool kSwapped, class Text>
+VEK_INLINE vekStatus Convert(const uint8_t* source, int32_t* length, uint8_t* destination,
+                             int32_t* capacity, Text convertShort, Text convertLong) {
+  if (*length <= 2 * kStepUnits && *capacity >= *length) {
+    Cursor at = MakeCursor(source, *length, destination, *capacity);
+    if (ConvertShortAscii<kSwapped>(at)) {
+      return Report(at, source, length, destination, capacity);
+    }
+  }
+  return IsShortText(*length, *capacity) ? convertShort(source, length, destination, capacity)
+                                         : convertLong(source, length, destination, capacity);
 }
 
 }  // namespace
 
-VEK_KERNEL Converted Utf16ToUtf8(const uint8_t* source, int32_t length, uint8_t* destination,
-                                 int32_t capacity) {
-  return Convert<false>(source, length, destination, capacity);
+VEK_KERNEL vekStatus Utf16ToUtf8(const uint8_t* source, int32_t* length, uint8_t* destination,
+                                 int32_t* capacity) {
+  return Convert<false>(source, length, destination, capacity, ConvertShortNative, ConvertNative);
 }
 
-VEK_KERNEL Converted Utf16SwappedToUtf8(const uint8_t* source, int32_t length, uint8_t* destination,
-                                        int32_t capacity) {
-  return Convert<true>(source, length, destination, capacity);
+VEK_KERNEL vekStatus Utf16SwappedToUtf8(const uint8_t* source, int32_t* length,
+                                        uint8_t* destination, int32_t* capacity) {
+  return Convert<true>(source, length, destination, capacity, ConvertShortSwapped, ConvertSwapped);
 }
 
 }  // namespace vekch::kernels

@@ -1,20 +1,15 @@
-// UTF-8 to UTF-16. Far from both ends 16 bytes are taken a step, whatever mix of well-formed
-// characters they hold; near the ends, and where a step meets anything else, one character at a
-// time by the common reading rule.
+// UTF-8 to UTF-16. Far from both ends 16 bytes are taken a step where they are ASCII, or ASCII and
+// well-formed characters of two bytes, and 24 where they are eight of three bytes; all else, and
+// what is near the ends, is taken one character at a time, by the common reading rule where it is
+// not well-formed.
 //
-// There is no instruction here that moves bytes freely, so a step goes without: it computes a unit
-// at every byte as if the byte were the one that its character's unit stands at, then packs those
-// that really are. Which byte that is, is chosen so that one formula serves:
-//
-//   bytes                                   unit at    its low byte   its high byte
-//   0xxxxxxx                                first      xxxxxxx        0
-//   110aaabb 10cccccc                       first      bbcccccc       00000aaa
-//   1110aaaa 10bbbbcc 10dddddd              second     ccdddddd       aaaabbbb
-//   11110aaa 10bbcccc 10ddeeff 10gggggg     second     (high surrogate, see HighSurrogates)
-//                                           third      ffgggggg       110111ee
+// There is no instruction here that moves bytes freely, so a step on a mix goes without: it
+// computes a unit at every byte as if the byte were the first of its character, then packs those
+// that are.
 //
 // A step stores up to four units more than it makes. That is harmless where the text still to come
-// must fill them; elsewhere a step works beside the destination and only what it made is copied.
+// must fill them; where little is left, characters are taken one by one. (Steps that work beside
+// the destination, with a copy of what they made, took longer than that.)
 
 #include "strings/kernels/byte_range.h"
 #include "strings/kernels/lanes.h"
@@ -33,21 +28,32 @@ constexpr ptrdiff_t kDirectSource = kBlock + 12;
 
 // ---- One character.
 
+// A value above 0xFFFF; one above 0x10FFFF loses its upper bits. In swapped order the pair comes
+// low first, and its bytes are not swapped; and it is written whole also where one unit of room is
+// left.
+template <bool kSwapped>
+VEK_INLINE void StorePair(uint8_t* to, uint32_t value) {
+  const uint32_t high = 0xD800 + (((value - 0x10000) >> 10) & 0x3FF);
+  const uint32_t low = 0xDC00 + (value & 0x3FF);
+  StoreWord<uint32_t>(to, kSwapped ? low | (high << 16) : high | (low << 16));
+}
+
+// Out of line, as few characters need it.
+VEK_KERNEL __attribute__((noinline)) Utf8Character ReadByRule(const uint8_t* p,
+                                                              const uint8_t* end) {
+  return ReadUtf8(p, end);
+}
+
 template <bool kSwapped>
 VEK_INLINE void ConvertCharacter(Cursor& at) {
-  const Utf8Character character = ReadUtf8(at.from, at.fromEnd);
+  const Utf8Character character = ReadByRule(at.from, at.fromEnd);
   if (character.value <= 0xFFFF) {
     StoreUnit<kSwapped>(at.to, character.value);
     at.Advance(character.length, kUnit);
-    return;
+  } else {
+    StorePair<kSwapped>(at.to, character.value);
+    at.Advance(character.length, 2 * kUnit);
   }
-  // Values above 0x10FFFF lose their upper bits here.
-  const uint32_t high = 0xD800 + (((character.value - 0x10000) >> 10) & 0x3FF);
-  const uint32_t low = 0xDC00 + (character.value & 0x3FF);
-  // In swapped order the pair comes low first, and its bytes are not swapped; and it is written
-  // whole also where one unit of room is left.
-  StoreWord<uint32_t>(at.to, kSwapped ? low | (high << 16) : high | (low << 16));
-  at.Advance(character.length, 2 * kUnit);
 }
 
 // The characters that begin in front of `stop`, as far as there is room.
@@ -167,121 +173,33 @@ VEK_INLINE uint8_t* StoreKept(uint8_t* to, Halves units, uint32_t kept) {
   return to + second.bytes;
 }
 
-// ---- A mix of well-formed characters of up to kLongest bytes.
+// ---- A mix of ASCII and well-formed characters of two bytes.
 
-// The lanes of the first bytes of characters of two, three and four bytes.
-struct Leads {
-  Block two;
-  Block three;
-  Block four;
-};
-
-template <int kLongest>
-VEK_INLINE Leads FindLeads(Block bytes) {
-  return {InRange(bytes, MakeRange(0xC2, 0xDF)),
-          kLongest >= 3 ? InRange(bytes, MakeRange(0xE0, 0xEF)) : ZeroBlock(),
-          kLongest >= 4 ? InRange(bytes, MakeRange(0xF0, 0xF7)) : ZeroBlock()};
-}
-
-// The same as bits, with all other bytes of interest.
-struct ByteKinds {
-  uint32_t ascii;
-  uint32_t two;
-  uint32_t three;
-  uint32_t four;
-  uint32_t continuation;
-};
-
-template <int kLongest>
-VEK_INLINE ByteKinds KindsOfBytes(Block bytes, const Leads& leads) {
-  return {LaneBits(bytes) ^ 0xFFFF, LaneBits(leads.two), kLongest >= 3 ? LaneBits(leads.three) : 0,
-          kLongest >= 4 ? LaneBits(leads.four) : 0, LaneBits(SignedBelow(bytes, Splat(0xC0)))};
-}
-
-// Whether every byte has its place in a character; what stands behind the block is not looked at.
-VEK_INLINE bool WellPlaced(const ByteKinds& kinds) {
-  const uint32_t lead = kinds.two | kinds.three | kinds.four;
-  const uint32_t due = (lead << 1) | ((kinds.three | kinds.four) << 2) | (kinds.four << 3);
-  return (((due ^ kinds.continuation) & 0xFFFF) |
-          (kinds.ascii ^ lead ^ kinds.continuation ^ 0xFFFF)) == 0;
-}
-
-// The bytes that units stand at, of the characters that the block's end does not cut.
-VEK_INLINE uint32_t KeptBytes(const ByteKinds& kinds) {
-  const uint32_t four = kinds.four & 0x1FFF;
-  return kinds.ascii | (kinds.two & 0x7FFF) | ((kinds.three & 0x3FFF) << 1) | (four << 1) |
-         (four << 2);
-}
-
-// Bytes of a well-formed block up to the character, if any, that the block's end cuts. Looked up in
-// memory again, not in the bits, since the next step waits for it.
-template <int kLongest>
-VEK_INLINE int32_t WholeCharacters(const uint8_t* p) {
-  int32_t length = kBlock - static_cast<int32_t>(p[15] >= 0xC0);
-  if constexpr (kLongest >= 3) {
-    length -= 2 * static_cast<int32_t>(p[14] >= 0xE0);
-  }
-  if constexpr (kLongest >= 4) {
-    length -= 3 * static_cast<int32_t>(p[13] >= 0xF0);
-  }
-  return length;
-}
-
-// The units at all bytes, of which those at the kept bytes count, and the bytes at which an
-// overlong form of three or four bytes shows.
-struct FoundUnits {
-  UnitBytes units;
-  Block overlong;
-};
-
-// The high surrogates, at the second bytes of four. The subtraction of 0x10000 from the value is
-// one of 1 from aaabb, which must not be 0:
-//
-//   11110aaa 10bbcccc 10dd....    high byte 110110aa, from aaabb - 1
-//                                 low byte  bbccccdd, less 0x40
-VEK_INLINE FoundUnits HighSurrogates(Block bytes, Block seconds) {
-  const Block borrow = (bytes & Splat(0x30)) == ZeroBlock();  // all ones, that is -1
-  const Block upper = (LanesUp<1>(bytes) & Splat(0x07)) + borrow;
-  return {{(BitsUp<2>(bytes) + Splat(0xC0)) | (BitsDown<4>(LanesDown<1>(bytes)) & Splat(0x03)),
-           (upper & Splat(0x03)) | Splat(0xD8)},
-          SignedBelow(upper & seconds, ZeroBlock())};
-}
-
-template <int kLongest>
-VEK_INLINE FoundUnits FindUnits(Block bytes, const Leads& leads) {
+// The units at all bytes, of which those at first bytes count: 110aaabb 10cccccc gives bbcccccc and
+// 00000aaa.
+VEK_INLINE UnitBytes UnitsOfTwos(Block bytes, Block leads) {
   const Block low = BitsUp<6>(bytes) | (LanesDown<1>(bytes) & Splat(0x3F));
-  const Block high = BitsDown<2>(bytes) & Splat(0x0F);
-  if constexpr (kLongest == 2) {
-    return {{Select(leads.two, low, bytes), high & leads.two}, ZeroBlock()};
-  }
-  const Block middles = LanesUp<1>(leads.three);
-  const Block highOfThree = high | BitsUp<4>(LanesUp<1>(bytes));
-  const Block overlong = middles & ((highOfThree & Splat(0xF8)) == ZeroBlock());
-  const Block highs = (high & leads.two) | (highOfThree & middles);
-  const Block multi = leads.two | middles;
-  if constexpr (kLongest == 3) {
-    return {{Select(multi, low, bytes), highs}, overlong};
-  }
-  const Block seconds = LanesUp<1>(leads.four);
-  const Block thirds = LanesUp<2>(leads.four);
-  const FoundUnits surrogates = HighSurrogates(bytes, seconds);
-  return {{Select(seconds, surrogates.units.low, Select(multi | thirds, low, bytes)),
-           highs | (thirds & (high | Splat(0xDC))) | (seconds & surrogates.units.high)},
-          overlong | surrogates.overlong};
+  const Block high = As<Block>(As<Units>(bytes) >> 2);
+  return {Select(leads, low, bytes), high & leads & Splat(0x07)};
 }
 
-template <bool kSwapped, int kLongest>
-VEK_INLINE bool ConvertMix(Cursor& at, Block bytes) {
-  const Leads leads = FindLeads<kLongest>(bytes);
-  const ByteKinds kinds = KindsOfBytes<kLongest>(bytes, leads);
-  const FoundUnits found = FindUnits<kLongest>(bytes, leads);
-  if (!WellPlaced(kinds) || (kLongest > 2 && LaneBits(found.overlong) != 0)) {
+// False where a byte is neither ASCII nor in its place in a character of two bytes.
+template <bool kSwapped>
+VEK_INLINE bool ConvertTwos(Cursor& at, Block bytes) {
+  const Block leads = InRange(bytes, MakeRange(0xC2, 0xDF));
+  const uint32_t lead = LaneBits(leads);
+  const uint32_t continuation = LaneBits(SignedBelow(bytes, Splat(0xC0)));
+  const uint32_t ascii = LaneBits(bytes) ^ 0xFFFF;
+  if ((lead ^ continuation ^ ascii) != 0xFFFF || ((lead << 1) & 0xFFFF) != continuation) {
     return false;
   }
-  const uint32_t kept = KeptBytes(kinds);
-  at.to = StoreKept(at.to, As<Halves>(FirstUnits<kSwapped>(found.units)), kept);
-  at.to = StoreKept(at.to, As<Halves>(LastUnits<kSwapped>(found.units)), kept >> 8);
-  at.from += WholeCharacters<kLongest>(at.from);
+  // What stands behind the block is not looked at: a lead at its end waits for the next step. Its
+  // byte is asked in memory again, not in the bits, since the next step waits for the answer.
+  const uint32_t kept = ascii | (lead & 0x7FFF);
+  const UnitBytes units = UnitsOfTwos(bytes, leads);
+  at.to = StoreKept(at.to, As<Halves>(FirstUnits<kSwapped>(units)), kept);
+  at.to = StoreKept(at.to, As<Halves>(LastUnits<kSwapped>(units)), kept >> 8);
+  at.from += kBlock - static_cast<ptrdiff_t>(at.from[kBlock - 1] >= 0xC0);
   return true;
 }
 
@@ -332,85 +250,285 @@ VEK_INLINE bool ConvertThreeByteRun(Cursor& at) {
   return any;
 }
 
-// ---- All together.
+// ---- One by one, where the destination has a unit of room for every byte.
 
-// One step on 16 bytes that are not all ASCII, or more; false where it needs the rule for one
-// character.
+// Whether bytes, joined after an exclusive-or with 0x80 each, all have the form of a continuation.
+VEK_INLINE bool AllContinue(uint32_t toggled) { return toggled < 0x40; }
+
+// A well-formed character of two to four bytes; false for anything else.
 template <bool kSwapped>
-VEK_INLINE bool ConvertBlock(Cursor& at, Block bytes) {
-  const uint32_t longLeads = LaneBits(InRange(bytes, MakeRange(0xE0, 0xFF)));
-  if (longLeads == 0) {
-    return ConvertMix<kSwapped, 2>(at, bytes);
+VEK_INLINE bool ConvertWellFormed(Cursor& at, uint32_t first) {
+  const uint8_t* const p = at.from;
+  const ptrdiff_t left = at.Left();
+  if (left < 2) {
+    return false;
   }
-  constexpr uint32_t kEveryThird = 0x1249;
-  if ((longLeads & 0x7FFF) == kEveryThird && ConvertThreeByteRun<kSwapped>(at)) {
+  const uint32_t second = p[1] ^ 0x80U;
+  if (first < 0xE0) {
+    if (first < 0xC2 || !AllContinue(second)) {
+      return false;
+    }
+    StoreUnit<kSwapped>(at.to, (first & 0x1F) << 6 | second);
+    at.Advance(2, kUnit);
     return true;
   }
-  if (LaneBits(InRange(bytes, MakeRange(0xF0, 0xFF))) == 0) {
-    return ConvertMix<kSwapped, 3>(at, bytes);
+  if (left < 3) {
+    return false;
   }
-  // A step of its own for runs of four-byte characters gained nothing: emoji come one to three
-  // among words. Pairs in swapped order, with their own order of units and bytes, are left to the
-  // rule.
-  return !kSwapped && ConvertMix<false, 4>(at, bytes);
+  const uint32_t third = p[2] ^ 0x80U;
+  const uint32_t twoMore = second << 6 | third;
+  if (first < 0xF0) {
+    const uint32_t value = (first & 0x0F) << 12 | twoMore;
+    if (!AllContinue(second | third) || value < 0x800) {
+      return false;
+    }
+    StoreUnit<kSwapped>(at.to, value);
+    at.Advance(3, kUnit);
+    return true;
+  }
+  if (left < 4) {
+    return false;
+  }
+  const uint32_t fourth = p[3] ^ 0x80U;
+  const uint32_t value = (first & 0x07) << 18 | twoMore << 6 | fourth;
+  if (first >= 0xF8 || !AllContinue(second | third | fourth) || value < 0x10000) {
+    return false;
+  }
+  StorePair<kSwapped>(at.to, value);
+  at.Advance(4, 2 * kUnit);
+  return true;
 }
 
-enum class Stores { kDirect, kAside };
+// The characters that begin in front of `stop`.
+template <bool kSwapped>
+VEK_INLINE void ConvertFreely(Cursor& at, const uint8_t* stop) {
+  while (at.from < stop) {
+    const uint32_t first = *at.from;
+    if (first < 0x80) {
+      StoreUnit<kSwapped>(at.to, first);
+      at.Advance(1, kUnit);
+    } else if (!ConvertWellFormed<kSwapped>(at, first)) {
+      ConvertCharacter<kSwapped>(at);
+    }
+  }
+}
 
-template <bool kSwapped, Stores kStores>
+// ---- All together.
+
+// One step on 16 bytes that are not all ASCII, or more. Mixes with characters of three and four
+// bytes are taken one by one: computing a unit at every byte for them too, as for two, took a third
+// longer for four bytes, and for three it kept the runs from being met.
+template <bool kSwapped>
+VEK_INLINE void ConvertBlock(Cursor& at, Block bytes) {
+  const uint8_t first = *at.from;
+  const bool done = first < 0xE0   ? ConvertTwos<kSwapped>(at, bytes)
+                    : first < 0xF0 ? ConvertThreeByteRun<kSwapped>(at)
+                                   : false;
+  if (!done) {
+    ConvertFreely<kSwapped>(at, at.from + kBlock);
+  }
+}
+
+template <bool kSwapped>
 VEK_INLINE void ConvertSteps(Cursor& at) {
-  constexpr bool kDirect = kStores == Stores::kDirect;
-  while (at.Left() >= (kDirect ? kDirectSource : kBlock) && at.Room() >= kStepRoom) {
+  while (at.Left() >= kDirectSource && at.Room() >= kStepRoom) {
     const Block bytes = LoadAny(at.from);
     if (LaneBits(bytes) == 0) {
       StoreAscii<kSwapped>(at.to, bytes);
       at.Advance(kBlock, kStepRoom);
       ConvertAsciiRun<kSwapped>(at);
-      continue;
-    }
-    const auto step = [=](Cursor& cursor) { return ConvertBlock<kSwapped>(cursor, bytes); };
-    if (!(kDirect ? step(at) : RunAside(at, step))) {
-      ConvertCharacters<kSwapped>(at, at.from + kBlock);
+    } else {
+      ConvertBlock<kSwapped>(at, bytes);
     }
   }
 }
 
-// What the steps leave: up to 15 bytes, or more with little room.
+// ---- The rest, where the destination has a unit of room for every byte.
+
+// 8 to 15 bytes, by two halves that overlap; false where they aren't ASCII.
+template <bool kSwapped>
+VEK_INLINE bool ConvertAsciiHalves(Cursor& at) {
+  const Block first = LoadHalf(at.from);
+  const Block last = LoadHalf(at.fromEnd - kBlock / 2);
+  if (LaneBits(first | last) != 0) {
+    return false;
+  }
+  const ptrdiff_t count = at.Left();
+  StoreAny(at.to, FirstUnits<kSwapped>({first, ZeroBlock()}));
+  StoreAny(at.to + kUnit * count - kBlock, FirstUnits<kSwapped>({last, ZeroBlock()}));
+  at.Advance(count, kUnit * count);
+  return true;
+}
+
+// 16 to 32 bytes, by two blocks that overlap.
+template <bool kSwapped>
+VEK_INLINE bool ConvertAsciiBlocks(Cursor& at) {
+  const Block first = LoadAny(at.from);
+  const Block last = LoadAny(at.fromEnd - kBlock);
+  if (LaneBits(first | last) != 0) {
+    return false;
+  }
+  const ptrdiff_t count = at.Left();
+  StoreAscii<kSwapped>(at.to, first);
+  StoreAscii<kSwapped>(at.to + kUnit * count - kStepRoom, last);
+  at.Advance(count, kUnit * count);
+  return true;
+}
+
+// The same for 4 to 7 bytes.
+template <bool kSwapped>
+VEK_INLINE bool ConvertAsciiFew(Cursor& at) {
+  const Block ends = As<Block>(LoadQuads(at.from, at.fromEnd - 4));
+  if (LaneBits(ends) != 0) {
+    return false;
+  }
+  const ptrdiff_t count = at.Left();
+  const Block units = FirstUnits<kSwapped>({ends, ZeroBlock()});
+  StoreLowHalf(at.to, units);
+  StoreHighHalf(at.to + kUnit * count - kBlock / 2, units);
+  at.Advance(count, kUnit * count);
+  return true;
+}
+
+// The rest of a text that has 16 bytes in all. The last step reaches back over bytes that
+// are converted already: where all of it is ASCII, so were they, and their units stay the same.
 template <bool kSwapped>
 VEK_INLINE void ConvertRest(Cursor& at) {
-  while (at.Left() >= 8 && at.Room() >= 8 * kUnit) {
-    const Block bytes = LoadHalf(at.from);
+  while (at.Left() >= kBlock) {
+    const Block bytes = LoadAny(at.from);
     if (LaneBits(bytes) == 0) {
-      StoreAny(at.to, FirstUnits<kSwapped>({bytes, ZeroBlock()}));
-      at.Advance(8, 8 * kUnit);
+      StoreAscii<kSwapped>(at.to, bytes);
+      at.Advance(kBlock, kStepRoom);
     } else {
-      ConvertCharacters<kSwapped>(at, at.from + 8);
+      ConvertFreely<kSwapped>(at, at.from + kBlock);
     }
   }
-  ConvertCharacters<kSwapped>(at, at.fromEnd);
+  const ptrdiff_t count = at.Left();
+  if (count >= 4) {
+    const Block bytes = LoadAny(at.fromEnd - kBlock);
+    if (LaneBits(bytes) == 0) {
+      StoreAscii<kSwapped>(at.to + kUnit * count - kStepRoom, bytes);
+      at.Advance(count, kUnit * count);
+      return;
+    }
+  }
+  ConvertFreely<kSwapped>(at, at.fromEnd);
+}
+
+VEK_INLINE Cursor MakeCursor(const uint8_t* source, int32_t length, uint8_t* destination,
+                             int32_t capacity) {
+  return {source, source + length, destination, destination + kUnit * capacity};
+}
+
+VEK_INLINE vekStatus Report(const Cursor& at, const uint8_t* source, int32_t* length,
+                            const uint8_t* destination, int32_t* capacity) {
+  *length = static_cast<int32_t>(at.from - source);
+  *capacity = static_cast<int32_t>((at.to - destination) / kUnit);
+  return StatusNoError;
+}
+
+VEK_INLINE bool IsShortText(int32_t length, int32_t capacity) {
+  return length < kDirectSource && capacity >= length;
 }
 
 template <bool kSwapped>
-VEK_INLINE Converted Convert(const uint8_t* source, int32_t length, uint8_t* destination,
-                             int32_t capacity) {
-  Cursor at = {source, source + length, destination, destination + kUnit * capacity};
-  ConvertSteps<kSwapped, Stores::kDirect>(at);
-  ConvertSteps<kSwapped, Stores::kAside>(at);
-  ConvertRest<kSwapped>(at);
-  return {static_cast<int32_t>(at.from - source),
-          static_cast<int32_t>((at.to - destination) / kUnit)};
+VEK_INLINE vekStatus ConvertText(const uint8_t* source, int32_t* length, uint8_t* destination,
+                                 int32_t* capacity) {
+  Cursor at = MakeCursor(source, *length, destination, *capacity);
+  ConvertSteps<kSwapped>(at);
+  if (*length >= kBlock && at.Room() >= at.Left() * kUnit) {
+    ConvertRest<kSwapped>(at);
+  } else {
+    ConvertCharacters<kSwapped>(at, at.fromEnd);
+  }
+  return Report(at, source, length, destination, capacity);
+}
+
+template <bool kSwapped>
+VEK_INLINE vekStatus ConvertShortText(const uint8_t* source, int32_t* length, uint8_t* destination,
+                                      int32_t* capacity) {
+  Cursor at = MakeCursor(source, *length, destination, *capacity);
+  ConvertFreely<kSwapped>(at, at.fromEnd);
+  return Report(at, source, length, destination, capacity);
+}
+
+VEK_KERNEL __attribute__((noinline)) vekStatus ConvertShortNative(const uint8_t* source,
+                                                                  int32_t* length,
+                                                                  uint8_t* destination,
+                                                                  int32_t* capacity) {
+  return ConvertShortText<false>(source, length, destination, capacity);
+}
+
+VEK_KERNEL __attribute__((noinline)) vekStatus ConvertShortSwapped(const uint8_t* source,
+                                                                   int32_t* length,
+                                                                   uint8_t* destination,
+                                                                   int32_t* capacity) {
+  return ConvertShortText<true>(source, length, destination, capacity);
+}
+
+VEK_KERNEL __attribute__((noinline)) vekStatus ConvertNative(const uint8_t* source, int32_t* length,
+                                                             uint8_t* destination,
+                                                             int32_t* capacity) {
+  return ConvertText<false>(source, length, destination, capacity);
+}
+
+VEK_KERNEL __attribute__((noinline)) vekStatus ConvertSwapped(const uint8_t* source,
+                                                              int32_t* length, uint8_t* destination,
+                                                              int32_t* capacity) {
+  return ConvertText<true>(source, length, destination, capacity);
+}
+
+// ASCII of 1 to 3 bytes, of which the middle one may be the first or the last.
+template <bool kSwapped>
+VEK_INLINE bool ConvertAsciiThree(Cursor& at) {
+  const ptrdiff_t count = at.Left();
+  const uint32_t first = at.from[0];
+  const uint32_t middle = at.from[count >> 1];
+  const uint32_t last = at.from[count - 1];
+  if (((first | middle | last) & 0x80) != 0) {
+    return false;
+  }
+  StoreUnit<kSwapped>(at.to, first);
+  StoreUnit<kSwapped>(at.to + kUnit * (count >> 1), middle);
+  StoreUnit<kSwapped>(at.to + kUnit * (count - 1), last);
+  at.Advance(count, kUnit * count);
+  return true;
+}
+
+// A short text, if it is ASCII.
+template <bool kSwapped>
+VEK_INLINE bool ConvertShortAscii(Cursor& at) {
+  const ptrdiff_t count = at.Left();
+  return count < 4            ? ConvertAsciiThree<kSwapped>(at)
+         : count < kBlock / 2 ? ConvertAsciiFew<kSwapped>(at)
+         : count < kBlock     ? ConvertAsciiHalves<kSwapped>(at)
+                              : ConvertAsciiBlocks<kSwapped>(at);
+}
+
+// Short ASCII needs no more than the registers that a call may change.
+template <bool kSwapped, class Text>
+VEK_INLINE vekStatus Convert(const uint8_t* source, int32_t* length, uint8_t* destination,
+                             int32_t* capacity, Text convertShort, Text convertLong) {
+  if (*length <= 2 * kBlock && *capacity >= *length) {
+    Cursor at = MakeCursor(source, *length, destination, *capacity);
+    if (ConvertShortAscii<kSwapped>(at)) {
+      return Report(at, source, length, destination, capacity);
+    }
+  }
+  return IsShortText(*length, *capacity) ? convertShort(source, length, destination, capacity)
+                                         : convertLong(source, length, destination, capacity);
 }
 
 }  // namespace
 
-VEK_KERNEL Converted Utf8ToUtf16(const uint8_t* source, int32_t length, uint8_t* destination,
-                                 int32_t capacity) {
-  return Convert<false>(source, length, destination, capacity);
+VEK_KERNEL vekStatus Utf8ToUtf16(const uint8_t* source, int32_t* length, uint8_t* destination,
+                                 int32_t* capacity) {
+  return Convert<false>(source, length, destination, capacity, ConvertShortNative, ConvertNative);
 }
 
-VEK_KERNEL Converted Utf8ToUtf16Swapped(const uint8_t* source, int32_t length, uint8_t* destination,
-                                        int32_t capacity) {
-  return Convert<true>(source, length, destination, capacity);
+VEK_KERNEL vekStatus Utf8ToUtf16Swapped(const uint8_t* source, int32_t* length,
+                                        uint8_t* destination, int32_t* capacity) {
+  return Convert<true>(source, length, destination, capacity, ConvertShortSwapped, ConvertSwapped);
 }
 
 }  // namespace vekch::kernels

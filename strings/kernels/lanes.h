@@ -84,6 +84,12 @@ VEK_INLINE Quads MultiplyAdd(Units u, int16_t even, int16_t odd) {
   return {_mm_madd_epi16(u.lanes, _mm_set1_epi32(both))};
 }
 
+// The quads at two places, in the low half.
+VEK_INLINE Quads LoadQuads(const uint8_t* p, const uint8_t* q) {
+  return {_mm_unpacklo_epi32(_mm_cvtsi32_si128(LoadWord<int32_t>(p)),
+                             _mm_cvtsi32_si128(LoadWord<int32_t>(q)))};
+}
+
 // The upper 16 bits of the quads of a, then of those of b.
 VEK_INLINE Units HighUnits(Quads a, Quads b) {
   return {_mm_packs_epi32(_mm_srai_epi32(a.lanes, 16), _mm_srai_epi32(b.lanes, 16))};
