@@ -74,7 +74,7 @@ struct Descriptors {
 };
 
 // The size that the descriptors give, whoever made the processor.
-uint32_t DescribedSize(const uint32_t* registers) {
+VEK_KERNEL uint32_t DescribedSize(const uint32_t* registers) {
   if ((registers[0] & 0xFF) != 1) {
     return kUnknownCache;
   }
