@@ -55,7 +55,7 @@ VEK_KERNEL vekStatus veksCompareIgnoreCaseLatin_8u(const uint8_t* first, const u
   if (AnyNull(first, second, result)) {
     return StatusNullPointer;
   }
-  if (length - 1U < kernels::kBlock - 1) {
+  if (length > 0 && length < kernels::kBlock) {
     *result = kernels::CompareShortIgnoringCase(first, second, length);
     return StatusNoError;
   }
