@@ -33,17 +33,16 @@ VEK_INLINE void Touch(const uint8_t* p) { *static_cast<const volatile uint8_t*>(
 // A processor tells a load from the stores in front of it by the low 12 bits of their addresses at
 // first. Where a destination lies just above its source in these bits, as large buffers that begin
 // on a page do, every load of a walk from the start waits for a store that has nothing to do with
-// it; those of a walk from the end meet none, and take up to a tenth less. A short walk is over
-// before that costs anything.
-constexpr int32_t kFromEndFrom = 4096;
-
-VEK_INLINE bool BetterFromEnd(const uint8_t* source, const uint8_t* destination, int32_t length) {
+// it; those of a walk from the end meet none, and take up to a tenth less.
+VEK_INLINE bool BetterFromEnd(const uint8_t* source, const uint8_t* destination) {
   constexpr uintptr_t kPage = 4096;
   constexpr uintptr_t kNear = 320;
-  return length >= kFromEndFrom &&
-         (reinterpret_cast<uintptr_t>(destination) - reinterpret_cast<uintptr_t>(source)) % kPage <
-             kNear;
+  return (reinterpret_cast<uintptr_t>(destination) - reinterpret_cast<uintptr_t>(source)) % kPage <
+         kNear;
 }
+
+// A shorter walk is over before that costs anything.
+constexpr int32_t kLongCopy = 4096;
 
 // Whole groups of 64 bytes, the last one first; returns the position behind them.
 VEK_INLINE ptrdiff_t CopyGroupsFromEnd(const uint8_t* source, uint8_t* destination,
@@ -60,25 +59,30 @@ VEK_INLINE ptrdiff_t CopyGroupsFromEnd(const uint8_t* source, uint8_t* destinati
 
 VEK_INLINE void CopyThroughCache(const uint8_t* source, uint8_t* destination, int32_t length) {
   const CopiedBytes supply = {source};
-  if (BetterFromEnd(source, destination, length)) {
-    const ptrdiff_t end = CopyGroupsFromEnd(source, destination, length);
-    StoreRest(supply, destination, end, length);
-    return;
-  }
   const ptrdiff_t at = StoreGroups<StoreAligned>(supply, destination, 0, length);
   StoreRest(supply, destination, at, length);
 }
 
-// Out of line, so that other copies pay for no stack frame.
-VEK_KERNEL __attribute__((noinline)) void CopyLarge(const uint8_t* source, uint8_t* destination,
-                                                    int32_t length, CacheAnswer* cache) {
+VEK_INLINE bool GoesPastCache(int32_t length, CacheAnswer* cache) {
+  if (length < kLargeBlock) {
+    return false;
+  }
   CacheAnswer own;
   cache = cache == nullptr ? &own : cache;
   if (!cache->known) {
     *cache = {true, CacheBudget(ReadCpuLeaves(kSharingLeaf, AskThisCpu))};
   }
-  if (CopyStreams(length, cache->budget)) {
+  return CopyStreams(length, cache->budget);
+}
+
+// Out of line, so that other copies pay for no stack frame.
+VEK_KERNEL __attribute__((noinline)) void CopyLong(const uint8_t* source, uint8_t* destination,
+                                                   int32_t length, CacheAnswer* cache) {
+  if (GoesPastCache(length, cache)) {
     CopyPastCache(source, destination, length);
+  } else if (BetterFromEnd(source, destination)) {
+    const ptrdiff_t at = CopyGroupsFromEnd(source, destination, length);
+    StoreRest(CopiedBytes{source}, destination, at, length);
   } else {
     CopyThroughCache(source, destination, length);
   }
@@ -113,8 +117,8 @@ VEK_KERNEL void Copy(const uint8_t* source, uint8_t* destination, int32_t length
   source += head;
   destination += head;
   length -= static_cast<int32_t>(head);
-  if (length >= kLargeBlock) {
-    CopyLarge(source, destination, length, cache);
+  if (length >= kLongCopy) {
+    CopyLong(source, destination, length, cache);
   } else {
     CopyThroughCache(source, destination, length);
   }
