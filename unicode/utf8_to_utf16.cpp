@@ -250,31 +250,53 @@ VEK_INLINE bool ConvertThreeByteRun(Cursor& at) {
   return any;
 }
 
+constexpr ptrdiff_t kFourReach = 14;  // four characters, and what is loaded behind the last
+
+// Four characters a step, for what is too short for a run, where there is room.
+template <bool kSwapped>
+VEK_INLINE void ConvertThreesByFour(Cursor& at) {
+  while (at.Left() >= kFourReach && *at.from >= 0xE0) {
+    const FourOfThree four = FourOfThree::Load(at.from);
+    const Units units = HighUnits(four.Values(), four.Values());
+    const Units overlong = (units & SplatUnit(0xF800)) == SplatUnit(0);
+    if (LaneBits(four.HaveForm()) != 0xFFFF || LaneBits(overlong) != 0) {
+      return;
+    }
+    StoreLowHalf(at.to, kSwapped ? SwapBytes(units) : units);
+    at.Advance(12, 4 * kUnit);
+  }
+}
+
 // ---- One by one, where the destination has a unit of room for every byte.
 
 // Whether bytes, joined after an exclusive-or with 0x80 each, all have the form of a continuation.
 VEK_INLINE bool AllContinue(uint32_t toggled) { return toggled < 0x40; }
 
-// A well-formed character of two to four bytes; false for anything else.
+// A well-formed character of two bytes; false for anything else.
 template <bool kSwapped>
-VEK_INLINE bool ConvertWellFormed(Cursor& at, uint32_t first) {
+VEK_INLINE bool ConvertTwo(Cursor& at, uint32_t first) {
   const uint8_t* const p = at.from;
-  const ptrdiff_t left = at.Left();
-  if (left < 2) {
+  if (first < 0xC2 || first > 0xDF || p + 1 == at.fromEnd) {
     return false;
   }
   const uint32_t second = p[1] ^ 0x80U;
-  if (first < 0xE0) {
-    if (first < 0xC2 || !AllContinue(second)) {
-      return false;
-    }
-    StoreUnit<kSwapped>(at.to, (first & 0x1F) << 6 | second);
-    at.Advance(2, kUnit);
-    return true;
-  }
-  if (left < 3) {
+  if (__builtin_expect(!AllContinue(second), 0)) {
     return false;
   }
+  StoreUnit<kSwapped>(at.to, (first & 0x1F) << 6 | second);
+  at.Advance(2, kUnit);
+  return true;
+}
+
+// The same of three and four bytes.
+template <bool kSwapped>
+VEK_INLINE bool ConvertThreeOrFour(Cursor& at, uint32_t first) {
+  const uint8_t* const p = at.from;
+  const ptrdiff_t left = at.Left();
+  if (first < 0xE0 || left < 3) {
+    return false;
+  }
+  const uint32_t second = p[1] ^ 0x80U;
   const uint32_t third = p[2] ^ 0x80U;
   const uint32_t twoMore = second << 6 | third;
   if (first < 0xF0) {
@@ -307,7 +329,7 @@ VEK_INLINE void ConvertFreely(Cursor& at, const uint8_t* stop) {
     if (first < 0x80) {
       StoreUnit<kSwapped>(at.to, first);
       at.Advance(1, kUnit);
-    } else if (!ConvertWellFormed<kSwapped>(at, first)) {
+    } else if (!ConvertTwo<kSwapped>(at, first) && !ConvertThreeOrFour<kSwapped>(at, first)) {
       ConvertCharacter<kSwapped>(at);
     }
   }
@@ -394,6 +416,7 @@ VEK_INLINE bool ConvertAsciiFew(Cursor& at) {
 // are converted already: where all of it is ASCII, so were they, and their units stay the same.
 template <bool kSwapped>
 VEK_INLINE void ConvertRest(Cursor& at) {
+  ConvertThreesByFour<kSwapped>(at);
   while (at.Left() >= kBlock) {
     const Block bytes = LoadAny(at.from);
     if (LaneBits(bytes) == 0) {
@@ -448,6 +471,7 @@ template <bool kSwapped>
 VEK_INLINE vekStatus ConvertShortText(const uint8_t* source, int32_t* length, uint8_t* destination,
                                       int32_t* capacity) {
   Cursor at = MakeCursor(source, *length, destination, *capacity);
+  ConvertThreesByFour<kSwapped>(at);
   ConvertFreely<kSwapped>(at, at.fromEnd);
   return Report(at, source, length, destination, capacity);
 }
