@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """The promises of the built shared library, checked on the binary itself, ELF or PE.
 
-binary_rules.py --exports LIST [--definition DEF] [--expect RULE,...] LIBRARY
+binary_rules.py --exports LIST [--definition DEF] [--version VERSION] [--folder FOLDER]
+                [--expect RULE,...] LIBRARY
 
 Asks objdump for its headers and its code, and nm for its symbols. Every breach is printed as
 "RULE: what is wrong"; the exit code is 0 if there is none. With --expect it is 0 if exactly these
@@ -9,7 +10,9 @@ rules are broken: so the negative controls show that each rule can fail.
 """
 
 import argparse
+import pathlib
 import re
+import struct
 import subprocess
 import sys
 from dataclasses import dataclass, field
@@ -109,9 +112,13 @@ def read_pe(image, options):
                f"--stop-address={base + entry + 6}", options.library)
     if " b8010000 00c3 " not in code:
         image.breaches.append(("loading", "the entry function is more than 'return 1'"))
-    # The linker leaves the empty descriptor that ends an import table: 20 bytes and their padding.
+    # The linker leaves the empty descriptor that ends an import table, 20 bytes and their padding,
+    # and marks resources as writable, which no code refers to: a section that is all resources.
+    resources = image.find(r"^Entry 2 (\w+) (\w+) Resource")[0]
     for section in image.sections:
-        if section.name == ".idata" and section.end - section.start <= 24:
+        size = section.end - section.start
+        if section.name == ".idata" and size <= 24 or section.name == ".rsrc" and (
+            section.start - base, size) == tuple(int(word, 16) for word in resources):
             section.writable = False
     name = r"^\t\[ *(\d+)\] (?:\+base\[ *\d+\] +\w+ )?(\w+)$"
     for ordinal, name in image.find(name):
@@ -161,6 +168,24 @@ def section_breaches(image):
         yield "imports", ", ".join(image.imports)
     if image.soname != image.wanted_soname:
         yield "soname", f"the library calls itself '{image.soname}', not '{image.wanted_soname}'"
+
+
+def version_breaches(image, library, version):
+    """The DLL's version resource holds the version, twice: of the file and of the product."""
+    if image.wanted_soname.endswith(".dll"):
+        numbers = [*map(int, version.split(".")), 0]
+        words = struct.pack("<4H", *(numbers[i] for i in (1, 0, 3, 2)))
+        if b"\xbd\x04\xef\xfe\0\0\1\0" + 2 * words not in pathlib.Path(library).read_bytes():
+            yield "version", f"no version resource with {version}"
+
+
+def repeatable_breaches(image, library, folder):
+    """The same sources give the same bytes: nothing tells when or where they were compiled."""
+    for stamp in image.find(r"^Time/Date(?: stamp)?\s+(.*)$"):
+        if "1970" not in stamp and stamp.strip() != "0":
+            yield "repeatable", f"the time {stamp}"
+    if folder and folder.encode() in pathlib.Path(library).read_bytes():
+        yield "repeatable", f"the folder {folder}"
 
 
 def kernel_breaches(image, nm, library):
@@ -244,6 +269,9 @@ def breaches(options):
     yield from export_breaches(image, exports)
     if options.definition:
         yield from definition_breaches(options.definition, exports)
+    if options.version:
+        yield from version_breaches(image, options.library, options.version)
+    yield from repeatable_breaches(image, options.library, options.folder)
     yield from image.breaches
     yield from section_breaches(image)
     yield from kernel_breaches(image, options.nm, options.library)
@@ -255,6 +283,8 @@ def main():
     parser.add_argument("library")
     parser.add_argument("--exports", required=True)
     parser.add_argument("--definition")
+    parser.add_argument("--version")
+    parser.add_argument("--folder")
     parser.add_argument("--expect", default="")
     parser.add_argument("--nm", default="nm")
     parser.add_argument("--objdump", default="objdump")
