@@ -122,30 +122,55 @@ struct ByTable {
   }
 };
 
-// A second stage as Trim calls it; `prepare` gives the stage.
-template <class Prepare>
+// A second stage as Trim calls it: made when it is needed, of what `plan` keeps. (A lambda that
+// makes it may be left out of line, and then lies outside of VEKCODE.)
+template <class Plan>
 struct DropRest {
-  Prepare prepare;
+  Plan plan;
 
   VEK_INLINE Kept operator()(int32_t start, int32_t end, bool startOpen, bool endOpen) const {
-    const auto stage = prepare();
+    const auto stage = plan.Make();
     start = startOpen ? stage.Start(start, end) : start;
     end = endOpen && start < end ? stage.End(start, end) : end;
     return {start, end};
   }
 };
 
-template <class Prepare>
-DropRest(Prepare) -> DropRest<Prepare>;
+template <class Plan>
+DropRest(Plan) -> DropRest<Plan>;
+
+struct ScanPlan {
+  const uint8_t* source;
+  uint8_t value;
+
+  VEK_INLINE ByScan Make() const { return {source, Splat(value)}; }
+};
+
+template <int32_t kCount>
+struct BlocksPlan {
+  const uint8_t* source;
+  const uint8_t* set;
+  int32_t setLength;
+  MemberLanes<kCount> belongs;
+
+  VEK_INLINE ByBlocks<kCount> Make() const { return {{{source, set, setLength}}, belongs}; }
+};
+
+struct TablePlan {
+  const uint8_t* source;
+  const uint8_t* set;
+  int32_t setLength;
+
+  VEK_INLINE ByTable Make() const { return {source, Table(set, setLength)}; }
+};
 
 // For a list of more than kCount / 2 and up to kCount members.
 template <int32_t kCount>
 VEK_INLINE Kept TrimMembers(const uint8_t* source, int32_t length, const uint8_t* set,
                             int32_t setLength, Ends ends) {
   const MemberLanes<kCount> belongs = {LoadEnds<kCount / 2>(set, setLength)};
-  return Trim<kFewForMembers>(source, length, ends, belongs, DropRest{[=] {
-                                return ByBlocks<kCount>{{{source, set, setLength}}, belongs};
-                              }});
+  return Trim<kFewForMembers>(source, length, ends, belongs,
+                              DropRest{BlocksPlan<kCount>{source, set, setLength, belongs}});
 }
 
 VEK_INLINE Kept TrimEqual(const uint8_t* source, int32_t length, const uint8_t* set,
@@ -156,9 +181,8 @@ VEK_INLINE Kept TrimEqual(const uint8_t* source, int32_t length, const uint8_t* 
 VEK_INLINE Kept TrimLarge(const uint8_t* source, int32_t length, const uint8_t* set,
                           int32_t setLength, Ends ends) {
   const ListedBytes belongs = {set, setLength};
-  return Trim<kFewForLargeSet>(source, length, ends, belongs, DropRest{[=] {
-                                 return ByTable{source, Table(set, setLength)};
-                               }});
+  return Trim<kFewForLargeSet>(source, length, ends, belongs,
+                               DropRest{TablePlan{source, set, setLength}});
 }
 
 // One function for each size of a set, so that none pays for the registers and the stack of
@@ -205,8 +229,7 @@ VEK_KERNEL __attribute__((noinline)) Kept TrimLargeSet(const uint8_t* source, in
 
 VEK_KERNEL Kept DropByScan(const uint8_t* source, int32_t start, int32_t end, bool startOpen,
                            bool endOpen, uint8_t value) {
-  const DropRest dropRest{[=] { return ByScan{source, Splat(value)}; }};
-  return dropRest(start, end, startOpen, endOpen);
+  return DropRest{ScanPlan{source, value}}(start, end, startOpen, endOpen);
 }
 
 VEK_KERNEL Kept TrimSet(const uint8_t* source, int32_t length, const uint8_t* set,
