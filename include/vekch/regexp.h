@@ -15,31 +15,77 @@
  * A search uses part of the object as its working memory: one object serves one search at a time,
  * and threads that search in parallel each compile their own.
  *
- * The pattern language:
+ * ## The pattern language
  *
- *   .                        any character but a newline; with option s, any
- *   ^ $                      start and end of the subject; with option m, of a line
- *   \A \G \z \Z \b \B        start; start; end; end or before a last newline; word boundary; none
- *   x* x+ x? x{n,m}          repetitions of the byte, class or group before: "{n}", "{n,}", "{,m}"
- *                            and "{}" (none) too; as many as possible, with "?" behind as few
- *   x|y                      alternatives, tried in order
- *   (x) (?:x) (?>x)          capturing group; group; group that keeps its first way to match
- *   (?=x) (?!x)              x follows; x does not follow
- *   (?<=x) (?<!x)            x ends here; x does not end here; x is of one length
- *   (?(1)x|y) (?(?=z)x|y)    x if group 1 took part, or if the look-around z holds; else y
- *   (?imsx-imsx) (?i:x)      options for the rest of the group; for a group
- *   (?#text) (?)             nothing
- *   \1 to \9, \10 and on      what a group captured
- *   \d \s \w \D \S \W        ASCII digits, white space but vertical tab, word bytes; all else
- *   \p{Lu} \pL \P{Greek}     characters of a Unicode 5.1 category or script; all else
- *   \X \C                    a character and the marks on it; a byte
- *   \a \e \f \n \r \t \v     control characters; also \cX, \x41, \012
- *   \x{3B1}                  a code point
- *   \Q...\E                  literal text
- *   [a-z\d[:alpha:]] [^x]    a character of a class; one outside of it
+ *     .                        any character but a newline; with option s, any
+ *     ^ $                      start of the subject; its end, or before a newline that ends it;
+ *                              with option m, start and end of a line
+ *     \A \G  \Z  \z            start of the subject; its end, or before a newline that ends it;
+ *                              its very end
+ *     \b \B                    word boundary (of ASCII words); none
+ *     x* x+ x? x{n,m}          repetitions of the byte, class or group before: "{n}", "{n,}",
+ *                              "{,m}" and "{}" (none) too; as many as possible, with "?" after the
+ *                              quantifier as few
+ *     x|y                      alternatives, tried in order
+ *     (x) (?:x) (?>x)          capturing group; group; atomic group: keeps its first way to match
+ *     (?=x) (?!x)              x follows; x does not follow
+ *     (?<=x) (?<!x)            x ends here; x does not end here; x is of one length
+ *     (?(1)x|y) (?(?=z)x|y)    x if group 1 took part, or if the look-around z holds; else y
+ *     (?imsx-imsx) (?i:x)      options for the rest of the group; for a group
+ *     (?#text) (?)             nothing
+ *     \1 to \9, \10 and on     what a group captured; octal character codes where no group has
+ *                              that number
+ *     \d \s \w \D \S \W        ASCII digits, white space but vertical tab, word bytes; all else
+ *     \p{Lu} \pL \P{Greek}     characters of a Unicode 5.1 category or script; all else;
+ *                              \p{^Lu} is \P{Lu}, \p{L&} is Lu, Ll and Lt, \p{Any} every character
+ *     \X \C                    a character and the marks on it; a byte
+ *     \a \e \f \n \r \t \v     control characters; also \cX, \x41, \012
+ *     \x{3B1}                  a code point
+ *     \Q...\E                  literal text
+ *     [a-z\d[:alpha:]] [^x]    a character of a class; one outside of it
  *
  * Literal text is bytes: a quantifier repeats the last byte before it, so that a character of
- * several bytes is to be repeated as "(?:x)+", "[x]+" or "\x{E9}+". In a class it is one member.
+ * several bytes is to be repeated as `(?:x)+`, `[x]+` or `\x{E9}+`. In a class it is one member.
+ * `\xE9` is the byte E9, which is no character of UTF-8; `\x{E9}` is the letter of two bytes.
+ *
+ * The POSIX names of classes are `alnum alpha ascii blank cntrl digit graph lower print punct space
+ * upper word xdigit`, and `[:^alpha:]` is what is outside of `[:alpha:]`. Letters and digits are
+ * those of ASCII; `punct` includes the space and all from U+007B to U+00FF, `graph` and `print` all
+ * from U+0080 to U+00FF, `space` the vertical tab, and `cntrl` leaves out U+007F.
+ *
+ * Option i is about ASCII letters, wherever they are; about code points written `\x{...}`; and, in
+ * a class, about characters from U+0100 on that are members themselves. Other characters beyond
+ * ASCII stay as they are: those in literal text, from U+0080 to U+00FF as members of a class
+ * written as such, in ranges, and in properties.
+ *
+ * ## What means something else than in other engines
+ *
+ * - **A backslash before any other letter is that letter.** `\h`, `\H`, `\V`, `\R`, `\K`, `\N`,
+ *   `\g`, `\k`, `\o` and `\u` compile and match the letters h, H, V and so on: `\h+` matches "hh",
+ *   `\u0041` the text "u0041" and `(a)\g{1}` the text "ag".
+ * - `\b{wb}` is a word boundary and then the text "{wb}".
+ * - `$` and `\Z` match before a last newline too: `\z` does not.
+ * - Classes do not nest, and know neither intersections nor differences: `[a[bc]]` is one of the
+ *   characters "a[bc" and then a "]"; `[:alpha:]` alone is a class of the characters ":alph".
+ * - `a{}` is "a" no times; `{,3}` is `{0,3}`; `a{2` and `a{ 2 }` are literal text.
+ * - `[\^]` does not compile: write `\^`.
+ * - `\8` and `\9` do not compile where no group has that number.
+ * - A back-reference does not match at the end of the subject, even to an empty capture: `(a*)b\1`
+ *   finds nothing in "b".
+ * - What was captured inside of an atomic group or a look-around whose body matched stays captured
+ *   if the pattern fails after it: `(?>(a))b|ac` on "ac" reports group 1.
+ * - Look-behind goes back as many characters as its body has bytes of literal text. Write
+ *   characters beyond ASCII as `(?<=\x{E9})` or in a class there, not literally.
+ * - An alternative at top level may be empty again where option g asks for a match that is not:
+ *   with it `|b` never matches a "b", and `^|.` not the first byte. In a group, `(?:|b)`, it does.
+ *
+ * ## What does not compile
+ *
+ * Named groups (`(?<n>x)`, `(?P<n>x)`), possessive quantifiers (`x*+`: write `(?>x*)`), recursion
+ * and calls of groups (`(?R)`, `(?1)`), `(?|x|y)`, verbs (`(*SKIP)`), names of Unicode blocks
+ * (`\p{InGreek}`) and long names of properties (`\p{Letter}`, `\p{Script=Greek}`), `\P{^Lu}`,
+ * collating symbols (`[.a.]`), look-behind of changing length or with back-references, and a
+ * second quantifier (`a{2}{3}`).
  */
 #ifndef VEKCH_REGEXP_H
 #define VEKCH_REGEXP_H
@@ -64,7 +110,9 @@ typedef struct RegExpFindResult {
  * Bytes that the object of a zero-terminated pattern takes: 48056, and 24 for each byte of the
  * pattern. The pattern is not parsed: one that will not compile has a size as well.
  *
- * A pattern has at most 89476482 bytes: the size of a longer one wraps, unchecked.
+ * **A pattern has at most 89476482 bytes, which is not tested.** The size of a longer one wraps: it
+ * is negative, and from 178954969 bytes on a small number again, of a block that compiling would
+ * write far beyond. Test the length of a pattern that comes from elsewhere first.
  *
  * Status, in order: StatusNullPointer if `pattern` or `size` is null, and nothing is written;
  * StatusNoError.
@@ -127,9 +175,19 @@ VEKCH_API vekStatus veksRegExpInit(const uint8_t* pattern, const uint8_t* option
 VEKCH_API vekStatus veksRegExpSetFormat(int32_t format, RegExpState* state) VEKCH_NOEXCEPT;
 
 /**
- * Sets how much a later search may spend on one start position before it gives up: 10000, where an
- * object starts; 0 is a limit too. A higher limit finds matches that need deeper nesting of tries,
- * and takes more of the calling thread's stack for them.
+ * Sets the match limit of later searches: 10000, where an object starts; 0 is a limit too. The
+ * tries for one start position may nest to a fourth of it. A higher limit finds matches that need
+ * deeper nesting, and takes more of the calling thread's stack for them.
+ *
+ * **It bounds the depth, not the work.** The number of tries may grow while their depth does not:
+ * `(a+)+[bc]` takes twice as long for each further "a" of a subject "aaa...ad", at any limit, so
+ * that thirty bytes take minutes. A pattern that can share out the same bytes among its repetitions
+ * in many ways is a hazard, whoever wrote it, on subjects from somebody you don't trust.
+ *
+ * **A search may also run out of the limit without a status.** Inside of a group, a further
+ * repetition that would nest too deep is one that can't be had, and the search goes on with those
+ * before: at 10000 `(?:ab)*` matches 1248 repetitions and no more, and `^(?:ab)*$` none at all of
+ * 1249. A repetition of one character or class, such as `\w*`, nests no deeper for being long.
  *
  * Compiling sets the limit anew, so set it afterwards. It is not tested whether the object is
  * compiled.
@@ -165,7 +223,8 @@ VEKCH_API vekStatus veksRegExpSetMatchLimit(int32_t limit, RegExpState* state) V
  * How deep the tries for one start position may nest is a fourth of the match limit; a repetition
  * of one character counts once, whatever its length, each repetition of a group counts again. The
  * calling thread needs 72 bytes of stack for each, and 61440 bytes beyond: at the limit that an
- * object starts with, a stack of 256 KiB is enough for every pattern and subject. Repetitions of an
+ * object starts with, a stack of 256 KiB is enough for every pattern and subject. **A thread with
+ * less needs a lower limit**: 3000 for 128 KiB, which musl gives to threads. Repetitions of an
  * atomic group take none of the limit; but where their lengths change, the places to go back to are
  * kept in that stack. When there are more bytes between the first and the last of them than it has
  * room for, about 1,300,000 at the limit that an object starts with and 300,000 at the lowest, the
@@ -175,8 +234,9 @@ VEKCH_API vekStatus veksRegExpSetMatchLimit(int32_t limit, RegExpState* state) V
  * `results` or `numFind` is null; StatusLengthError if `len` is negative; StatusSizeError if
  * `*numFind` is below 1; StatusRegExpError if `state` is no compiled object.
  * StatusRegExpMatchLimit if the match limit ran out, with `*numFind` 0 in most cases; what is in
- * `results` does not count then. StatusRegExpResultsTruncated, a warning, if a match was found and
- * not all of its elements had room. StatusNoError for a match, and for none, with `*numFind` 0.
+ * `results` does not count then; veksRegExpSetMatchLimit says where it runs out without a status.
+ * StatusRegExpResultsTruncated, a warning, if a match was found and not all of its elements had
+ * room. StatusNoError for a match, and for none, with `*numFind` 0.
  *
  *     RegExpFindResult found[4];
  *     int32_t count = 4;

@@ -1,10 +1,13 @@
-/*
+/**
+ * @file
  * The compiled pattern and the replacement template as they lie in memory: for tools that show or
  * check them. Programs that only search and replace need nothing of this header.
  *
  * A pattern object is one block: a header, two work tables that searches use, and the program, an
- * array of node records. What is left of the program's room behind the last record holds copies
- * of the pattern's literal runs and data that makes searching faster.
+ * array of node records. The program has room for one record more than the pattern has bytes; after
+ * the last record the copies of the pattern's literal runs lie there, and nothing else. What makes
+ * searching faster is kept in the part of the work tables that the pattern's groups leave free, and
+ * in operands of the records that are not listed below.
  */
 #ifndef VEKCH_REGEXP_PROGRAM_H
 #define VEKCH_REGEXP_PROGRAM_H

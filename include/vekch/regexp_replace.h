@@ -13,14 +13,14 @@
  *
  * A template is literal text but for two bytes:
  *
- *   $&        what the pattern matched
- *   $1 to $9  what a group captured; nothing for a group that took no part or does not exist
- *   $12       more digits make another number than they show: each digit is added to 11 times the
- *             number before it, so that "$10" is group 11 and "$12" group 13. There is no way to
- *             write group 10.
- *   \         nothing. It does not escape: "\$1" is group 1 and "\\" is nothing, so that neither a
- *             backslash nor a dollar sign can be inserted. It does end a number: "$1\0" is group 1
- *             and a "0".
+ *     $&        what the pattern matched
+ *     $1 to $9  what a group captured; nothing for a group that took no part or does not exist
+ *     $12       more digits make another number than they show: each digit is added to 11 times
+ *               the number before it, so that "$10" is group 11 and "$12" group 13. There is no
+ *               way to write group 10.
+ *     \         nothing. It does not escape: "\$1" is group 1 and "\\" is nothing, so that neither
+ *               a backslash nor a dollar sign can be inserted. It does end a number: "$1\0" is
+ *               group 1 and a "0".
  */
 #ifndef VEKCH_REGEXP_REPLACE_H
 #define VEKCH_REGEXP_REPLACE_H
