@@ -293,6 +293,27 @@ const Oddity kOddities[] = {
     {"a code point folds to one of another length", "\\x{2C65}", "\xC8\xBA", "0+3", {"i"}},
     {"an atomic group goes on where that length leads", "(?>\\x{E9})b", "\xE9xb", "0+3"},
     {"merged repetitions are greedy", "..+?", "abc", "0+3"},
+    // What means something else than in other engines.
+    {"escapes of other engines are letters", "\\h\\H\\V\\R\\K\\N\\L\\U", "hHVRKNLU", "0+8"},
+    {"with what follows them as text", "\\u0041(a)\\g{1}\\k<n>\\o{1}", "u0041agk<n>o", "0+12 5+1"},
+    {"a word boundary and text", "\\b{wb}", "a{wb}", "1+4"},
+    {"a class ends at the first bracket", "[a[bc]]", "[]", "0+2"},
+    {"and knows no intersection", "[a-z&&e]", "&", "0+1"},
+    {"a name without its class is one", "[:alpha:]", "p", "0+1"},
+    {"no times, and a lowest number left out", "a{}b{,2}", "abbb", "0+0 1+2 3+1 4+0", {"g"}},
+    {"no quantifiers", "a{2b{ 2 }", "a{2b{ 2 }", "0+9"},
+    {"a byte against UTF-8", "\\xE9", "\xC3\xA9", ""},
+    {"and against itself", "\\xE9", "\xE9", "0+1"},
+    {"a literal character is repeated by its last byte", "\xC3\xA9+", "\xC3\xA9\xC3\xA9", "0+2"},
+    {"as a group as a whole", "(?:\xC3\xA9)+", "\xC3\xA9\xC3\xA9", "0+4"},
+    {"a range folds in ASCII alone", "[\\x{E0}-\\x{FE}]", "\xC3\x89", "", {"i"}},
+    {"a code point folds as a member", "[\\x{E9}]", "\xC3\x89", "0+2", {"i"}},
+    {"a character below U+0100 does not", "[\xC3\xA9]", "\xC3\x89", "", {"i"}},
+    {"one above does", "[\xCE\xB1]", "\xCE\x91", "0+2", {"i"}},
+    {"punctuation is more than that", "[[:punct:]]+", "a \xC3\xA9\xCE\xB1", "1+3"},
+    {"properties of more than one category", "\\p{^Lu}\\p{L&}", "aA", "0+2"},
+    {"what an atomic group captured stays", "(?>(a))b|ac", "ac", "0+2 0+1"},
+    {"an empty alternative at top level wins again", "^|.", "ab", "0+0 0+0 1+1", {"g"}},
     // Assertions.
     {"\\Z in front of a last newline", "a\\Z", "a\n", "0+1"},
     {"\\z is the end alone", "a\\z", "a\n", ""},
@@ -379,6 +400,23 @@ const Oddity kOddities[] = {
     {"with every match the elements stay as many", "a*(b)", "aaaaaa", "limit 40", {"g", 1, 4}},
     {"a repetition that has no depth left", "(a)*", "aaaa", "0+1 0+1", {"", 1, 24}},
 };
+
+// The search that runs out of depth inside a group ends as if there were no more repetitions.
+TEST(SearchTest, DepthRunsOutWithoutAStatus) {
+  Bench bench;
+  const auto ask = [&bench](const char* pattern, size_t repetitions) {
+    EXPECT_TRUE(bench.Compile(pattern, {}));
+    std::string text;
+    for (size_t i = 0; i < repetitions; ++i) {
+      text += "ab";
+    }
+    bench.Place(text);
+    return bench.Show(bench.AskLibrary());
+  };
+  EXPECT_EQ(ask("^(?:ab)*$", 1248), "0+2496");
+  EXPECT_EQ(ask("^(?:ab)*$", 1249), "");
+  EXPECT_EQ(ask("(?:ab)*", 2000), "0+2496");
+}
 
 TEST(SearchTest, Oddities) {
   Bench bench;

@@ -54,9 +54,11 @@ const std::vector<OptionInfo> kOptions = {
     {kExtended, 'x', "extended", Value::kNone, "",
      "white space and comments in PATTERN are ignored", ""},
     {kBytes, 0, "bytes", Value::kNone, "", "each byte is a character; else text is UTF-8", ""},
-    {kLimit, 0, "limit", Value::kRequired, "N", "give up a line when N is spent; usually 10000",
-     "N is at most 100000. A line that is given up counts as one without a match;\n"
-     "its file and number are told on standard error."},
+    {kLimit, 0, "limit", Value::kRequired, "N", "how deep a line's tries may nest; usually 10000",
+     "It bounds the stack, not the time: \"(a+)+[bc]\" takes twice as long for each\n"
+     "further a of a line. At most 100000. A line that is given up counts as one\n"
+     "without a match; its file and number are told on standard error. Repetitions\n"
+     "of a group that N leaves no room for just end, and nothing tells of it."},
     {kInvert, 'v', "invert-match", Value::kNone, "", "select the lines that do not match", ""},
     {kCount, 'c', "count", Value::kNone, "", "print only the number of selected lines",
      "With -o lines are counted too, not matches."},
@@ -97,6 +99,7 @@ constexpr char kExplanation[] =
     "  ^  $  \\b  \\B                            start and end of the line, word boundary\n"
     "  (?=x)  (?!x)  (?<=x)  (?<!x)            what follows, what stands before\n"
     "  (?i)  (?(1)x|y)  \\Q...\\E               options, conditions, literal text\n"
+    "A backslash before any other letter is that letter: \\h is an h.\n"
     "\n"
     "A line ends at a newline; a carriage return before it belongs to the line, and a\n"
     "match stays in a line. Empty TEXT is in every line. With more than one FILE, and\n"

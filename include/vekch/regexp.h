@@ -46,7 +46,8 @@
  *
  * Literal text is bytes: a quantifier repeats the last byte before it, so that a character of
  * several bytes is to be repeated as `(?:x)+`, `[x]+` or `\x{E9}+`. In a class it is one member.
- * `\xE9` is the byte E9, which is no character of UTF-8; `\x{E9}` is the letter of two bytes.
+ * `\xE9` is the byte E9, which is no character of UTF-8, but in a class of several members the
+ * letter, like `\x{E9}`.
  *
  * The POSIX names of classes are `alnum alpha ascii blank cntrl digit graph lower print punct space
  * upper word xdigit`, and `[:^alpha:]` is what is outside of `[:alpha:]`. Letters and digits are
