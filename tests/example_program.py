@@ -34,10 +34,24 @@ def limited(size=64 << 20):
     return {"preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_AS, (size, size))}
 
 
+def open_terminal(test):
+    """Both ends of a pseudo-terminal; without any, the test is skipped."""
+    if OPTIONS.emulator:
+        test.skipTest("no pseudo-terminal leads into the emulator")
+    try:
+        import pty
+        return pty.openpty()
+    except (ImportError, OSError) as error:
+        test.skipTest(f"no pseudo-terminal: {error}")
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--program", required=True)
     parser.add_argument("--emulator")
     parser.add_argument("--bounded", action="store_true")
     rest = parser.parse_known_args(namespace=OPTIONS)[1]
-    unittest.main("__main__", argv=sys.argv[:1] + rest)
+    result = unittest.main("__main__", argv=sys.argv[:1] + rest, exit=False).result
+    for test, reason in result.skipped:
+        print(f"SKIPPED IN PART: {test.id().split('.', 1)[1]}: {reason}")
+    sys.exit(not result.wasSuccessful())

@@ -17,7 +17,7 @@ import subprocess
 import tempfile
 import unittest
 
-from example_program import OPTIONS, limited, main, run
+from example_program import OPTIONS, limited, main, open_terminal, run
 
 BUFFER = 128 << 10  # as in input.cpp; a pattern is at most a quarter of it
 
@@ -216,31 +216,19 @@ class Table(InFolder):
         self.assertEqual(done.returncode, 2)
 
     def test_terminal(self):
-        if OPTIONS.emulator:
-            self.skipTest("needs a pseudo-terminal")
-        import pty
-        try:
-            for descriptor in pty.openpty():
-                os.close(descriptor)
-        except OSError as error:
-            self.skipTest(f"needs a pseudo-terminal: {error}")
         for environment, color in (({"TERM": "xterm", "NO_COLOR": ""}, True),
                                    ({"TERM": "dumb", "NO_COLOR": ""}, False),
                                    ({"TERM": "xterm", "NO_COLOR": "1"}, False)):
+            controller, terminal = open_terminal(self)
             with self.subTest(environment=environment):
-                controller, terminal = pty.openpty()
                 run(["-F", "two", "a"], environment=environment, stdout=terminal)
                 shown = os.read(controller, 1000)
                 self.assertEqual(shown, ((RED("two") if color else "two") + "\r\n").encode())
-                os.close(terminal)
-                os.close(controller)
-
+            os.close(terminal)
+            os.close(controller)
 
     def test_progress(self):
-        if OPTIONS.emulator:
-            self.skipTest("needs a pseudo-terminal")
-        import pty
-        controller, terminal = pty.openpty()
+        controller, terminal = open_terminal(self)
         with subprocess.Popen(["sh", "-c", "echo one; sleep 1.1; echo two"],
                               stdout=subprocess.PIPE) as source:
             done = run(["-c", "o"], source.stdout, {"TERM": "xterm"}, stderr=terminal)
