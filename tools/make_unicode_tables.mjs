@@ -20,7 +20,7 @@ import { fileURLToPath } from 'node:url';
 import { fetchPackage, load } from './unicode_package.mjs';
 
 const kRoot = join(dirname(fileURLToPath(import.meta.url)), '..');
-const kFirstLine = '// Made by: node tools/make_unicode_tables.mjs\n// clang-format off\n';
+const kFirstLine = '// SPDX-License-Identifier: MIT AND Unicode-3.0\n// Made by: node tools/make_unicode_tables.mjs\n// clang-format off\n';
 const kCodePoints = 0x110000;
 
 // ---- What must come out.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT AND Unicode-3.0
 // Made by: node tools/make_unicode_tables.mjs
 // clang-format off
 
