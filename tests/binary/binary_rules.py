@@ -112,12 +112,12 @@ def read_pe(image, options):
                f"--stop-address={base + entry + 6}", options.library)
     if " b8010000 00c3 " not in code:
         image.breaches.append(("loading", "the entry function is more than 'return 1'"))
-    # The linker leaves the empty descriptor that ends an import table, 20 bytes and their padding,
-    # and marks resources as writable, which no code refers to: a section that is all resources.
+    # Some linkers mark as writable what ends the table of imports, and what the rule for imports
+    # finds there, and the resources, which no code refers to: a section that is nothing else.
     resources = image.find(r"^Entry 2 (\w+) (\w+) Resource")[0]
     for section in image.sections:
         size = section.end - section.start
-        if section.name == ".idata" and size <= 24 or section.name == ".rsrc" and (
+        if section.name == ".idata" or section.name == ".rsrc" and (
             section.start - base, size) == tuple(int(word, 16) for word in resources):
             section.writable = False
     name = r"^\t\[ *(\d+)\] (?:\+base\[ *\d+\] +\w+ )?(\w+)$"
