@@ -48,7 +48,8 @@ int64_t ReadOnce(int file, void* buffer, size_t size) {
 
 int64_t WriteOnce(int file, const void* data, size_t size) {
   const int count = _write(file, data, static_cast<unsigned>(size));
-  if (count < 0 && GetLastError() == ERROR_NO_DATA) {
+  const DWORD reason = count < 0 ? GetLastError() : ERROR_SUCCESS;
+  if (reason == ERROR_NO_DATA || reason == ERROR_PIPE_NOT_CONNECTED) {
     errno = EPIPE;  // the run-time library says "invalid argument"
   }
   return count;
@@ -111,6 +112,7 @@ int OpenForReading(const std::string& name) {
 
 void Close(int file) { _close(file); }
 
+// The volume of a stream that was handed over may be unknown, and then counts as any.
 bool ReadsItsOwnOutput(int input, int output) {
   BY_HANDLE_FILE_INFORMATION in;
   BY_HANDLE_FILE_INFORMATION out;
@@ -118,7 +120,7 @@ bool ReadsItsOwnOutput(int input, int output) {
   return GetFileType(handle(input)) == FILE_TYPE_DISK &&
          GetFileInformationByHandle(handle(input), &in) != 0 &&
          GetFileInformationByHandle(handle(output), &out) != 0 &&
-         in.dwVolumeSerialNumber == out.dwVolumeSerialNumber &&
+         (in.dwVolumeSerialNumber == out.dwVolumeSerialNumber || out.dwVolumeSerialNumber == 0) &&
          in.nFileIndexHigh == out.nFileIndexHigh && in.nFileIndexLow == out.nFileIndexLow;
 }
 
