@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The block kernels, which are not exported, beside memcpy, memmove and memset.
 
 #include "bench/inputs.h"

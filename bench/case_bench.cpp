@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The case mappings beside a plain loop, a vectorised one, and tolower and toupper for each byte.
 
 #include <memory>

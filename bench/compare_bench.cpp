@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The comparisons beside memcmp, strncasecmp and std::string_view.
 
 #include <string.h>

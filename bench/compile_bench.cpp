@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Compiling patterns beside other engines: what it takes to have a pattern ready and to be rid of
 // it again, memory included. Peers allocate while they compile, so that the block of our object is
 // allocated and freed in the timed call as well.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Editing beside memcpy and memmove where they do the same, std::string, a plain loop, and a split
 // by memchr.
 

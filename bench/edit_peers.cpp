@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/edit_peers.h"
 
 #include <string.h>

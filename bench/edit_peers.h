@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Editing and trimming as a program without the library would write them, with the C library's
 // copies and searches, compiled and called as the plain loops are.
 

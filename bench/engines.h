@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The engines that patterns are compiled and searched with, beside ours: how each is told the
 // options of a pattern, and a search with each as its documentation recommends.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the C++ header costs beside the C calls that a program would write in its place, with room
 // that is just right from the start; texts that are made go into a std::string on both sides.
 

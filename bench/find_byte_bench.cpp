@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The searches for one byte beside memchr, memrchr, strchr, strlen and std::string_view.
 
 #include <string.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The searches for a byte of a set beside strcspn and std::string_view. The texts hold no zero byte
 // and end with one, so that strcspn sees what the others see.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The searches for a substring beside memmem, strstr and std::string_view.
 
 #include <string.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The string hashes beside their plain loops. No other implementation gives the same values.
 
 #include "bench/inputs.h"

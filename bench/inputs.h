@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Inputs that the families share: buffers with known alignment, filled, random or English.
 
 #ifndef VEKCH_BENCH_INPUTS_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The patterns that the regular expressions are measured with, compiling and searching: what
 // programs look for in text, from the easiest to the hardest, and what makes them so. In ASCII text
 // every engine that knows a pattern's constructs finds the same.

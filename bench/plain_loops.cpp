@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/plain_loops.h"
 
 #include <ctype.h>

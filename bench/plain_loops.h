@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a program without the library would do: the obvious loops, compiled for the same processor
 // (-O2 -msse3). They lie in a shared library of their own, so that a call of theirs costs what a
 // call of ours does.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Timing by Google Benchmark, case by case and round by round. A round times each contender of one
 // case once, for a millisecond, or for one run that takes longer; the rounds go through the
 // contenders forwards and backwards in turn. Where rounds are long, there are fewer of them. Each

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Measures one task as the library and its peers do it, side by side, and prints the ratios.
 //
 // A Case is one task on one input. Its contenders are lambdas that do the task once and return its

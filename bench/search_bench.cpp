@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Searching with patterns beside other engines: every match in a text of 4 MB, and the first match
 // in each of many short lines, where what a call costs by itself counts.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Trimming beside plain loops with memcpy and beside std::string_view with memcpy.
 
 #include <string.h>

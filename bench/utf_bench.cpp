@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The conversions beside ICU, by its string functions and by its converters, and iconv.
 
 #include <iconv.h>

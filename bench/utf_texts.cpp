@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Sentences written for the benchmark.
 
 #include "bench/utf_texts.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Texts for the conversions, with the spaces, digits and punctuation of real ones.
 
 #ifndef VEKCH_BENCH_UTF_TEXTS_H

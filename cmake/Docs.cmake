@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # The target "docs": the reference of the public headers as web pages, where doxygen is present.
 find_program(VEKCH_DOXYGEN doxygen)
 mark_as_advanced(VEKCH_DOXYGEN)

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # Makes the linker's two views of frame/exports.list: a versioned symbol map for ELF and a module
 # definition file for PE.
 function(vekch_write_export_files list symbolMap moduleDefinition)

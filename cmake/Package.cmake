@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # Installation, package configuration for consumers (find_package and pkg-config), and CPack.
 include(CMakePackageConfigHelpers)
 

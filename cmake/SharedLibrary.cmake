@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # How the shared library is linked: which names it exports, and that it stands alone.
 set(symbolMap ${PROJECT_BINARY_DIR}/vekchm7.map)
 set(moduleDefinition ${PROJECT_BINARY_DIR}/vekchm7.def)

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # Says plainly what the library can't be built for, before a compiler does it in a hundred lines.
 include(CheckCXXSourceCompiles)
 

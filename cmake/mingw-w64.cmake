@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # Cross-builds the Windows DLL on Linux; what it builds runs under wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The argument checks that the public functions share, in their fixed order: every pointer, then
 // lengths, then counts.
 

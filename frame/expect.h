@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Expectations that nothing but a fault of the library's own can fail: instrumented builds stop
 // there, others take no notice of them.
 

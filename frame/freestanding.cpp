@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the compiler may call without being asked, and the DLL's load notification: the library is
 // linked without start files and without any other library. Nothing here is exported.
 //

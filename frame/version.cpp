@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The version record: one constant, so that the pointer handed out is the same on every call.
 
 #include "vekch/version.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Compiles any bytes as a pattern, in blocks of just the size that they need: whatever is read or
 // written outside is found by the instrumentation, and a program must be well formed.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the fuzz targets make of their inputs: options, and blocks of just the size that is needed.
 
 #ifndef VEKCH_FUZZ_FUZZ_INPUT_H

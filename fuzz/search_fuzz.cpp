@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Compiles any bytes as a pattern and searches any others with it: the library must answer as the
 // model does, and read and write nothing outside of blocks of just the size that they need.
 //

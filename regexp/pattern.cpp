@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The entry points of a pattern's life before the searches: its size, its compilation with what is
 // found out about the program right away, its settings.
 

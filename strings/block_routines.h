@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The library's own copy, move and fill: argument checks in front of the kernels. Callers with a
 // piece that may be empty ignore the status that an empty piece gives.
 

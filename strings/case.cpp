@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Case mapping: argument checks in front of the kernels. The copying and the in-place forms differ
 // in nothing else.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The comparisons: argument checks in front of the kernels, both in one function each.
 
 #include "vekch/compare.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Editing: argument checks, then pieces copied or moved into place.
 
 #include "vekch/edit.h"

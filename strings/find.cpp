@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The search family: argument checks and the results fixed for empty inputs, in front of the
 // kernels.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The string hashes: argument checks, and how the hash is written, around the kernels.
 
 #include "vekch/hash.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Trimming: argument checks, a kernel that finds what is kept, and its copy.
 
 #include "vekch/trim.h"

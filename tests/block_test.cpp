@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The block kernels and the cache budget, beneath the exported functions: linked from the archive.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Case mapping against a model that spells the letters out: every length and misalignment, every
 // byte value at every position, into a copy and onto the text.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The checks of arguments: every function with every combination of null pointers, and with numbers
 // out of range. Nulls count first, then lengths, then counts; and what fails writes nothing.
 

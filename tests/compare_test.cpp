@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The comparisons against a naive model: every length and misalignment, every difference.
 
 #include <algorithm>

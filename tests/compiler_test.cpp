@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Pattern objects and their compilation: listings that a person has checked, every small pattern
 // against a model, the densest patterns flush against the end of memory.
 

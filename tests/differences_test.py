@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The table of differences in docs/pattern-language.md, as other engines answer: Perl, PCRE2 and RE2.
 
 differences_test.py DOCUMENT [RE2_ANSWERS]   (the library's own column is run by guide_test.cpp)

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Editing against std::string: every length, positions at the ends and between, and the overlaps
 // that are allowed.
 

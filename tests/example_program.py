@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs an example program for its tests, natively or in an emulator."""
 
 import argparse

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The C++ header beside naive models: what it makes of texts of every length around a piece, of the
 // matches of patterns, and of faults. Built twice: as it comes, and without exceptions and with
 // pieces so short that every text is longer than one.

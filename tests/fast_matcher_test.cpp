@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The fast matcher: which patterns it takes, how it chooses, what it remembers, and that a call
 // ends. That it finds what the exact matcher finds is tested where searches are held against the
 // model, with objects that are fresh and with others that have been used.

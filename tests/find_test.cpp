@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The search family against naive models: every length and misalignment, small alphabets, needles
 // made to mislead, sets of every size and shape.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The version record and the texts of the statuses.
 
 #include <gtest/gtest.h>

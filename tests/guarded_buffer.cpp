@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/guarded_buffer.h"
 
 #include <cstdlib>

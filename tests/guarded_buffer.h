@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Memory between two pages that can't be touched: a byte read or written in front of it or behind
 // it ends the test program.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The examples of the guides: every line of a block "patterns", "templates" or "differences" in
 // docs/*.md is run. The forms, with two spaces or more between the columns:
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The string hashes against their defining loops: every length and alignment, elements that only
 // the later steps see, every overlap of string and hash, and values that callers may have stored.
 

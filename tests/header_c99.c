@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "header_use.h"
 
 int main(void) { return UseHeader(); }

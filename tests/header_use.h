@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /*
  * What a program does with the public header and nothing else: it takes the address of every
  * exported name and calls one function of each family. Compiled as C99, as C++, and by the C

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Which source takes in which: no circle, and between folders along the arrows of docs/house.dot.
 
 A folder takes in what its arrows lead to, in one step or in more, and each arrow is there for

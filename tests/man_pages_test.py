@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The manual pages: man_pages_test.py TREE: each exported function has one, and man has nothing to
 say against any of them."""
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a failure puts back is held in the arguments of the recursion (the places in the program and
 // in the subject, the options, the open groups) or, for the slots of captures, in a trail of old
 // values: a record that fails takes the trail back to where it found it. An abort leaves the slots

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Searches told by a slow and obvious matcher: plain recursion over a compiled program, record by
 // record, with both budgets counted as they are laid down.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/pattern_model.h"
 
 #include <algorithm>

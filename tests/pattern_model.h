@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which patterns compile, and where the others are at fault, told by a slow and obvious reader: for
 // patterns over the characters in kModelAlphabet, without options.
 

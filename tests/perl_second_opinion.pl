@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # Searches and Perl on the same patterns and subjects, where both mean the same:
 #
 #   perl perl_second_opinion.pl PROGRAM...

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/program_checks.h"
 
 #include <cstdlib>

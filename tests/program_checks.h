@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What holds for every compiled program, whatever its pattern: for tests that compile patterns of
 // which they can't tell the program.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The property escapes, and which code points a property has.
 
 #include "regexp/characters/properties.h"

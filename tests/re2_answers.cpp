@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // re2_answers PATTERN TEXT: "=" and RE2's first match, "none" or "refused".
 
 #include <re2/re2.h>

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # cmake -DREADME=file -DSAMPLE=file -P readme_test.cmake: does the README show the sample as it is?
 file(READ ${README} readme)
 file(READ ${SAMPLE} sample)

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Replacing: what templates are read as, from a table; then every pattern, subject, template,
 // capacity and number of elements of a small world beside a model of the result. The model knows of
 // matches what searching for the pattern in one group more reports.

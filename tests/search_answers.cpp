@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Searches for what the lines of its input say: options, pattern and subject, the two in
 // hexadecimal digits, with a tab between. Each line of its output is what a search reports: "start
 // length" or "-" for each group, "none", or the status.

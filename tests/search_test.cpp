@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Searching: oddities by name with results worked out by hand, small worlds in full and large
 // patterns at random beside the model, arguments, and the stack that a search takes.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Strings of 2^31 - 1 bytes, the most that a length can tell: sums of positions and lengths that
 // pass it must not wrap.
 //

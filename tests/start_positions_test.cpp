@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which way and which prefilter a pattern's start positions are found by: each is taken by one
 // pattern and left by a like one. That the answers are the same either way is the business of the
 // searches' tests.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One harness for all functions that read one or two strings and give a number, a string or both:
 // a function is a row with its naive model, an input is tried where its strings lie between pages
 // that can't be touched.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Trimming against a naive model: every number of bytes dropped at either end of short strings, all
 // kinds of lengths beyond, sets of every size class, into a copy and onto the source.
 

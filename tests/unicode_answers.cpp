@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Prints what the library answers for every code point, for the test that compares the answers
 // with the package that the tables are made from. Arguments: names of categories and scripts.
 

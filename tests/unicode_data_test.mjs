@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Makes the generated files again and compares them to the byte; then compares what the library
 // answers for every code point with the sets of the package, read here without the generator.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The conversions against a model that follows the rules word by word: every code point, every
 // short input, random well-formed and malformed text at every place, length and capacity.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Tests of the example program vekgrep, run as a program.
 
   table     arguments and inputs with what must come of them

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Plots of a run: for each group of families an SVG with a panel for each family.
 
 A point is a cell. The heavy line is the geometric mean over the cells of about one size, beside the

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Writes the pages on performance from the last kept run.
 
     tools/bench_report.py

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Runs of the benchmarks: what was measured, what of it is kept, and how two of them compare.
 
     tools/bench_runs.py keep AS_IS.csv SSE2.csv      keeps a run, in bench/runs/PROCESSOR

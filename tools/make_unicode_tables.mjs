@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Makes the Unicode 5.1 tables of the pattern compiler and matcher from the npm package that
 // tools/unicode_package.mjs fetches.
 //

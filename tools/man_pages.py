@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Makes the manual pages from the public headers.
 
     tools/man_pages.py INCLUDE_FOLDER TARGET_FOLDER VERSION

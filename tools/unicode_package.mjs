@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Fetches the npm package that carries the Unicode 5.1 data, for the generator of the tables and
 // for the test that compares the library's answers with it. The version is pinned, so that the
 // same tables come out everywhere.

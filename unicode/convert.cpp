@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The conversions: argument checks and empty texts, in front of the kernels.
 
 #include "frame/checks.h"

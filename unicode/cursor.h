@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where a conversion stands: the rest of the source and the rest of the destination's room, in
 // bytes on both sides.
 

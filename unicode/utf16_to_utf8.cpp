@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // UTF-16 to UTF-8. Far from both ends 32 units of ASCII or 8 units of anything well-formed are
 // taken a step; near the ends, and where surrogates stand alone, one character at a time.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The rule by which one character of UTF-8 is read, shared by the conversion and the matcher of
 // the regular expressions.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // UTF-8 to UTF-16. Far from both ends 16 bytes are taken a step where they are ASCII, or ASCII and
 // well-formed characters of two bytes, and 24 where they are eight of three bytes; all else, and
 // what is near the ends, is taken one character at a time, by the common reading rule where it is

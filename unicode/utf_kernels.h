@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Kernels of the conversions. UTF-16 is passed as bytes, since its units need not be aligned.
 // Length and capacity count elements and are at least 1; they are replaced by the elements read and
 // written, and StatusNoError is returned, so that the call can be the last thing that a front does.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* What the Python package calls besides the library's functions: the header-only helpers, as
  * functions that can be looked up, and results as pairs of offsets. */
 #include "vekch/regexp_help.h"

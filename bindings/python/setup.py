@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Builds the module with CMake and puts it into the package: one wheel for every Python version."""
 
 import pathlib

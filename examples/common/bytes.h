@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Texts as the library takes them, and searches of it as functions that return what they find. The
 // arguments are valid, so there is no status to look at.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The parser goes through the arguments once; what the options mean is the programs' affair.
 
 #include "common/command_line.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Command lines by a table of options, from which the help texts are made as well.
 //
 // Options and other arguments may be mixed; "--" ends the options. Every program has -h, which

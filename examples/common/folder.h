@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Folders and the files in them. Names are UTF-8 on every system, parts of them joined by "/".
 
 #ifndef EXAMPLES_COMMON_FOLDER_H

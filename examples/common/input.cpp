@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Chunks: the buffer is filled behind the unfinished line left from last time, handed out up to
 // its last newline, and what is behind that moves to the front.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Reads a source, such as a file, as a sequence of chunks in bounded memory.
 //
 // A chunk ends where a line ends, so that searching it finds all that searching the source would.

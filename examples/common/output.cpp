@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Buffered output. What is larger than the buffer is written from where it lies.
 
 #include "common/output.h"

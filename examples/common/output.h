@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What is printed: a buffer in front of standard output, and messages on standard error in their
 // order with what was printed before.
 

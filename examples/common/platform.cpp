@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The two systems, one behind the other: POSIX, then Windows on its C run-time library.
 
 #include "common/platform.h"

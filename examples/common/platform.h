@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What differs between the systems: files, terminals and the entry point. Files are descriptors,
 // failures are values of errno on both systems, and names are UTF-8 on Windows.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The frame of a program: nothing that goes wrong ends without a message and status.
 
 #include "common/program.h"

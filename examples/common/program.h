@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What every program does around its work.
 
 #ifndef EXAMPLES_COMMON_PROGRAM_H

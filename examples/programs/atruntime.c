@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* atruntime LIBRARY: takes the library in while running, and calls a function of it by its name. */
 #include <stdint.h>
 #include <stdio.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // csvclean < in.csv > out.csv: fields without white space around them, lines without a field left
 // out, quotation marks only where they are needed. Quoted fields may hold commas and quotation
 // marks (twice), not newlines.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // logstat < access.log: requests and bytes for each status and method, by the groups of a pattern.
 // Lines that are no request are counted and left out.
 

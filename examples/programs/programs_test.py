@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs the small programs: programs_test.py FOLDER LIBRARY [EMULATOR]"""
 
 import pathlib

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // rewrite PATTERN TEMPLATE FOLDER: replaces all matches in the files of a folder and of those in
 // it, by threads that take the files in turn, each with a pattern of its own. A file is changed
 // only if something matched, and only when the new one is written whole.

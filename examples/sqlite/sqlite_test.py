@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The SQLite extension in the real shell: sqlite_test.py SHELL EXTENSION [--times]
 
 Each function on a table of cases, then a table of 100,000 rows, searched by the extension and by the

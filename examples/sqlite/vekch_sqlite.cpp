@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A loadable extension for SQLite: regular expressions, splitting and trimming as SQL functions.
 //
 //   text REGEXP pattern                                 1 if the text holds a match, else 0

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "compiled_pattern.h"
 
 #include "explain.h"

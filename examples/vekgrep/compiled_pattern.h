@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A pattern, compiled into memory of its own.
 
 #ifndef VEKGREP_COMPILED_PATTERN_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a pattern has been compiled to, and what is wrong with one that does not compile: for
 // people who wonder why a pattern matches, or does not.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // From occurrences to lines. The searcher runs through a chunk from occurrence to occurrence; the
 // line around each is selected, or with -v the lines between. Lines are counted only where
 // something depends on their number.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Searches one file: selects its lines and reports them as the options say.
 
 #ifndef VEKGREP_FILE_SEARCH_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files_search.h"
 
 #include <vector>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Searches all files that were named, and those in folders that were.
 
 #ifndef VEKGREP_FILES_SEARCH_H

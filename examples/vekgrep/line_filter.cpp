@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // For kWhole the pattern is compiled with option m and without s, so that "^", "$" and "." see each
 // line of the text as if it stood alone. If then no record can consume a newline or look beyond
 // one, the tries at a place of a line are the same in the text as in the line alone, and so is what

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Finds the lines of a text in which a pattern may match, so that most lines are never searched one
 // by one. Which way it takes is decided from the compiled program:
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One pattern, searched for in the lines of a text. A match stays in a line, of which the pattern
 // sees the bytes in front of the newline and no others.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // vekgrep: prints the lines of files that match a pattern or contain a text. It shows the library
 // at work in a program for every day: all searching and comparing of bytes is done by the library's
 // exported functions, though files may be larger than their 32-bit lengths.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The table of options and what they mean. The first argument that is no option is the pattern
 // unless -e gave one; the rest are files.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Each pattern runs ahead to its next line with a match and waits there until the search comes by.
 
 #include "pattern_searcher.h"

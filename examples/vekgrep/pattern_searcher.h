@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Searches for patterns.
 
 #ifndef VEKGREP_PATTERN_SEARCHER_H

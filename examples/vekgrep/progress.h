@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A line on the terminal of standard error that tells how far a long run has come.
 
 #ifndef VEKGREP_PROGRESS_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The library leaves off where the results or the replaced text don't fit, so the call is made
 // again with more room until there was enough for certain.
 

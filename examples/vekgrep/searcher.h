@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where a text matches: what searching for fixed text and for patterns have in common. The text is
 // a chunk of lines as it was read.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Colours as terminals take them: a sequence in front of what is coloured and one behind it.
 
 #include "styled_output.h"

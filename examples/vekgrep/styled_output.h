@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Output with parts of it in colour.
 
 #ifndef VEKGREP_STYLED_OUTPUT_H

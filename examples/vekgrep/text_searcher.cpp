@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Several patterns are searched for one by one, each from chunk start to chunk end: for every
 // pattern the next occurrence is kept, and searched for anew only when the search has passed it.
 //

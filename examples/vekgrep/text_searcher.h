@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Searches for fixed texts. A chunk is searched as a whole, so that one without an occurrence costs
 // one pass for each text.
 

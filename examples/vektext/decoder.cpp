@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Raw bytes are read behind those left from last time, and turned into text but for what the next
 // bytes could still belong to: half a unit, or a high surrogate.
 

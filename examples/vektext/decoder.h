@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Turns a source of text in any of the encodings into one of UTF-8.
 
 #ifndef VEKTEXT_DECODER_H

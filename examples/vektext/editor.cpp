@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Each step is one call of the library; the order of the steps is the promise of the help text.
 
 #include "editor.h"

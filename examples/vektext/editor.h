@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What happens to UTF-8 text between decoding and encoding.
 
 #ifndef VEKTEXT_EDITOR_H

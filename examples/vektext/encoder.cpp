@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // UTF-16 is made of many lines at a time: text gathers in a buffer, and what could be the start of
 // a character stays in it when the rest is converted.
 

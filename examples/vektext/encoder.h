@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Writes UTF-8 in any of the encodings.
 
 #ifndef VEKTEXT_ENCODER_H

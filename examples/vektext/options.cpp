@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The table of options, what they mean, and which of them go together.
 
 #include "options.h"

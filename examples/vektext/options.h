@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The command line: what was asked for, and the texts that explain what can be asked for.
 
 #ifndef VEKTEXT_OPTIONS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * Case mapping of the 26 ASCII letters.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * Comparison of two byte strings of one common length.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * Editing: concatenation, insertion, removal, replacement of a byte value, splitting.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * How the functions are declared: C linkage, and the import or visibility attribute.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * Three 32-bit string hashes, for bytes (8u32u) and for 16-bit units (16u32u).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * Regular expressions: a pattern is compiled once into an object that the caller owns.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * Helpers around the regular expressions, for C99 and C++: the number of groups of a compiled

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * The compiled pattern and the replacement template as they lie in memory: for tools that show or

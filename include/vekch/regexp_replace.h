@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * Replacing what a compiled pattern matches by an expanded template.

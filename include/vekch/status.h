@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * The status that every function but vekchGetLibVersion returns, and its text for people.

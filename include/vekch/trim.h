@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * Trimming: dropping a byte value, or the bytes of a set, from the ends of a string.

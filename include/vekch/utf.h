@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * Conversion between UTF-8 and UTF-16, in native or in swapped unit order.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * vekch: string primitives for 64-bit x86 with SSE3, for C99 and C++.

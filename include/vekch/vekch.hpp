@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * vekch for C++17: the library's functions over std::string_view, and patterns that own their

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Conan 2: conan create packaging/conan -b missing"""
 
 import os

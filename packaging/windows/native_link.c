@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* Linked by a linker native to Windows, with vekchm7.lib and nothing else. Ends with 0 if the DLL
  * answers. */
 #include <vekch/find.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One pass after the other, each in need of those before it:
 //
 //   LinkGroups     alternatives and ends of groups

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What is found out about a program right after its compilation.
 
 #ifndef VEKCH_REGEXP_ANALYSE_ANALYSE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regexp/analyse/first_bytes.h"
 
 #include "regexp/analyse/levels.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The bytes that a match can begin with, place by place, found by following every way through the
 // program at once.
 

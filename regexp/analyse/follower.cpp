@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regexp/analyse/follower.h"
 
 #include "regexp/characters/bytes.h"

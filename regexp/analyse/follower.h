@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What must follow a repetition, told by the first byte.
 
 #ifndef VEKCH_REGEXP_ANALYSE_FOLLOWER_H

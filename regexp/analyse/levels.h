@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Levels of depth that a match may take beside those of its records.
 
 #ifndef VEKCH_REGEXP_ANALYSE_LEVELS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regexp/analyse/search_plan.h"
 
 #include "regexp/analyse/first_bytes.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How a search finds the places where a match may begin, without asking the matcher: made for a
 // pattern when it pays for the first time. A place that is passed over is one where the matcher
 // would have failed within the first records, so that it takes some depth; with less than that, no

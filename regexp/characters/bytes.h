@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How single bytes of a subject are compared.
 
 #ifndef VEKCH_REGEXP_CHARACTERS_BYTES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regexp/characters/character_set.h"
 
 #include "regexp/characters/bytes.h"

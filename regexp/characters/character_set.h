@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Sets of characters as the matcher tests them: a table with an entry for each byte that stands
 // alone, and one answer for all characters of several bytes, where they all have the same.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The property escapes and the membership test.
 //
 // Which code points a category accepts was laid down by a walk over the database: first over ten

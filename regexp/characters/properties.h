@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Unicode properties: the parser of "\p" and "\P", the membership test of a property record, and
 // the questions about one code point that matching loops ask. All of it by the Unicode 5.1 data,
 // all of it constant, each answer about a code point in constant time; ASCII never reaches the

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The tables of Unicode 5.1 and the look-ups in them, each a constant number of steps.
 //
 // The records of the character database would be 19316 entries to search. Here a code point leads

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Bracket classes: a head record, and behind it a record for each item.
 //
 // A "-" makes a range of the member before it and the member behind it, so a member waits until

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The compiler's stages, in the order in which they run.
 //
 //   1  the anchor in front of a leading ".*" or ".+"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The compiler: a pattern's text in, records in the pattern object out.
 
 #ifndef VEKCH_REGEXP_COMPILE_COMPILER_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Escapes outside bracket classes, and "." and the shorthands, whose repetitions merge.
 
 #include "regexp/characters/properties.h"

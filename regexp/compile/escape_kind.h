@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the byte behind a backslash begins, outside bracket classes and inside. One table: what no
 // row names stands for itself.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regexp/compile/escape_text.h"
 
 #include "regexp/compile/pattern_text.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The escapes that stand for one character, inside bracket classes and outside.
 
 #ifndef VEKCH_REGEXP_COMPILE_ESCAPE_TEXT_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What ends a compilation: the status, and the place in the pattern that it concerns.
 
 #ifndef VEKCH_REGEXP_COMPILE_FAULT_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Groups, from their "(" on: what kind a group is, and the constructs in "(?" and ")" that are no
 // groups.
 

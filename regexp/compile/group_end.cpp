@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Groups, at their ")": a group that needs no records dissolves; any other gets its end, and what
 // was open in its records while it was open is settled.
 //

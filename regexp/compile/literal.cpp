@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Literal bytes are gathered into runs of the pattern's text. A run gets its record when anything
 // else comes: one byte as OpChar, more as OpString.
 //

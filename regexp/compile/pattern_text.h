@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Reading a pattern's text: the small questions that the pre-scan and the compiler both ask. A
 // pattern ends with a zero byte; every routine stops there at the latest.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regexp/compile/posix_name.h"
 
 #include "regexp/compile/pattern_text.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The names of sets that a bracket class may hold: "[:alpha:]", "[:^digit:]" and the like.
 
 #ifndef VEKCH_REGEXP_COMPILE_POSIX_NAME_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The pre-scan: one pass that knows just enough of the language to find groups and classes. What
 // it lets through may still fail to compile.
 //

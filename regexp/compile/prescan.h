@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The pass that looks over a whole pattern before any of it is compiled.
 
 #ifndef VEKCH_REGEXP_COMPILE_PRESCAN_H

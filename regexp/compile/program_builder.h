@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The state of the pass that builds the program, and its constructs. The pass reads the pattern
 // once from left to right, without recursion and without memory of its own: it appends records,
 // and goes back to change them where a group closes or a quantifier arrives.

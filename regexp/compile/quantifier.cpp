@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Quantifiers: a record behind what they repeat.
 
 #include "regexp/compile/pattern_text.h"

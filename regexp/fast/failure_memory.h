@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A memory of failures: which choices are known to lead nowhere at which places of the subject, so
 // that none of them is tried twice. "(a|a)*[bc]" doubles its tries with each "a" without it.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A loop over the operations, and a stack of frames for what may have to be tried or undone. A
 // frame is put aside only where the next byte leaves more than one way open, and an undoing only
 // while there is such a frame.

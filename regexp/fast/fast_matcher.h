@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The fast matcher: whether a translated program matches at one place of a subject, where neither
 // budget of the search can run out. Where one could, or its frames are used up, it gives up, and
 // the exact matcher does the same try from the beginning.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A compiled program in the form that the fast matcher runs: compact operations that know where
 // they lead, and at each choice the bytes that each of its ways can begin with. Made of the records
 // when it pays, in the free room of the pattern object.

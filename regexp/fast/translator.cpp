@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Each record becomes the operation of the same index, in one pass; groups with a choice or a loop
 // take further operations behind the last record's. Then, against the direction of matching, the
 // bytes that can come next are gathered for each operation, until nothing changes: only loops lead

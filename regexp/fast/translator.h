@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Translates a compiled program for the fast matcher.
 
 #ifndef VEKCH_REGEXP_FAST_TRANSLATOR_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the matcher remembers of a choice it may have to come back to, and how much of its budgets
 // is used.
 

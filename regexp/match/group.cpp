@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Groups and conditionals.
 //
 // Alternatives are tried in order. At the end of a repetition the group has captured what that

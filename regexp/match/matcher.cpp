@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The loop over the records, and what happens where it can't go on.
 
 #include "regexp/match/matcher.h"

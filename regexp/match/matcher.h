@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The matcher: whether a compiled program matches at one place of a subject.
 //
 // The rules are those of a recursion in which every record calls the next: a failure goes back to

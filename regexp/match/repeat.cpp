@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Repeated characters and back-references. A greedy repetition takes all it can, and gives back one
 // at a time; a lazy one takes one more when what follows has failed. Where a byte is known that
 // must follow, places without it are not tried.

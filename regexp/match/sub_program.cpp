@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Look-arounds, the conditions made of them, and atomic groups: programs in the program. When one
 // has matched, its frames are dropped, so that no other way through it is tried; what its groups
 // have captured stays.

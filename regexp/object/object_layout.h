@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The pattern object as the library fills it. include/vekch/regexp_program.h describes the header
 // and the program; between them lie two work tables, 48,000 bytes that are one room here:
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Walking along a compiled program by the indices of its records, without matching anything.
 
 #ifndef VEKCH_REGEXP_OBJECT_PROGRAM_WALK_H

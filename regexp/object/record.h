@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Questions about one record of a program.
 
 #ifndef VEKCH_REGEXP_OBJECT_RECORD_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Replacing: one search for all matches that are to be replaced, then the source from its start to
 // its end, in pieces: the text before each match, the template's items, the text behind the last.
 //

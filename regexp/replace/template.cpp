@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Templates of replacements: one walk over the text, which cuts it into pieces of literal text and
 // references to groups. Every item stands for a byte of the text at least, so that the object has
 // room for one item per byte.

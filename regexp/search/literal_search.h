@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The literals of a program, looked for in a subject.
 
 #ifndef VEKCH_REGEXP_SEARCH_LITERAL_SEARCH_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regexp/search/literals.h"
 
 #include "regexp/search/start_positions.h"

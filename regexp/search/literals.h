@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the literals of a pattern tell of a subject before anything is matched: all that rests on
 // literals alone is decided here.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The search driver: narrows the subject by what the literals tell, tries the start positions in
 // order, and reports what was found.
 

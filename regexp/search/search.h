@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The search driver: a subject and a compiled pattern in, matches out.
 
 #ifndef VEKCH_REGEXP_SEARCH_SEARCH_H

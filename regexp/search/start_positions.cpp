@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regexp/search/start_positions.h"
 
 #include "regexp/characters/bytes.h"

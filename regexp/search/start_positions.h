@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where a match may begin: one iterator, whatever it goes by.
 
 #ifndef VEKCH_REGEXP_SEARCH_START_POSITIONS_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where code is placed.
 
 #ifndef VEKCH_STRINGS_KERNELS_ATTRIBUTES_H

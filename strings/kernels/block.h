@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The 16-byte block and the few operations on it that every kernel is written in. What only some of
 // them need lies beside it (ends.h, byte_range.h, lanes.h, store_steps.h), and no other file names
 // an instruction; nothing here needs more than SSE3.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Block copy. Below 64 bytes: steps of 32 to 1 bytes, as the length's bits say. From 64 bytes on:
 //
 //   1. the first block unaligned, if the destination is; from there on stores are aligned

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Block fill: the steps of the copy with one byte value as their supply. It goes past the cache
 // only from the size of the whole cache on.
 

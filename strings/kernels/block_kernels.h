@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Kernels that move bytes. Lengths are 0 or more; nothing outside the given lengths is read or
 // written.
 //

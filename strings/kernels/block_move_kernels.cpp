@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Block move, for strings that may overlap: in the direction in which no store reaches a byte that
 // is still to be loaded.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Ranges of byte values, tested in all lanes of a block.
 
 #ifndef VEKCH_STRINGS_KERNELS_BYTE_RANGE_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Membership in a set of byte values that is given as a list, in the three forms in which kernels
 // test it: probes for the scan that compare a block with every member or with ranges of members,
 // and a table with an entry for each byte value.

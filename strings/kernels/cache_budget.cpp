@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Cache figures from the descriptors of CPUID leaf 2: the first entry of the table below whose
 // descriptor the processor reports gives the size. The table runs from the largest cache to the
 // smallest, so that the outermost cache is the one that counts.

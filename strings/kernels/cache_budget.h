@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How much cache a block may use before it is better stored past it. The figures are computed from
 // what the processor says of itself each time they are needed: nothing is kept between calls.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Kernels of the case mapping: a transform that adds a value to the bytes of a range. They are
 // inline for the fronts, which lie in the kernels' section with them.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Large tables set to zero.
 
 #ifndef VEKCH_STRINGS_KERNELS_CLEAR_WORDS_H

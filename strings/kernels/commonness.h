@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How common byte values are in texts.
 
 #ifndef VEKCH_STRINGS_KERNELS_COMMONNESS_H

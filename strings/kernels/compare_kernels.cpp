@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The comparison of long strings that ignores case: a scan for bytes that differ by more.
 
 #include "strings/kernels/compare_kernels.h"

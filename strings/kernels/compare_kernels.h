@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Kernels of the comparisons. The strings have a common length of at least 1; only they are read.
 //
 // They are inline for the fronts, which lie in the kernels' section with them: a short comparison

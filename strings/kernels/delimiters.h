@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The delimiters of a string, found 64 bytes at a time and handed out one by one: a field costs no
 // search of its own.
 

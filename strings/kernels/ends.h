@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Strings shorter than a block, as blocks: their first and their last bytes side by side, which
 // overlap where the length is no power of two.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Search for one byte value: a scan that compares each block with the value in every lane.
 
 #include "strings/kernels/byte_set.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Search for a needle by a few of its bytes. A position of the source is a candidate if the chosen
 // bytes stand at their places after it; candidates are found 64 positions a step, and each is
 // compared with the whole needle.

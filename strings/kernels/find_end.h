@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Search in a string that ends with a zero byte, where nobody knows how far that is. What may be
 // read are groups of 64 bytes, aligned to 64, that hold a byte of the string or its terminator:
 // such a group is a cache line, so that reading it touches no line, and no page, that the string

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Kernels of the search family. Lengths are at least 1 and a needle is no longer than its source;
 // only the given bytes are read, except where a kernel says otherwise. Every kernel returns the
 // position found, or -1.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "strings/kernels/find_pair_kernels.h"
 
 #include "strings/kernels/byte_range.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Search for places where two bytes, at a fixed distance from each other, belong to one set each.
 
 #ifndef VEKCH_STRINGS_KERNELS_FIND_PAIR_KERNELS_H

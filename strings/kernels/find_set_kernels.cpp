@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Search for a byte that belongs to a set:
 //
 //   one member       a search for that byte

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Search for a long needle by looking at few bytes of the source, after Horspool, with grams of
 // eight bytes in place of single ones (compare Lecroq, "Fast exact string matching algorithms").
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Search for a substring:
 //
 //   nearby      the positions where the scan starts, by masks of the needle's first and last byte:

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Search for a substring in a string that ends with a zero byte:
 //
 //   first       in the group of the first byte, 16 positions after the other by a mask of the

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The two-way method of Crochemore and Perrin: linear time and constant space for every needle and
 // text. A direction says how the strings are indexed.
 

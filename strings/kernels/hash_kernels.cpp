@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The multiply-31 hash of long strings, in blocks, and of strings that the hash overlaps.
 
 #include "strings/kernels/hash_kernels.h"

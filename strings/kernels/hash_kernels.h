@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Kernels of the string hashes. A string is `count` elements, bytes or 16-bit units, at any
 // address; only they are read.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Bytes and wider elements moved about in a block, and arithmetic on elements of 16, 32 and 64
 // bits. Element 0 lies at the lowest address; a result wraps in its element.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Copies and moves for pieces of a result, which are mostly short: inline, so that a short piece
 // costs no call, and by two ends that overlap where the length is no power of two. That takes fewer
 // branches than the steps of the block copy, which stores every byte once; pieces for which the

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The shape that every search and every comparison shares: find the first, or the last, position
 // of a string at which something is hit.
 //

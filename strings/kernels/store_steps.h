@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The steps by which the copy and the fill store a string, without storing a byte twice. What they
 // store is a Supply:
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The shape that the transforms of single bytes share: each byte of a source is mapped by itself
 // and stored at the same position of a destination.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The second stages of trimming, and the kernels for sets.
 
 #include "strings/kernels/trim_kernels.h"

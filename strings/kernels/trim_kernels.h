@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Trimming: from each end, the search for the first byte that stays. Most trims drop a byte or two,
 // so an end goes through two stages:
 //

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The promises of the built shared library, checked on the binary itself, ELF or PE.
 
 binary_rules.py --exports LIST [--definition DEF] [--version VERSION] [--folder FOLDER]

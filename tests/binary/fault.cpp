@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A library with one small function and one small kernel that keeps every rule of
 // binary_rules.py, or, with the macro FAULT set to one of the names below, breaks one of them.
 

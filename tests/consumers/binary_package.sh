@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
+
 # Usage: binary_package.sh BUILD_FOLDER WORK_FOLDER
 # Makes an archive and a Debian package, and looks for the library, its headers and its terms.
 set -eu

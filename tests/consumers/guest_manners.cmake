@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # Run in the build folder of a project that has taken in the sources: each of the library's is
 # compiled with -O2, and nothing of the library gets into the project's own installation.
 file(READ compile_commands.json commands)

@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
+
 # Usage: pkg_config.sh shared|static CC INSTALLED_LIBRARY_FOLDER BUILD_FOLDER
 set -eu
 PKG_CONFIG_PATH=$3/pkgconfig

@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
+
 # Usage: source_package.sh BUILD_FOLDER WORK_FOLDER
 # Makes the source package, builds it as a stranger does, without a preset, installs it into
 # folders of unusual names, one of them with its whole path, and takes it in from there.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs the commands of a guide: commands_test.py GUIDE FOLDER_OF_PROGRAMS
 
 Each block "sh" is run in one folder, by bash, and must print the block "output" after it.

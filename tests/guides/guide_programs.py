@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Takes the whole programs out of the guides: guide_programs.py FOLDER TARGET
 
 A block "c" or "cpp" with a main function is a program; a block "output" after it is what it prints.

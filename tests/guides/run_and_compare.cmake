@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # cmake -DPROGRAM=... -DOUTPUT=file -P run_and_compare.cmake: does it print just that?
 execute_process(COMMAND ${PROGRAM} OUTPUT_VARIABLE printed RESULT_VARIABLE result)
 file(READ ${OUTPUT} wanted)

@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
+
 # installed.sh PYTHON PACKAGE FOLDER: installs a copy of the package's tree by pip, without asking any
 # server, and runs its tests with what was installed.
 set -eu

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The Python package beside Python's own `re`, where both mean the same, and where they don't."""
 
 import contextlib

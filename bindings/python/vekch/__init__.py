@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Regular expressions and UTF conversion by the vekch library.
 
     >>> import vekch

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* A program of a user of the library, built in each of the ways in which it can be taken in. */
 #include <stdio.h>
 #include <vekch/vekch.h>

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # An overlay port of this tree: vcpkg install vekch --overlay-ports=packaging/vcpkg/ports
 get_filename_component(SOURCE_PATH "${CMAKE_CURRENT_LIST_DIR}/../../../.." ABSOLUTE)
 vcpkg_cmake_configure(SOURCE_PATH "${SOURCE_PATH}" OPTIONS -DVEKCH_BUILD_EXAMPLES=OFF)
