@@ -20,6 +20,11 @@ constexpr int32_t kChunksAhead = 16;
 
 }  // namespace
 
+// Beyond the lowest.
+int32_t Matcher::MostChunks(const RegExpState& state) {
+  return OwnDepth(state) / (kFramesInChunk - kSpareFrames) + kChunksAhead;
+}
+
 Matcher::Matcher(RegExpState* patternState, const uint8_t* text, int32_t length)
     : state(patternState),
       program(ProgramOf(patternState)),
@@ -30,8 +35,7 @@ Matcher::Matcher(RegExpState* patternState, const uint8_t* text, int32_t length)
       isUtf8(patternState->characterFormat != 0),
       undoesLess(DepthLimit(*patternState) > FactsOf(patternState)->mostDepth &&
                  FactsOf(patternState)->readsOpenGroups == 0),
-      fullBudget(OwnDepth(*patternState), patternState->matchLimit),
-      mostChunks(OwnDepth(*patternState) / (kFramesInChunk - kSpareFrames) + kChunksAhead) {}
+      fullBudget(OwnDepth(*patternState), patternState->matchLimit) {}
 
 void Matcher::ClearSlots() {
   for (int32_t slot = 1; slot < state->captureCount; ++slot) {
@@ -46,10 +50,65 @@ MatchResult Matcher::Match(const ProgramNode* first, const uint8_t* start, const
   programEnd = program + state->nodeCount;
   sub = nullptr;
   skew = 0;
-  chunkInUse = nullptr;
-  chunksLeft = mostChunks;
-  Run(first, start, fullBudget, OnAbort(), Flow::kNext);
+  Chunk lowest;
+  lowest.below = nullptr;
+  lowest.above = nullptr;
+  chunkInUse = &lowest;
+  top = lowest.frames;
+  Registers r = {first, start, fullBudget, OnAbort()};
+  Flow flow = Run(&r, Flow::kNext);
+  for (int64_t chunks = 0; flow != Flow::kFinished; flow = Run(&r, flow)) {
+    // The chunk is full. What it leads to lies in the frame of this function, until that returns.
+    if (chunkInUse->above == nullptr) {
+      if (chunks == MostChunks(*state)) {
+        flow = Flow::kAbort;
+        continue;
+      }
+      ++chunks;
+      auto* const chunk = static_cast<Chunk*>(__builtin_alloca(sizeof(Chunk)));
+      chunk->below = chunkInUse;
+      chunk->above = nullptr;
+      chunkInUse->above = chunk;
+    }
+    chunkInUse->top = top;
+    chunkInUse = chunkInUse->above;
+    top = chunkInUse->frames;
+  }
   return result;
+}
+
+// Goes on until the match is over or the chunk is full; returns with what to go on then.
+Flow Matcher::Run(Registers* registers, Flow flow) {
+  Registers r = *registers;
+  for (;;) {
+    switch (flow) {
+      case Flow::kNext:
+        flow = Execute(&r);
+        if (flow == Flow::kGrow) {
+          *registers = r;
+          return Flow::kNext;
+        }
+        break;
+      case Flow::kFail:
+        flow = Fail(&r);
+        break;
+      case Flow::kAbort:
+        flow = Abort(&r);
+        break;
+      case Flow::kEnd:
+        flow = EndOfProgram(&r);
+        break;
+      case Flow::kRepeat:
+        if (!HasRoom()) {
+          *registers = r;
+          return flow;
+        }
+        flow = AtomicRepetition(&r);
+        break;
+      default:
+        return Flow::kFinished;
+    }
+  }
 }
 
 // ---- The loop.
@@ -255,7 +314,6 @@ Flow Matcher::Accept(Registers* r) {
 
 Flow Matcher::Finish(MatchResult outcome) {
   result = outcome;
-  chunkInUse = nullptr;
   return Flow::kFinished;
 }
 
@@ -369,7 +427,6 @@ Frame* Matcher::Below(const Frame* frame) const {
 void Matcher::CutBehind(const Frame* frame) {
   while (frame < chunkInUse->frames || frame >= chunkInUse->frames + kFramesInChunk) {
     chunkInUse = chunkInUse->below;
-    ++chunksLeft;
   }
   top = chunkInUse->frames + (frame - chunkInUse->frames) + 1;
 }
@@ -406,58 +463,6 @@ void Matcher::Undo(const Frame& frame) {
     slot.pointer = part.captureLength < 0 ? nullptr : subject + part.captureStart;
     slot.length = part.captureLength;
   }
-}
-
-// ---- The chunks.
-
-void Matcher::Run(const ProgramNode* node, const uint8_t* at, Budget budget, OnAbort onAbort,
-                  Flow flow) {
-  Registers r = {node, at, budget, onAbort};
-  Chunk chunk;
-  chunk.below = chunkInUse;
-  chunkInUse = &chunk;
-  top = chunk.frames;
-  while (chunkInUse == &chunk) {
-    switch (flow) {
-      case Flow::kNext:
-        flow = Execute(&r);
-        break;
-      case Flow::kFail:
-        flow = Fail(&r);
-        break;
-      case Flow::kAbort:
-        flow = Abort(&r);
-        break;
-      case Flow::kEnd:
-        flow = EndOfProgram(&r);
-        break;
-      case Flow::kGrow:
-        flow = RunInNewChunk(&r, Flow::kNext);
-        break;
-      case Flow::kRepeat:
-        flow = HasRoom() ? AtomicRepetition(&r) : RunInNewChunk(&r, flow);
-        break;
-      case Flow::kFinished:
-        chunkInUse = nullptr;
-        break;
-    }
-  }
-  resumedFlow = flow;
-  if (chunkInUse != nullptr) {
-    resumedRegisters = r;
-  }
-}
-
-// Returns with what the chunk whose turn it is then has to go on with.
-Flow Matcher::RunInNewChunk(Registers* r, Flow flow) {
-  if (chunksLeft == 0) {
-    return Flow::kAbort;
-  }
-  --chunksLeft;
-  chunkInUse->top = top;
-  Run(r->node, r->at, r->budget, r->onAbort, flow);
-  *r = resumedRegisters;
-  return resumedFlow;
 }
 
 }  // namespace vekch::regexp

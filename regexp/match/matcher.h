@@ -14,8 +14,8 @@
 //   group.cpp        groups and conditionals
 //   sub_program.cpp  look-arounds and atomic groups
 //
-// Frames lie on the machine stack in chunks: when a chunk is full, the loop calls itself with a new
-// one. So the stack grows no further than a search needs.
+// Frames lie on the machine stack in chunks: when a chunk is full, Match makes its own frame larger
+// by another one. So the stack grows no further than a search needs.
 
 #ifndef VEKCH_REGEXP_MATCH_MATCHER_H
 #define VEKCH_REGEXP_MATCH_MATCHER_H
@@ -53,7 +53,8 @@ class Matcher {
   // Matches at `start` by the program from `first` on, in a subject that ends at `end`. On kOk slot
   // 0 holds the match and the other slots what the groups captured. The slots are to be cleared
   // before.
-  MatchResult Match(const ProgramNode* first, const uint8_t* start, const uint8_t* end);
+  [[gnu::noinline]] MatchResult Match(const ProgramNode* first, const uint8_t* start,
+                                      const uint8_t* end);
 
   void ClearSlots();
 
@@ -88,18 +89,19 @@ class Matcher {
   bool requireNonEmpty = false;
 
  private:
-  static constexpr int32_t kFramesInChunk = 52;  // keeps a call's frame below a page
+  static constexpr int32_t kFramesInChunk = 52;  // keeps a chunk below a page
   static constexpr int32_t kSpareFrames = 3;     // what one record may take, at most
 
   struct Chunk {
     Chunk* below;
-    Frame* top;  // behind its last frame, while there is a chunk above
+    Chunk* above;  // null as long as there was no need of one
+    Frame* top;    // behind its last frame, while frames are in the chunk above
     Frame frames[kFramesInChunk];
   };
 
   // ---- matcher.cpp
-  void Run(const ProgramNode* node, const uint8_t* at, Budget budget, OnAbort onAbort, Flow flow);
-  Flow RunInNewChunk(Registers* r, Flow flow);
+  static int32_t MostChunks(const RegExpState& state);
+  [[gnu::noinline]] Flow Run(Registers* registers, Flow flow);
   Flow Execute(Registers* registers);
   Flow Record(Registers* r);
   Flow Character(Registers* r);
@@ -234,8 +236,7 @@ class Matcher {
   // The depth can't run out, and no group is read while it is open: slots and entries that every
   // match sets anew need not be put back.
   const bool undoesLess;
-  const Budget fullBudget;   // with which each match begins
-  const int32_t mostChunks;  // beyond the first
+  const Budget fullBudget;  // with which each match begins
 
   const uint8_t* matchStart = nullptr;      // of the match
   const uint8_t* limit = nullptr;           // end of the text that is matched
@@ -249,11 +250,8 @@ class Matcher {
   int32_t atomicMinimum = 0;  // repetitions due of the atomic group that is set
   int32_t atomicMaximum = 0;  // repetitions allowed
 
-  Chunk* chunkInUse = nullptr;  // whose loop runs, or is to go on
-  Frame* top = nullptr;         // behind its last frame
-  int32_t chunksLeft = 0;
-  Flow resumedFlow = Flow::kFinished;  // with which that loop goes on
-  Registers resumedRegisters = {};
+  Chunk* chunkInUse = nullptr;
+  Frame* top = nullptr;  // behind its last frame
   MatchResult result = MatchResult::kFail;
 };
 
