@@ -50,6 +50,7 @@ MatchResult Matcher::Match(const ProgramNode* first, const uint8_t* start, const
   programEnd = program + state->nodeCount;
   sub = nullptr;
   skew = 0;
+  static_assert(sizeof(Chunk) < 4000, "no page of the stack is stepped over untouched");
   Chunk lowest;
   lowest.below = nullptr;
   lowest.above = nullptr;
