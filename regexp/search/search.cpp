@@ -194,13 +194,26 @@ FastResult FindDirectly(const uint8_t* subject, int32_t length, const Stretch& s
     return FastResult::kGivesUp;
   }
   FastCall call = FastCallOf(*program, state, subject, length, Matcher::MostWork(*state, length));
-  const StartRule::Way way = WayOf(*state);
-  if (call.allowance < 0 || way == StartRule::kLineStarts) {
+  const StartRule rule = StartRuleFor(state, stretch.length);
+  const uint8_t* const begin = stretch.begin;
+  const uint8_t* const end = begin + stretch.length;
+  if (call.allowance < 0 || rule.way == StartRule::kLineStarts) {
     return FastResult::kGivesUp;
   }
-  const uint8_t* const end = stretch.begin + stretch.length;
-  return way == StartRule::kFirst ? MatchFast(&call, stretch.begin, end)
-                                  : FindFast(&call, stretch.begin, end);
+  if (rule.way == StartRule::kFirst) {
+    return MatchFast(&call, begin, end);
+  }
+  if (rule.plan == nullptr) {
+    return FindFast(&call, begin, end);
+  }
+  // A field often matches where it begins: only then is a prefilter asked.
+  FastResult result = MatchFast(&call, begin, end);
+  StartPositions starts(state, rule, {subject, begin, end, program->isUtf8});
+  const uint8_t* at = begin;
+  while (result == FastResult::kFail && (at = starts.After(at, true)) != nullptr) {
+    result = MatchFast(&call, at, end);
+  }
+  return result;
 }
 
 // The first match of a pattern that is one literal, without the driver. Groups that the compiler
