@@ -167,7 +167,7 @@ VEK_INLINE vekStatus Split(const uint8_t* source, int32_t sourceLength, uint8_t 
                            uint8_t* const* destinations, int32_t* lengths, int32_t* count) {
   const int32_t slots = *count;
   vekStatus status = StatusNoError;
-  kernels::Delimiters delimiters(source, sourceLength, delimiter);
+  kernels::Delimiters delimiters = kernels::DelimitersOf(source, sourceLength, delimiter);
   CacheAnswer cache;
   int32_t from = 0;
   int32_t i = 0;

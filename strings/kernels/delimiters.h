@@ -10,62 +10,58 @@
 
 namespace vekch::kernels {
 
-class Delimiters {
- public:
-  VEK_INLINE Delimiters(const uint8_t* source, int32_t length, uint8_t delimiter)
-      : source_(source), length_(length), delimiter_(Splat(delimiter)) {
-    bits_ = BitsAt(0);
+struct IsDelimiter {
+  static constexpr Hits kHits = Hits::kSetLanes;
+  const uint8_t* source;
+  Block value;
+
+  template <class Load>
+  VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
+    return load(source + i) == value;
   }
+};
+
+struct Delimiters {
+  IsDelimiter probe;
+  int32_t length;
+  int32_t group;  // where the 64 bytes begin whose delimiters are at hand
+  uint64_t bits;  // those that are still to be handed out
 
   // Position of the next one, the string's length behind the last.
   VEK_INLINE int32_t Next() {
-    while (bits_ == 0) {
-      if (length_ - group_ <= kGroup) {
-        return length_;
+    while (bits == 0) {
+      if (length - group <= kGroup) {
+        return length;
       }
-      group_ += kGroup;
-      bits_ = BitsAt(group_);
+      LookAt(group + kGroup);
     }
-    const int32_t position = group_ + LowestBit(bits_);
-    bits_ &= bits_ - 1;
+    const int32_t position = group + LowestBit(bits);
+    bits &= bits - 1;
     return position;
   }
 
- private:
-  struct Probe {
-    static constexpr Hits kHits = Hits::kSetLanes;
-    const uint8_t* source;
-    Block value;
-
-    template <class Load>
-    VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
-      return load(source + i) == value;
-    }
-  };
-
-  VEK_INLINE uint64_t BitsAt(int32_t group) const {
-    const Probe probe = {source_, delimiter_};
-    const int32_t rest = length_ - group;
+  VEK_INLINE void LookAt(int32_t from) {
+    group = from;
+    const int32_t rest = length - from;
     if (rest >= kGroup) {
-      return GroupBits(probe, group);
+      bits = GroupBits(probe, from);
+    } else if (length >= kGroup) {
+      bits = GroupBits(probe, length - kGroup) >> (kGroup - rest);
+    } else {
+      UseBitsOfShort(probe, rest, [this](uint64_t found) {
+        bits = found;
+        return 0;
+      });
     }
-    if (length_ >= kGroup) {
-      return GroupBits(probe, length_ - kGroup) >> (kGroup - rest);
-    }
-    uint64_t bits = 0;
-    UseBitsOfShort(probe, rest, [&bits](uint64_t found) {
-      bits = found;
-      return 0;
-    });
-    return bits;
   }
-
-  const uint8_t* source_;
-  int32_t length_;
-  int32_t group_ = 0;
-  Block delimiter_;
-  uint64_t bits_;
 };
+
+// The delimiters of a string of at least one byte.
+VEK_INLINE Delimiters DelimitersOf(const uint8_t* source, int32_t length, uint8_t delimiter) {
+  Delimiters delimiters = {{source, Splat(delimiter)}, length, 0, 0};
+  delimiters.LookAt(0);
+  return delimiters;
+}
 
 }  // namespace vekch::kernels
 
