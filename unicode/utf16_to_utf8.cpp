@@ -82,13 +82,41 @@ VEK_INLINE bool ConvertCharacter(Cursor& at) {
   return true;
 }
 
-// The characters that begin in front of `stop`; false where the room ends before.
+// The characters that begin in front of `stop`; there is room for whatever they make.
+template <bool kSwapped>
+VEK_INLINE void ConvertFreely(Cursor& at, const uint8_t* stop) {
+  while (at.from < stop) {
+    const uint32_t unit = LoadUnit<kSwapped>(at.from);
+    if (unit < 0x80) {
+      *at.to = static_cast<uint8_t>(unit);
+      at.Advance(kUnit, 1);
+    } else if (unit < 0x800) {
+      StoreCharacter(at.to, unit, 2);
+      at.Advance(kUnit, 2);
+    } else if (IsHighSurrogate(unit)) {
+      ConvertCharacter<kSwapped>(at);
+    } else {
+      StoreCharacter(at.to, unit, 3);
+      at.Advance(kUnit, 3);
+    }
+  }
+}
+
+constexpr ptrdiff_t kMostBytes = 4;  // that a character makes
+
+// The same; false where the room ends before. As many units as there is room for the most bytes
+// need no look at it.
 template <bool kSwapped>
 VEK_INLINE bool ConvertCharacters(Cursor& at, const uint8_t* stop) {
   while (at.from < stop) {
-    if (!ConvertCharacter<kSwapped>(at)) {
-      return false;
+    const ptrdiff_t free = at.Room() / kMostBytes * kUnit;
+    if (free == 0) {
+      if (!ConvertCharacter<kSwapped>(at)) {
+        return false;
+      }
+      continue;
     }
+    ConvertFreely<kSwapped>(at, free < stop - at.from ? at.from + free : stop);
   }
   return true;
 }
@@ -288,27 +316,7 @@ VEK_INLINE void ConvertDirectly(Cursor& at) {
   }
 }
 
-// ---- The rest, where the destination has room for whatever it makes.
-
-// The characters that begin in front of `stop`.
-template <bool kSwapped>
-VEK_INLINE void ConvertFreely(Cursor& at, const uint8_t* stop) {
-  while (at.from < stop) {
-    const uint32_t unit = LoadUnit<kSwapped>(at.from);
-    if (unit < 0x80) {
-      *at.to = static_cast<uint8_t>(unit);
-      at.Advance(kUnit, 1);
-    } else if (unit < 0x800) {
-      StoreCharacter(at.to, unit, 2);
-      at.Advance(kUnit, 2);
-    } else if (IsHighSurrogate(unit)) {
-      ConvertCharacter<kSwapped>(at);
-    } else {
-      StoreCharacter(at.to, unit, 3);
-      at.Advance(kUnit, 3);
-    }
-  }
-}
+// ---- The rest.
 
 // The rest of a text that has eight units in all, eight units a step. The last step reaches back
 // over units that are converted already: where all of it is ASCII, so were they, and their bytes
@@ -317,15 +325,15 @@ template <bool kSwapped>
 VEK_INLINE void ConvertRest(Cursor& at) {
   while (at.Left() >= kBlock) {
     const Units units = LoadUnits<kSwapped>(at.from);
-    if (All(IsAscii(units))) {
+    if (All(IsAscii(units)) && at.Room() >= kStepUnits) {
       StoreLowHalf(at.to, Narrow(units, units));
       at.Advance(kBlock, kStepUnits);
-    } else {
-      ConvertFreely<kSwapped>(at, at.from + kBlock);
+    } else if (!ConvertCharacters<kSwapped>(at, at.from + kBlock)) {
+      return;
     }
   }
   const ptrdiff_t count = at.Left() / kUnit;
-  if (count >= 2) {
+  if (count >= 2 && at.Room() >= count) {
     const Units units = LoadUnits<kSwapped>(at.fromEnd - kBlock);
     if (All(IsAscii(units))) {
       StoreLowHalf(at.to + count - kStepUnits, Narrow(units, units));
@@ -333,7 +341,7 @@ VEK_INLINE void ConvertRest(Cursor& at) {
       return;
     }
   }
-  ConvertFreely<kSwapped>(at, at.fromEnd);
+  ConvertCharacters<kSwapped>(at, at.fromEnd);
 }
 
 // ---- Short texts of ASCII; false where it isn't.
@@ -397,8 +405,6 @@ VEK_INLINE bool ConvertShortAscii(Cursor& at) {
 
 // ---- All together.
 
-constexpr int64_t kMostBytes = 3;  // that a unit makes
-
 VEK_INLINE Cursor MakeCursor(const uint8_t* source, int32_t length, uint8_t* destination,
                              int32_t capacity) {
   return {source, source + kUnit * length, destination, destination + capacity};
@@ -411,20 +417,12 @@ VEK_INLINE vekStatus Report(const Cursor& at, const uint8_t* source, int32_t* le
   return StatusNoError;
 }
 
-VEK_INLINE bool IsShortText(int32_t length, int32_t capacity) {
-  return length < kStepUnits + kSurplus && capacity >= length * kMostBytes;
-}
-
 template <bool kSwapped>
 VEK_INLINE vekStatus ConvertText(const uint8_t* source, int32_t* length, uint8_t* destination,
                                  int32_t* capacity) {
   Cursor at = MakeCursor(source, *length, destination, *capacity);
   ConvertDirectly<kSwapped>(at);
-  if (*length >= kStepUnits && at.Room() >= at.Left() / kUnit * kMostBytes) {
-    ConvertRest<kSwapped>(at);
-  } else {
-    ConvertCharacters<kSwapped>(at, at.fromEnd);
-  }
+  ConvertRest<kSwapped>(at);
   return Report(at, source, length, destination, capacity);
 }
 
@@ -432,7 +430,7 @@ template <bool kSwapped>
 VEK_INLINE vekStatus ConvertShortText(const uint8_t* source, int32_t* length, uint8_t* destination,
                                       int32_t* capacity) {
   Cursor at = MakeCursor(source, *length, destination, *capacity);
-  ConvertFreely<kSwapped>(at, at.fromEnd);
+  ConvertCharacters<kSwapped>(at, at.fromEnd);
   return Report(at, source, length, destination, capacity);
 }
 
@@ -472,7 +470,7 @@ VEK_INLINE vekStatus Convert(const uint8_t* source, int32_t* length, uint8_t* de
       return Report(at, source, length, destination, capacity);
     }
   }
-  return IsShortText(*length, *capacity) ? convertShort(source, length, destination, capacity)
+  return *length < kStepUnits + kSurplus ? convertShort(source, length, destination, capacity)
                                          : convertLong(source, length, destination, capacity);
 }
 

@@ -58,14 +58,6 @@ VEK_INLINE void ConvertCharacter(Cursor& at) {
   }
 }
 
-// The characters that begin in front of `stop`, as far as there is room.
-template <bool kSwapped>
-VEK_INLINE void ConvertCharacters(Cursor& at, const uint8_t* stop) {
-  while (at.from < stop && at.Room() > 0) {
-    ConvertCharacter<kSwapped>(at);
-  }
-}
-
 // ---- ASCII.
 
 // The low and the high bytes of 16 units.
@@ -254,10 +246,10 @@ VEK_INLINE bool ConvertThreeByteRun(Cursor& at) {
 
 constexpr ptrdiff_t kFourReach = 14;  // four characters, and what is loaded behind the last
 
-// Four characters a step, for what is too short for a run, where there is room.
+// Four characters a step, for what is too short for a run.
 template <bool kSwapped>
 VEK_INLINE void ConvertThreesByFour(Cursor& at) {
-  while (at.Left() >= kFourReach && *at.from >= 0xE0) {
+  while (at.Left() >= kFourReach && at.Room() >= 4 * kUnit && *at.from >= 0xE0) {
     const FourOfThree four = FourOfThree::Load(at.from);
     const Units units = HighUnits(four.Values(), four.Values());
     const Units overlong = (units & SplatUnit(0xF800)) == SplatUnit(0);
@@ -269,7 +261,7 @@ VEK_INLINE void ConvertThreesByFour(Cursor& at) {
   }
 }
 
-// ---- One by one, where the destination has a unit of room for every byte.
+// ---- One by one.
 
 // Whether bytes, joined after an exclusive-or with 0x80 each, all have the form of a continuation.
 VEK_INLINE bool AllContinue(uint32_t toggled) { return toggled < 0x40; }
@@ -323,7 +315,7 @@ VEK_INLINE bool ConvertThreeOrFour(Cursor& at, uint32_t first) {
   return true;
 }
 
-// The characters that begin in front of `stop`.
+// The characters that begin in front of `stop`; there is a unit of room for every byte.
 template <bool kSwapped>
 VEK_INLINE void ConvertFreely(Cursor& at, const uint8_t* stop) {
   while (at.from < stop) {
@@ -334,6 +326,16 @@ VEK_INLINE void ConvertFreely(Cursor& at, const uint8_t* stop) {
     } else if (!ConvertTwo<kSwapped>(at, first) && !ConvertThreeOrFour<kSwapped>(at, first)) {
       ConvertCharacter<kSwapped>(at);
     }
+  }
+}
+
+// The same as far as there is room. No character makes more units than it has bytes, so that as
+// many bytes as there are units of room need no look at it.
+template <bool kSwapped>
+VEK_INLINE void ConvertCharacters(Cursor& at, const uint8_t* stop) {
+  while (at.from < stop && at.Room() > 0) {
+    const ptrdiff_t free = at.Room() / kUnit;
+    ConvertFreely<kSwapped>(at, free < stop - at.from ? at.from + free : stop);
   }
 }
 
@@ -349,7 +351,7 @@ VEK_INLINE void ConvertBlock(Cursor& at, Block bytes) {
                     : first < 0xF0 ? ConvertThreeByteRun<kSwapped>(at)
                                    : false;
   if (!done) {
-    ConvertFreely<kSwapped>(at, at.from + kBlock);
+    ConvertCharacters<kSwapped>(at, at.from + kBlock);
   }
 }
 
@@ -367,7 +369,7 @@ VEK_INLINE void ConvertSteps(Cursor& at) {
   }
 }
 
-// ---- The rest, where the destination has a unit of room for every byte.
+// ---- The rest.
 
 // 8 to 15 bytes, by two halves that overlap; false where they aren't ASCII.
 template <bool kSwapped>
@@ -419,17 +421,17 @@ VEK_INLINE bool ConvertAsciiFew(Cursor& at) {
 template <bool kSwapped>
 VEK_INLINE void ConvertRest(Cursor& at) {
   ConvertThreesByFour<kSwapped>(at);
-  while (at.Left() >= kBlock) {
+  while (at.Left() >= kBlock && at.Room() > 0) {
     const Block bytes = LoadAny(at.from);
-    if (LaneBits(bytes) == 0) {
+    if (LaneBits(bytes) == 0 && at.Room() >= kStepRoom) {
       StoreAscii<kSwapped>(at.to, bytes);
       at.Advance(kBlock, kStepRoom);
     } else {
-      ConvertFreely<kSwapped>(at, at.from + kBlock);
+      ConvertCharacters<kSwapped>(at, at.from + kBlock);
     }
   }
   const ptrdiff_t count = at.Left();
-  if (count >= 4) {
+  if (count >= 4 && at.Room() >= kUnit * count) {
     const Block bytes = LoadAny(at.fromEnd - kBlock);
     if (LaneBits(bytes) == 0) {
       StoreAscii<kSwapped>(at.to + kUnit * count - kStepRoom, bytes);
@@ -437,7 +439,7 @@ VEK_INLINE void ConvertRest(Cursor& at) {
       return;
     }
   }
-  ConvertFreely<kSwapped>(at, at.fromEnd);
+  ConvertCharacters<kSwapped>(at, at.fromEnd);
 }
 
 VEK_INLINE Cursor MakeCursor(const uint8_t* source, int32_t length, uint8_t* destination,
@@ -452,20 +454,12 @@ VEK_INLINE vekStatus Report(const Cursor& at, const uint8_t* source, int32_t* le
   return StatusNoError;
 }
 
-VEK_INLINE bool IsShortText(int32_t length, int32_t capacity) {
-  return length < kDirectSource && capacity >= length;
-}
-
 template <bool kSwapped>
 VEK_INLINE vekStatus ConvertText(const uint8_t* source, int32_t* length, uint8_t* destination,
                                  int32_t* capacity) {
   Cursor at = MakeCursor(source, *length, destination, *capacity);
   ConvertSteps<kSwapped>(at);
-  if (*length >= kBlock && at.Room() >= at.Left() * kUnit) {
-    ConvertRest<kSwapped>(at);
-  } else {
-    ConvertCharacters<kSwapped>(at, at.fromEnd);
-  }
+  ConvertRest<kSwapped>(at);
   return Report(at, source, length, destination, capacity);
 }
 
@@ -474,7 +468,7 @@ VEK_INLINE vekStatus ConvertShortText(const uint8_t* source, int32_t* length, ui
                                       int32_t* capacity) {
   Cursor at = MakeCursor(source, *length, destination, *capacity);
   ConvertThreesByFour<kSwapped>(at);
-  ConvertFreely<kSwapped>(at, at.fromEnd);
+  ConvertCharacters<kSwapped>(at, at.fromEnd);
   return Report(at, source, length, destination, capacity);
 }
 
@@ -541,8 +535,8 @@ VEK_INLINE vekStatus Convert(const uint8_t* source, int32_t* length, uint8_t* de
       return Report(at, source, length, destination, capacity);
     }
   }
-  return IsShortText(*length, *capacity) ? convertShort(source, length, destination, capacity)
-                                         : convertLong(source, length, destination, capacity);
+  return *length < kDirectSource ? convertShort(source, length, destination, capacity)
+                                 : convertLong(source, length, destination, capacity);
 }
 
 }  // namespace
