@@ -176,6 +176,31 @@ TEST_F(FindTest, NeedlesMadeToMislead) {
   }
 }
 
+// A search that is misled gives up and leaves the rest to another one, in the end to the two-way
+// method: no position may get lost in between, wherever that happens.
+TEST_F(FindTest, NeedleAtEveryPositionOfMisleadingText) {
+  const struct {
+    Bytes unit;
+    Bytes needle;
+  } cases[] = {
+      {"ab"_b, "abababbbababa"_b},
+      {"ab"_b, Repeat("ab"_b, 5) + "bb"_b + Repeat("ab"_b, 4) + "a"_b},
+      {"a"_b, Repeat("a"_b, 15) + "b"_b + Repeat("a"_b, 16)},
+      {"abc"_b, Repeat("abc"_b, 6) + "ab"_b + "a"_b},
+      {"ACGTTGCATGTCGCATGATGCATGAGAGCT"_b, "GCATGAGAGCA"_b},
+      {Repeat("a"_b, 30) + "b"_b, Repeat("a"_b, 31) + "b"_b},
+      {Repeat("ab"_b, 40) + "b"_b, Repeat("ab"_b, 30) + "aab"_b + Repeat("ab"_b, 30)},
+  };
+  for (const auto& [unit, needle] : cases) {
+    for (const size_t length : {100U, 700U, 1500U}) {
+      const Bytes text = Repeat(unit, length / unit.size() + 1);
+      for (size_t at = 0; at < text.size(); ++at) {
+        Expect(kOfNeedle, Bytes(text).insert(at, needle), needle, at);
+      }
+    }
+  }
+}
+
 TEST_F(FindTest, RandomFactorsOfRepetitiveText) {
   Random random(2);
   for (int round = 0; round < 400; ++round) {
@@ -317,7 +342,7 @@ TEST_F(FindZeroTerminated, NeedleAcrossPiecesOfALongString) {
   Random random(5);
   for (const size_t n : {1U, 2U, 7U, 64U, 2500U}) {
     const Bytes needle = random.Text(n - 1, 26, 'a') + "!"_b;
-    for (size_t from = 64; from <= 65536; from *= 2) {
+    for (size_t from = 64; from <= 65536; from = from < 2048 ? 2 * from : from + 4095) {
       for (const size_t behind : {size_t{0}, size_t{1}, n / 2, n - 1, n, n + 40}) {
         const size_t at = from < behind ? 0 : from - behind;
         Bytes text = random.Text(at, 26, 'a') + needle + random.Text(behind % 3 * 20, 26, 'a');
