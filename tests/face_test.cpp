@@ -22,7 +22,8 @@ namespace {
 std::vector<std::string> Texts() {
   std::vector<std::string> texts = {""};
   uint32_t state = 20261122;
-  for (const size_t length : {1, 2, 31, 63, 64, 65, 127, 128, 129, 500, 8191, 8192, 8193, 20000}) {
+  for (const size_t length : std::initializer_list<size_t>{1, 2, 31, 63, 64, 65, 127, 128, 129, 500,
+                                                           8191, 8192, 8193, 20000}) {
     std::string text;
     while (text.size() < length) {
       state = state * 1103515245 + 12345;
@@ -52,7 +53,7 @@ TEST(FaceTest, TextsAsTheirModels) {
       ASSERT_EQ(split(text, value).size(), all.size() - (all.back().empty() ? 1 : 0));
     }
     for (size_t at = 0; at <= text.size(); at += text.size() / 7 + 1) {
-      for (const size_t length : {1, 2, 9, 60}) {
+      for (const size_t length : std::initializer_list<size_t>{1, 2, 9, 60}) {
         const std::string needle = text.substr(at, length) + (length == 9 ? "~" : "");
         ASSERT_EQ(find(text, needle), needle.empty() ? npos : text.find(needle));
         ASSERT_EQ(rfind(text, needle), needle.empty() ? npos : text.rfind(needle));
@@ -224,8 +225,8 @@ TEST(FaceTest, AllMatchesInTheirContext) {
 
 // Results outgrow the first guess at once, late, or when all are found.
 TEST(FaceTest, RoomGrowsWithTheMatches) {
-  for (const size_t matches : {1, 7, 15, 16, 17, 300, 5000, 70000}) {
-    for (const size_t quiet : {0, 3000, 200000}) {
+  for (const size_t matches : std::initializer_list<size_t>{1, 7, 15, 16, 17, 300, 5000, 70000}) {
+    for (const size_t quiet : std::initializer_list<size_t>{0, 3000, 200000}) {
       std::string text;
       for (size_t i = 0; i < matches; ++i) {
         text += "k=v;";
