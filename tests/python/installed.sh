@@ -16,8 +16,9 @@ if [ -z "$python" ]; then
   exit 0
 fi
 rm -rf "$3/site" "$3/tests"
+trap 'rm -rf "$2/build" "$2/vekch.egg-info"' EXIT
 "$python" -m pip install --no-build-isolation --no-deps --no-index --disable-pip-version-check -q \
   --root-user-action=ignore --no-cache-dir --target "$3/site" "$2"
 cp -r "$2/tests" "$3/tests"
 cd "$3"
-PYTHONPATH=$3/site exec "$python" -B tests/test_vekch.py
+PYTHONPATH=$3/site "$python" -B tests/test_vekch.py
