@@ -2,10 +2,12 @@
 """Tests of the example program vekgrep, run as a program.
 
   table     arguments and inputs with what must come of them
+  grep      every option of GNU grep, run by both programs on the same texts
   random    small inputs, compared with the system's grep where the options mean the same, and with
             Python's patterns
   buffers   lines and occurrences across the ends of its buffer, against a naive model
   streams   more than 2^31 bytes through a pipe, in bounded memory
+  threads   many files and one large one: the same output whatever the number of threads
 
 Usage: vekgrep_test.py --program PATH [--emulator PATH] [--bounded] [unittest arguments]
 """
@@ -14,11 +16,13 @@ import os
 import random
 import re
 import shutil
+import signal
 import subprocess
 import tempfile
 import unittest
 
-from example_program import OPTIONS, limited, main, open_terminal, run
+import grep_options
+from example_program import OPTIONS, limited, main, run
 
 BUFFER = 128 << 10  # as in input.cpp; a pattern is at most a quarter of it
 
@@ -34,6 +38,10 @@ class InFolder(unittest.TestCase):
         self.write("bin", b"one\0\ntwo\n\0three")
         self.write("late", b"two\n" + b"x\n" * BUFFER + b"two\0\ntwo\n")
         self.write("empty", b"")
+        for name, mark, codec in (("le", b"\xff\xfe", "utf-16-le"), ("be", b"\xfe\xff", "utf-16-be"),
+                                  ("utf32", b"\xff\xfe\0\0", "utf-32-le")):
+            self.write(name, mark + "one\ntwo\n\ntöo\n".encode(codec))
+        self.write("half", b"\xfe")
         os.mkdir("folder")
         os.makedirs("tree/a/z")
         for name, content in (("a/2", b"two\n"), ("a/z/3", b"two"), ("b", b"x")):
@@ -45,17 +53,22 @@ class InFolder(unittest.TestCase):
 
 
 HELP = "Usage: vekgrep .*--color.*"
+FAULT = "vekgrep: {}\n  .*"
 USAGE = "\nUsage: vekgrep .*\n.*--help.*\n"
+BINARY = "vekgrep: bin: binary file matches\n"
 RED, MAGENTA, GREEN, CYAN = (lambda text, c=c: f"\33[{c}m{text}\33[m"
                              for c in ("01;31", "35", "32", "36"))
 # Patterns, and which lines are searched for them.
-LITERALS, WHOLE, EVERY = "lines with the text .*", "lines of matches in the .*", "every line"
+LITERALS, WHOLE, EVERY = "lines with the text .*", "lines of matches in the whole text", "every line"
+SHORT, ALONE = WHOLE + ", while lines are short", WHOLE + ", each then alone"
 WAYS = (
     ("ab[^x]*", LITERALS), ("[^x]ab", LITERALS), ("a|b", LITERALS), ("(?i)ab", LITERALS),
-    ("(a|b)*abc", LITERALS), ("[ab]+$", WHOLE), ("^(a|b).\\w{2,}?\\b|\\S\\d", WHOLE),
-    ("[^b\\n]", WHOLE), ("[^\\s]", WHOLE), ("[^a]", EVERY), ("[\\W_]", EVERY), ("(a|b)+", EVERY),
-    ("\\A.", EVERY), (".\\z", EVERY), ("(?s)..", EVERY), ("(?-m)^.", EVERY), (".(?!a)", EVERY),
-    ("(?<=a).", EVERY), ("(.)\\1", EVERY), ("a*?.", EVERY), ("\\C.", EVERY), ("(?>a*).", EVERY))
+    ("[ab]+$", WHOLE), ("^(a|b).\\w{2,}?\\b|\\S\\d", WHOLE), ("[^b\\n]", WHOLE), ("[^\\s]", WHOLE),
+    (".(?!a)", WHOLE), ("(?<=a).", WHOLE), ("(.)\\1", WHOLE), ("(?>a*).", WHOLE), ("\\p{Lu}", WHOLE),
+    ("\\p{Greek}\\P{Common}", WHOLE), ("([ab]\\d){1,3}\\w", WHOLE), ("(a|b)+[cd]", SHORT),
+    ("((a|b)\\d)*[cd]", SHORT), ("[^a]", ALONE), ("[\\W_]\\d", ALONE), ("(.?)\\1[ab]", ALONE),
+    ("[^a]*", EVERY), ("([^a]\\d)+", EVERY), ("[^a](?!b)", EVERY), ("\\P{Lu}+", EVERY), ("\\A.", EVERY),
+    (".\\z", EVERY), ("(?s)..", EVERY), ("(?-m)^.", EVERY), ("a*?.", EVERY), ("(a)?(?(1)[ab]|[cd])", EVERY))
 # Arguments, standard input, standard output, pattern of standard error, exit status.
 TABLE = [
     # What is selected and how it is shown.
@@ -89,9 +102,12 @@ TABLE = [
     ("-v -n o$ a", "", "1:one\n3:Three\n", "", 0),
     ("-c ^ a b empty", "", "a:3\nb:2\nempty:0\n", "", 0),
     ("-l -e e{2} -e \\d a b", "", "a\n", "", 0),
-    (["t # in b\nwo", "-x", "b"], "", "TWO two\r\n", "", 0),
-    (["-v", "a\nb"], "a\nb\n", "a\nb\n", "", 0),
-    (["-o", "-s", "-m", ".+"], "a\nb\n", "a\nb\n", "", 0),
+    (["t # in b\nwo", "--extended", "b"], "", "TWO two\r\n", "", 0),
+    (["-o", "--single-line", "--multi-line", ".+"], "a\nb\n", "a\nb\n", "", 0),
+    (["-z", "-o", "--single-line", "a.*"], "xab\nc\0d\0", "ab\nc\0", "", 0),
+    (["-z", "-c", "--multi-line", "^b$"], "a\nb\0b\0bb\0", "2\n", "", 0),
+    ("-x -o \\Qtwo", "two\ntwofold", "two\n", "", 0),
+    ("-w --extended -o two#", "two\ntwofold", "two\n", "", 0),
     (["-o", "-n", "-e", "b.", "-e", "bcd|e", "-e", "x*"], "abcde xx\n", "1:bcd\n1:e\n1:xx\n",
      "", 0),
     ("-n ^$", "a\n\n\nb", "2:\n3:\n", "", 0),
@@ -99,18 +115,18 @@ TABLE = [
     ("-o --bytes ^..$", "\u00E9\nab\n", "\u00E9\nab\n", "", 0),
     ("-o -i \\x{E9}+", "\u00E9\u00C9e", "\u00E9\u00C9\n", "", 0),
     (["--color=always", "t(w)|\\b"], "tw t\n", RED("tw") + " t\n", "", 0),
-    ("--color=always -r <$&> t b", "", "TWO <t>wo\r\nlas<t> one\n", "", 0),
+    ("--color=always --replace <$&> t b", "", "TWO <t>wo\r\nlas<t> one\n", "", 0),
     # Groups and replacements.
     (["--groups", "-n", "(t)(w)?|(?=(T))"], "two\nTt\n",
      "1:tw\n  $1: t\n  $2: w\n  $3 took no part\n2:\n  $1 took no part\n  $2 took no part\n"
      "  $3: T\n2:t\n  $1: t\n  $2 took no part\n  $3 took no part\n", "", 0),
     ("--groups -v t a", "", "", "", 0),
-    (["-r", "[$2$1$3]", "-n", "(\\w)(\\w)"], "abc d\nx\nefgh\n", "1:[ba]c d\n3:[fe][hg]\n", "", 0),
-    (["-r", "<$1\\0>", "x*"], "axx\n\n", "<0>a<0><0>\n<0>\n", "", 0),
-    (["-r", "", "[a-z]", "a"], "", "\n\nT\n", "", 0),
-    (["-v", "-r", "-", "e", "a"], "", "two\n", "", 0),
-    (["-r", "$&" * 500, "x+"], "x" * 1000, "x" * 500000 + "\n", "", 0),
-    (["-r", "$x", "a"], "", "", r"vekgrep: replacement '\$x': \"\$\" needs .*\n", 2),
+    (["--replace", "[$2$1$3]", "-n", "(\\w)(\\w)"], "abc d\nx\nefgh\n", "1:[ba]c d\n3:[fe][hg]\n", "", 0),
+    (["--replace", "<$1\\0>", "x*"], "axx\n\n", "<0>a<0><0>\n<0>\n", "", 0),
+    (["--replace", "", "[a-z]", "a"], "", "\n\nT\n", "", 0),
+    (["-v", "--replace", "-", "e", "a"], "", "two\n", "", 0),
+    (["--replace", "$&" * 500, "x+"], "x" * 1000, "x" * 500000 + "\n", "", 0),
+    (["--replace", "$x", "a"], "", "", r"vekgrep: replacement '\$x': \"\$\" needs .*\n", 2),
     # The match limit.
     (["-n", "--limit", "12", "[a][b][c][d][e]|x"], "abcde\nx abc\nb\nx abcde",
      "2:x abc\n4:x abcde\n",
@@ -124,18 +140,23 @@ TABLE = [
     # Folders.
     ("-R -c w tree b", "", "tree/a/2:1\ntree/a/z/3:1\ntree/b:0\nb:1\n", "", 0),
     ("-R -l -F two tree", "", "tree/a/2\ntree/a/z/3\n", "", 0),
-    ("-R x gone tree", "", "tree/b:x\n", "vekgrep: gone: No such file or directory\n", 2),
+    ("-r x gone tree", "", "tree/b:x\n", "vekgrep: gone: No such file or directory\n", 2),
     # Binary files.
-    ("-F two bin a", "", "Binary file bin matches\na:two\n", "", 0),
-    ("-F three bin", "", "Binary file bin matches\n", "", 0),
-    ("-F -v one bin", "", "Binary file bin matches\n", "", 0),
+    ("-F two bin a", "", "a:two\n", BINARY, 0),
+    ("-F three bin", "", "", BINARY, 0),
+    ("-F -v one bin", "", "", BINARY, 0),
     ("-F nothing bin", "", "", "", 1),
     ("-F -c e bin", "", "2\n", "", 0),
     ("-F -l three bin", "", "bin\n", "", 0),
-    ("t\\wo a bin", "", "a:two\nBinary file bin matches\n", "", 0),
+    ("t\\wo a bin", "", "a:two\n", BINARY, 0),
     ("-c e$ bin", "", "1\n", "", 0),
-    ("-F -o two", "two\0", "Binary file (standard input) matches\n", "", 0),
-    ("-F two late", "", "two\nBinary file late matches\n", "", 0),
+    ("-F -o two", "two\0", "", r"vekgrep: \(standard input\): binary file matches\n", 0),
+    ("-F two late", "", "two\n", "vekgrep: late: binary file matches\n", 0),
+    # UTF-16 with its mark; UTF-32 and halves of a mark are binary or text.
+    ("-n t.o le be", "", "le:2:two\nle:4:töo\nbe:2:two\nbe:4:töo\n", "", 0),
+    ("-c ^$ le", "", "1\n", "", 0),
+    ("-v -F -h -e o -e ö le be", "", "\n\n", "", 0),
+    ("-c . utf32 half", "", "utf32:5\nhalf:1\n", "", 0),
     # Colour; standard output is no terminal here.
     ("-F --color two a", "", "two\n", "", 0),
     ("-F --color=always -n two a b", "", "".join(
@@ -156,36 +177,74 @@ TABLE = [
      "   1    OpString length=2 options=i \"ab\"\n   2  OpGroupEnd serial=1 options=i\n"
      "   search mode 0, required literal -1, captures 2\n"
      "   searched: lines of matches in the whole text\n", "", 0),
-    (["--explain", "a**"], "", "",
-     r"vekgrep: malformed quantifier in the pattern\n  a\*\*\n    \^\n", 2),
-    (["--explain", "\u00E9\tb)\nc"], "", "",
-     "vekgrep: malformed pattern structure\n  \u00E9\tb\\)\n   \t \\^\n", 2),
+    (["--explain", "\u00E9\tb)\nc"], "", "", "vekgrep: stray \\)\n  \u00E9\tb\\)\n   \t \\^\n", 2),
+    (["-w", "x" * 50 + "\u00E9" * 20 + "(" + "y" * 90], "", "",
+     r"vekgrep: unclosed \(\n  \.\.\.\u00E9{20}\(y{19}\.\.\.\n {25}\^\n", 2),
     # The command line.
-    ("-h", "", HELP, "", 0),
     ("--help", "", HELP + "Exit status:.*", "", 0),
+    ("--version", "", HELP[:0] + "vekgrep of vekch .*", "", 0),
+    ("-G two a", "", "", "vekgrep: -G: basic patterns are not supported; .*" + USAGE, 2),
+    ("--colo=never two a", "", "two\n", "", 0),
+    ("--no-i --null-d -c -- -x a", "", "0\n", "", 1),
+    ("--no two", "", "", "vekgrep: option '--no' could be any of --no-.* --no-.*" + USAGE, 2),
+    ("-f gone", "", "", "vekgrep: gone: No such file.*" + USAGE, 2),
+    ("-A x two", "", "", "vekgrep: 'x' is not a number" + USAGE, 2),
+    ("--generate man", "", HELP[:0] + ".TH VEKGREP 1.*\\-A.*\\-\\-after\\-context.*EXIT STATUS.*", "", 0),
     ("-F", "", "", "vekgrep: nothing to search for" + USAGE, 2),
-    ("-x -F two", "", "", "vekgrep: .* not for fixed text .*" + USAGE, 2),
-    ("-F -r two one", "", "", "vekgrep: .* not for fixed text .*" + USAGE, 2),
+    ("--extended -F two", "", "", "vekgrep: .* not for fixed text .*" + USAGE, 2),
+    ("-F --replace two one", "", "", "vekgrep: .* not for fixed text .*" + USAGE, 2),
     ("-o --groups two", "", "", "vekgrep: .* exclude each other" + USAGE, 2),
-    ("-r 1 -e 2 -e 3", "", "", "vekgrep: -r takes one pattern" + USAGE, 2),
+    ("--replace 1 -e 2 -e 3", "", "", "vekgrep: --replace takes one pattern" + USAGE, 2),
     ("--limit 100001 a", "", "", "vekgrep: '100001' is not a number up to 100000" + USAGE, 2),
     ("--limit 1x a", "", "", "vekgrep: '1x' is not .*" + USAGE, 2),
     ("-FQ two a", "", "", "vekgrep: unknown option '-Q'" + USAGE, 2),
-    ("-F --colour two", "", "", "vekgrep: unknown option '--colour'" + USAGE, 2),
+    ("-F --coulour two", "", "", "vekgrep: unknown option '--coulour'" + USAGE, 2),
     ("-F --color=red two", "", "", "vekgrep: 'red' is not auto, always or never" + USAGE, 2),
     ("-F --count=3 two", "", "", "vekgrep: option '--count' takes no value" + USAGE, 2),
     ("-Fe", "", "", "vekgrep: option '-e' needs a value" + USAGE, 2),
 ]
 
 
+# Patterns at fault, the cause that is told, and the place under which the caret is.
+FAULTS = (
+    ("(", "unclosed (", 0), ("a(b", "unclosed (", 1), ("[)](a(b)", "unclosed (", 3),
+    ("\\(a)", "stray )", 3), ("(a))b", "stray )", 3), ("\\Q(\\E)", "stray )", 5),
+    ("(?#(abc", "unclosed comment (?#", 0), ("(?i", "unclosed (", 0),
+    ("a(?P<n>b)", "groups have no names", 1), ("(?<n>b)", "groups have no names", 0),
+    ("(?R)", "unknown kind of group: (?R", 0), ("()" * 1000, "more than 999 groups", None),
+    ("(?<=a+)", "what a look-behind looks for must be of one length", 0),
+    ("x(?<!a|bc)", "what a look-behind looks for must be of one length", 1),
+    ("(?(a)b)", "a condition is the number of a group or a look-around", 0),
+    ("(?(1)a|b|c)(x)", "a condition has two alternatives at most", 0),
+    ("[", "unclosed [", 1), ("[[:alpha:]", "unclosed [", 10), ("[^]", "unclosed [", 3),
+    ("[b-a]", "a range that ends before it begins", 3), ("[[.a.]]", "collating elements are not supported", 1),
+    ("[a-\\d]", "a range can't end in a set of characters", 3),
+    ("x[[:foo:]]", "unknown class [:foo:]", 2), ("\\", "a backslash at the end", 0),
+    ("a\\p{Foo}", "unknown property \\p{Foo}", 1), ("[\\PQ]", "unknown property \\PQ", 1),
+    ("\\p{Lu", "unclosed \\p{", 0), ("\\x{zz}", "\\x{ needs a hexadecimal number up to 7FFFFFFF and }", 0),
+    ("\\c", "\\c needs a character behind it", 0), ("(a)\\2", "no group 2", 4),
+    ("a**", "a second quantifier: *", 2), ("a{2}{3}", "a second quantifier: {3}", 4),
+    ("*a", "nothing to repeat for *", 0), ("a|+b", "nothing to repeat for +", 2),
+    ("a{3,2}", "at most fewer than at least: {3,2}", 1), ("a{65536,}", "more than 65535 repetitions", 1))
+PLAIN = {"NO_COLOR": "1", "TERM": "xterm", "GREP_COLORS": "ne"}
+
+
 class Table(InFolder):
+    def test_faults(self):
+        for pattern, cause, place in FAULTS:
+            with self.subTest(pattern=pattern[:20]):
+                shown = run(["--explain", pattern]).stderr.decode().split("\n")
+                self.assertEqual(shown[0], "vekgrep: " + cause)
+                if place is not None:
+                    self.assertEqual(shown[1:], ["  " + pattern, " " * (2 + place) + "^", ""])
+
     def test_table(self):
         for arguments, stdin, stdout, stderr, status in TABLE:
             if isinstance(arguments, str):
                 arguments = arguments.split()
             with self.subTest(arguments=arguments):
-                done = run(arguments, stdin.encode(), {"NO_COLOR": "1", "TERM": "xterm"})
-                if not stdout.startswith(HELP):
+                done = run(arguments, stdin.encode(), PLAIN)
+                if not stdout.endswith(".*"):
                     stdout = re.escape(stdout)
                 self.assertRegex(done.stdout.decode(), re.compile(f"(?s)^{stdout}\\Z"))
                 self.assertRegex(done.stderr.decode(), re.compile(f"(?s)^{stderr}\\Z"))
@@ -194,21 +253,35 @@ class Table(InFolder):
     def test_ways(self):
         for pattern, way in WAYS:
             with self.subTest(pattern=pattern):
-                self.assertRegex(run(["--explain", pattern]).stdout.decode(), f"searched: {way}\n$")
+                self.assertRegex(run(["--explain", pattern]).stdout.decode(), f"searched: {way}\n\\Z")
 
     def test_messages_keep_their_place(self):
-        done = run(["-F", "two", "a", "none", "b"], oneOutput=True)
+        done = run(["-F", "-j3", "two", "a", "none", "b"], oneOutput=True)
         self.assertRegex(done.stdout, rb"^a:two\nvekgrep: none: .*\nb:TWO two\r\n$")
 
     @unittest.skipIf(os.name != "posix" or not os.path.exists("/dev/full"), "needs /dev/full")
     def test_output_that_fails(self):
-        reader, writer = os.pipe()
-        os.close(reader)
-        for output, reason in (("/dev/full", b"No space left"), (writer, b"Broken pipe")):
-            with self.subTest(reason=reason), open(output, "wb") as file:
-                done = run(["-F", "two", "late"], stdout=file)
-                self.assertIn(b"vekgrep: standard output: " + reason, done.stderr)
-                self.assertEqual(done.returncode, 2)
+        with open("/dev/full", "wb") as file:
+            done = run(["-F", "two", "late"], stdout=file)
+        self.assertIn(b"vekgrep: standard output: No space left", done.stderr)
+        self.assertEqual(done.returncode, 2)
+        done = run(["two", "a"], preexec_fn=lambda: os.close(1))
+        self.assertEqual((done.stderr, done.returncode),
+                         (b"vekgrep: standard output: it is closed\n", 2))
+        self.assertEqual(run(["-q", "two", "a"], preexec_fn=lambda: os.close(1)).returncode, 0)
+
+    def test_reader_that_leaves(self):
+        if os.name != "posix":
+            self.skipTest("needs signals")
+        for ignored, message, status in ((False, b"", -signal.SIGPIPE), (True, b"vekgrep: standard output: Broken pipe\n", 2)):
+            reader, writer = os.pipe()
+            os.close(reader)
+            handler = signal.SIG_IGN if ignored else signal.SIG_DFL
+            done = run(["-F", "two", "late"], stdout=writer,
+                       preexec_fn=lambda h=handler: signal.signal(signal.SIGPIPE, h))
+            os.close(writer)
+            if not OPTIONS.emulator:
+                self.assertEqual((done.stderr, done.returncode), (message, status))
 
     def test_own_output(self):
         with open("a", "ab") as file:
@@ -217,19 +290,31 @@ class Table(InFolder):
         self.assertEqual(done.returncode, 2)
 
     def test_terminal(self):
+        if OPTIONS.emulator:
+            self.skipTest("needs a pseudo-terminal")
+        import pty
+        try:
+            for descriptor in pty.openpty():
+                os.close(descriptor)
+        except OSError as error:
+            self.skipTest(f"needs a pseudo-terminal: {error}")
         for environment, color in (({"TERM": "xterm", "NO_COLOR": ""}, True),
                                    ({"TERM": "dumb", "NO_COLOR": ""}, False),
                                    ({"TERM": "xterm", "NO_COLOR": "1"}, False)):
-            controller, terminal = open_terminal(self)
             with self.subTest(environment=environment):
-                run(["-F", "two", "a"], environment=environment, stdout=terminal)
+                controller, terminal = pty.openpty()
+                run(["-F", "two", "a"], environment=dict(environment, GREP_COLORS="ne"), stdout=terminal)
                 shown = os.read(controller, 1000)
                 self.assertEqual(shown, ((RED("two") if color else "two") + "\r\n").encode())
-            os.close(terminal)
-            os.close(controller)
+                os.close(terminal)
+                os.close(controller)
+
 
     def test_progress(self):
-        controller, terminal = open_terminal(self)
+        if OPTIONS.emulator:
+            self.skipTest("needs a pseudo-terminal")
+        import pty
+        controller, terminal = pty.openpty()
         with subprocess.Popen(["sh", "-c", "echo one; sleep 1.1; echo two"],
                               stdout=subprocess.PIPE) as source:
             done = run(["-c", "o"], source.stdout, {"TERM": "xterm"}, stderr=terminal)
@@ -242,18 +327,119 @@ class Table(InFolder):
     def test_folders_with_links(self):
         try:
             os.symlink("..", "tree/a/up")
+            os.symlink(".", "tree/itself")
             os.symlink("../b", "tree/link")
             os.symlink("nowhere", "tree/broken")
             if os.name == "posix":
                 os.mkfifo("tree/pipe")
         except OSError as error:
             self.skipTest(str(error))
-        self.assertEqual(run(["-R", "TWO", "tree"]).stdout, b"tree/link:TWO two\r\n")
+        done = run(["-R", "TWO", "tree"])
+        self.assertEqual(done.stdout, b"tree/link:TWO two\r\n")
+        self.assertIn(b"vekgrep: tree/itself: a link leads back to this folder\n", done.stderr)
+        self.assertEqual(run(["-r", "TWO", "tree"]).stdout, b"")
+        self.assertEqual(run(["-r", "TWO", "tree/link"]).stdout, b"tree/link:TWO two\r\n")
+
+    def test_place_in_the_input(self):
+        if OPTIONS.emulator:
+            self.skipTest("the emulator has its own places")
+        with open("a", "rb") as file:
+            file.seek(4)
+            self.assertEqual(run(["-m1", "-A1", "t"], file, PLAIN).stdout, b"two\nThree\n")
+            self.assertEqual(os.read(file.fileno(), 100), b"Three\n")
 
     def test_wildcards(self):
         if not OPTIONS.emulator:
             self.skipTest("shells expand names")
         self.assertEqual(run(["w.*", "?"]).stdout, b"a:two\nb:TWO two\r\n")
+
+
+class Grep(InFolder):
+    """The table of grep's options, beside the system's own grep."""
+
+    def setUp(self):
+        super().setUp()
+        about = shutil.which("grep") and subprocess.run(["grep", "--help"], stdout=subprocess.PIPE, check=False)
+        if not about or b"GNU grep" not in about.stdout:
+            self.skipTest("no GNU grep")
+        self.about = about.stdout.decode()
+        for name, content in grep_options.TEXTS.items():
+            os.makedirs(os.path.dirname(name) or ".", exist_ok=True)
+            self.write(name, content)
+
+    def test_same(self):
+        if OPTIONS.emulator:
+            self.skipTest("the system's grep has other names for files")
+        for name, target in grep_options.LINKS.items():
+            os.symlink(target, name)
+        runs = [(arguments, "") for arguments in grep_options.runs()]
+        runs += [(["--color=always"] + arguments, colors) for colors in grep_options.COLORS
+                 for arguments in grep_options.COLORED]
+        for arguments, colors in runs:
+            environment = {"LC_ALL": "C", "GREP_COLORS": colors}
+            # Without one of these grep has its basic patterns.
+            kind = [] if grep_options.KINDS.intersection(arguments) else ["-E"]
+            expected = subprocess.run(["grep"] + kind + arguments, input=b"in two\nx\n", check=False,
+                                      stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                                      env=dict(os.environ, **environment))
+            done = run(arguments, b"in two\nx\n", environment)
+            with self.subTest(arguments=arguments, colors=colors):
+                self.assertEqual(done.stdout, expected.stdout)
+                self.assertEqual(done.returncode, expected.returncode)
+
+    def test_every_option_is_in_the_table(self):
+        known = {word.split("=")[0] for arguments in grep_options.runs() for word in arguments}
+        letters = {"-" + letter for word in known if re.match("-[A-Za-z]", word) for letter in word[1:]}
+        rows = "\n".join(re.findall(r"(?m)^ +-.*$", self.about.replace("-NUM", "-1")))
+        for option in re.findall(r"(?<![-\w])(?:--[a-z][-a-z]*|-[A-Za-z1])", rows):
+            if option not in grep_options.OTHERWISE:
+                with self.subTest(option=option):
+                    self.assertIn(option, known | letters)
+
+    def test_otherwise(self):
+        for option, (kind, _) in grep_options.OTHERWISE.items():
+            with self.subTest(option=option):
+                done = run([option, "two", "a"])
+                self.assertEqual(done.returncode, 0 if kind == "other" else 2)
+                shown = {"absent": b"unknown option", "refused": b"not supported", "other": b"vekgrep"}
+                self.assertIn(shown[kind], done.stdout + done.stderr)
+
+
+class Threads(InFolder):
+    """The same output, in the same order, as one thread gives."""
+
+    def expect_like_one(self, arguments, **more):
+        one = run(["-j1"] + arguments, **more)
+        for jobs in ("2", "5"):
+            many = run(["-j" + jobs] + arguments, **more)
+            self.assertTrue(many.stdout == one.stdout, (arguments, jobs, len(many.stdout), len(one.stdout)))
+            self.assertEqual((many.stderr, many.returncode), (one.stderr, one.returncode))
+        return one
+
+    def test_many_files(self):
+        chance = random.Random(8)
+        for i in range(60 if OPTIONS.emulator else 400):
+            os.makedirs(f"many/{i % 7}", exist_ok=True)
+            size = chance.choice((0, 3, 100, 100, 60000))
+            lines = [b"%d two %d\n" % (i, n) if chance.random() < 0.5 else b"none\n" for n in range(size)]
+            self.write(f"many/{i % 7}/{i}", b"".join(lines) + chance.choice((b"", b"\0two\n", b"end")))
+        for arguments in ("-rn two", "-rc two", "-rl two", "-rL two", "-rnC1 ^9\\d+", "-ro -b \\w+o",
+                          "-rm3 two", "-rv two", "-rn --limit 0 two", "-r --color=always tw?o"):
+            one = self.expect_like_one(arguments.split() + ["many", "gone"])
+            self.assertEqual(one.returncode, 2)
+        self.assertEqual(run(["-rq", "two", "many", "gone"]).returncode, 0)
+
+    def test_large_file(self):
+        chance = random.Random(9)
+        lines = [b"%d two\n" % i * chance.choice((1, 1, 3)) for i in range(60000)]
+        lines += [b"x" * (3 << 20) + b" two\n", b"short\n", b"\n" * 1000]
+        chance.shuffle(lines)
+        for end in (b"", b"last two", b"two\0\ntwo\n" + b"two\n" * 99999):
+            self.write("large", b"".join(lines) + b"".join(lines[:50000]) + end)
+            for arguments in ("-n 77", "-vc two", "-on 9+", "-n --limit 0 999$", "-F -v two"):
+                if not (end and OPTIONS.emulator):
+                    self.expect_like_one(arguments.split(" ") + ["large"])
+
 
 class Random(InFolder):
     def test_like_grep(self):
@@ -272,9 +458,12 @@ class Random(InFolder):
             for name, content in zip(files, contents):
                 self.write(name, content)
             patterns = [text(0 if random.random() < 0.1 else 1, 4, random.choice(("", "", "\n")))
-                        for _ in range(random.choice((1, 1, 2, 3)))]
+                        for _ in range(random.choice((1, 1, 2, 3, 9)))]
             arguments = ["-F"] + [o for o in ("-i", "-n", "-c", "-o", "-v", "-l", "--color=always")
                                   if random.random() < 0.3]
+            arguments += [o for o in ("-w", "-x", "-b", "-L", "-m2", "-H", "-z", "-Z") if random.random() < 0.08]
+            if not {"-o", "-v"}.issubset(arguments):  # together grep shows the matches around
+                arguments += [o for o in ("-A1", "-B2", "-C1") if random.random() < 0.08]
             for pattern in patterns:
                 arguments += ["-e", pattern.decode()]
             stdin = text(0, 100, "\n\n")
@@ -313,7 +502,7 @@ class Random(InFolder):
                 def replaced(m):
                     return f"<{m[0]}{m[1] or '' if m.re.groups else ''}0>"
                 expected += [("-o", "".join(m[0] + "\n" for line in matches for m in line)),
-                             ("-r<$&$1\\0>", "".join(models[0].sub(replaced, line) + "\n"
+                             ("--replace=<$&$1\\0>", "".join(models[0].sub(replaced, line) + "\n"
                                                      for line in lines if models[0].search(line)))]
             for option, shown in expected:
                 arguments = [option] + [a for pattern in patterns for a in ("-e", pattern)]
@@ -331,7 +520,7 @@ class Buffers(InFolder):
         numbered = list(enumerate(lines, 1))
         hits = [line for line in numbered if needle in line[1]]
         if b"\0" in content:
-            shown = b"Binary file f matches\n" if hits else b""
+            shown = b"vekgrep: f: binary file matches\n" if hits else b""
         else:
             shown = b"".join(b"%d:%s\n" % line for line in hits)
         text = needle.decode()
@@ -343,7 +532,7 @@ class Buffers(InFolder):
                      ("-n", f"({head}{tail})+", shown), ("-cv", text + "|~", runs[2][2])]
         for options, pattern, expected in runs:
             done = run([options, pattern, "f"])
-            self.assertTrue(done.stdout == expected,
+            self.assertTrue(done.stdout + done.stderr == expected,
                             (where, options, done.stdout[:80], expected[:80], done.stderr))
 
     def test_places_around_the_end_of_the_buffer(self):
@@ -374,7 +563,7 @@ class Buffers(InFolder):
     def test_line_that_is_too_long(self):
         for content, output, message, status in (
                 (b"x", b"first\n", rb"vekgrep: \(standard input\): a line is longer than 256 MiB; .*\n", 2),
-                (b"\0", b"Binary file (standard input) matches\n", b"", 0)):
+                (b"\0", b"", rb"vekgrep: \(standard input\): binary file matches\n", 0)):
             with self.subTest(content=content), tempfile.TemporaryFile() as file:
                 file.write(b"first\n")
                 for _ in range(258):
@@ -394,20 +583,22 @@ class Buffers(InFolder):
 
 
 class Streams(InFolder):
+    BINARY = b"vekgrep: (standard input): binary file matches\n"
+
     def stream(self, shell, arguments, expected):
         with subprocess.Popen(["sh", "-c", shell], stdout=subprocess.PIPE) as source:
             done = run(arguments, source.stdout, **limited())
             source.stdout.close()
-        self.assertEqual((done.stdout, done.stderr), (expected, b""))
+        self.assertEqual(done.stdout + done.stderr, expected)
 
     def test_zero_bytes_without_end_of_line(self):
         self.stream("head -c 2200M /dev/zero; echo needle; echo needle",
-                    ["-F", "needle"], b"Binary file (standard input) matches\n")
+                    ["-F", "needle"], self.BINARY)
 
     def test_no_more_is_read_than_needed(self):
         self.stream("yes needle", ["-F", "-l", "needle"], b"(standard input)\n")
         self.stream("yes needle | tr '\\n' '\\0'", ["-F", "needle"],
-                    b"Binary file (standard input) matches\n")
+                    self.BINARY)
 
     def test_lines_behind_2_31_bytes(self):
         line = "all work and no play " * 50 + "\n"

@@ -36,10 +36,17 @@ inline int32_t FindLastByte(const uint8_t* text, Range range, uint8_t value) {
   return index < 0 ? -1 : range.begin + index;
 }
 
-// Position behind the line that `from` lies in: behind its newline, or the end of the text.
-inline int32_t LineEnd(const uint8_t* text, int32_t from, int32_t length) {
-  const int32_t newline = FindByte(text, {from, length}, '\n');
-  return newline < 0 ? length : newline + 1;
+// Position behind the line that `from` lies in: behind the byte that ends it, or the end of the
+// text.
+inline int32_t LineEnd(const uint8_t* text, int32_t from, int32_t length, uint8_t lineEnd = '\n') {
+  const int32_t place = FindByte(text, {from, length}, lineEnd);
+  return place < 0 ? length : place + 1;
+}
+
+// Where the line starts that `place` lies in, not in front of `from`, the start of a line.
+inline int32_t LineStart(const uint8_t* text, int32_t from, int32_t place, uint8_t lineEnd = '\n') {
+  const int32_t before = FindLastByte(text, {from, place}, lineEnd);
+  return before < 0 ? from : before + 1;
 }
 
 }  // namespace examples

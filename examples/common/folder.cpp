@@ -7,6 +7,8 @@
 
 #ifdef _WIN32
 #include <windows.h>
+#else
+#include <sys/stat.h>
 #endif
 
 namespace examples {
@@ -21,31 +23,36 @@ std::string Joined(const std::string& folder, const fs::path& name) {
 
 #ifdef _WIN32
 
-// Whether a folder is one of those that it lies in.
-bool HoldsItself(const fs::path& folder) {
-  for (fs::path outer = folder.parent_path(); !outer.empty(); outer = outer.parent_path()) {
-    std::error_code unknown;
-    if (fs::equivalent(folder, outer, unknown)) {
-      return true;
-    }
-    if (outer == outer.root_path()) {
-      break;
-    }
-  }
-  return false;
+// The standard library doesn't know links here, and the system not all of them; those are met as
+// folders that lie in themselves.
+bool IsLink(const fs::directory_entry& entry) {
+  return (GetFileAttributesW(entry.path().c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
-// The standard library doesn't know links here, and the system not all of them.
-bool IsLink(const fs::directory_entry& folder) {
-  return (GetFileAttributesW(folder.path().c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) != 0 ||
-         HoldsItself(folder.path());
+std::string Identity(const std::string& folder) {
+  const HANDLE handle = CreateFileW(fs::u8path(folder).c_str(), 0,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  BY_HANDLE_FILE_INFORMATION info = {};
+  const bool known = handle != INVALID_HANDLE_VALUE && GetFileInformationByHandle(handle, &info);
+  CloseHandle(handle);
+  return known ? std::to_string(info.dwVolumeSerialNumber) + ":" +
+                     std::to_string(info.nFileIndexHigh) + ":" + std::to_string(info.nFileIndexLow)
+               : "";
 }
 
 #else
 
-bool IsLink(const fs::directory_entry& folder) {
+bool IsLink(const fs::directory_entry& entry) {
   std::error_code unknown;
-  return folder.is_symlink(unknown);
+  return entry.is_symlink(unknown);
+}
+
+std::string Identity(const std::string& folder) {
+  struct stat status;
+  return stat(folder.c_str(), &status) != 0
+             ? ""
+             : std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
 }
 
 #endif
@@ -57,14 +64,25 @@ bool IsFolder(const std::string& name) {
   return fs::is_directory(fs::u8path(name), error);
 }
 
-bool ListFolder(const std::string& name, std::vector<FolderEntry>* entries, std::string* fault) {
+bool IsDevice(const std::string& name) {
+  std::error_code error;
+  return fs::is_other(fs::status(fs::u8path(name), error));
+}
+
+std::string BaseName(const std::string& name) {
+  return name.substr(name.find_last_of('/') + 1);  // npos: 0
+}
+
+bool ListFolder(const std::string& name, Links links, std::vector<FolderEntry>* entries,
+                std::string* fault) {
   entries->clear();
   std::error_code error;
   for (fs::directory_iterator entry(fs::u8path(name), error), end; !error && entry != end;
        entry.increment(error)) {
     std::error_code unknown;  // then it is neither: links to nothing, for one
     const bool isFolder = entry->is_directory(unknown);
-    if (isFolder ? !IsLink(*entry) : entry->is_regular_file(unknown)) {
+    if ((isFolder || entry->is_regular_file(unknown)) &&
+        (links == Links::kFollow || !IsLink(*entry))) {
       entries->push_back({Joined(name, entry->path().filename()), isFolder});
     }
   }
@@ -72,6 +90,15 @@ bool ListFolder(const std::string& name, std::vector<FolderEntry>* entries, std:
             [](const FolderEntry& a, const FolderEntry& b) { return a.name < b.name; });
   *fault = error ? error.message() : "";
   return !error;
+}
+
+bool FolderWay::Enter(const std::string& folder) {
+  const std::string identity = Identity(folder);
+  if (!identity.empty() && std::find(way.begin(), way.end(), identity) != way.end()) {
+    return false;
+  }
+  way.push_back(identity);
+  return true;
 }
 
 }  // namespace examples

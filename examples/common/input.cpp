@@ -53,11 +53,13 @@ int64_t File::Read(uint8_t* buffer, size_t size, std::string* fault) {
   return count;
 }
 
-Input::Input(Lines linesWanted, int32_t overlapBytes) : lines(linesWanted), overlap(overlapBytes) {}
+Input::Input(Lines linesWanted, int32_t overlapBytes, uint8_t endOfLine)
+    : lines(linesWanted), overlap(overlapBytes), lineEnd(endOfLine) {}
 
 void Input::Begin(Source& nextSource) {
   source = &nextSource;
   used = handedOut = 0;
+  offset = 0;
   ended = binary = false;
   fault.clear();
 }
@@ -101,18 +103,34 @@ bool Input::ReadMore() {
   return true;
 }
 
+std::string Input::Peek(int32_t count) {
+  while (!ended && used < count && (used < capacity || Grow()) && ReadMore()) {
+  }
+  return {reinterpret_cast<const char*>(buffer.get()), static_cast<size_t>(std::min(count, used))};
+}
+
+Source& Input::Rest(std::string* read) {
+  read->assign(reinterpret_cast<const char*>(buffer.get()), static_cast<size_t>(used));
+  return *source;
+}
+
 bool Input::HandOut(Chunk* chunk, int32_t length, bool endsLine, int32_t kept) {
-  *chunk = {buffer.get(), length, endsLine};
+  *chunk = {buffer.get(), length, offset, endsLine};
   handedOut = length - kept;
   return true;
 }
 
 bool Input::Next(Chunk* chunk) {
   used -= handedOut;
-  if (used > 0) {
+  offset += handedOut;
+  if (used > 0 && handedOut > 0) {
     std::memmove(buffer.get(), buffer.get() + handedOut, static_cast<size_t>(used));
   }
   handedOut = 0;
+  const int32_t peeked = FindLastByte(buffer.get(), {0, used}, lineEnd);
+  if (peeked >= 0) {
+    return HandOut(chunk, peeked + 1, true, 0);
+  }
   while (!ended) {
     if (used == capacity) {
       const bool pieces = lines == Lines::kWholeUnlessBinary ? binary : lines == Lines::kPieces;
@@ -125,7 +143,7 @@ bool Input::Next(Chunk* chunk) {
     }
     const int32_t before = used;
     if (ReadMore()) {
-      const int32_t newline = FindLastByte(buffer.get(), {before, used}, '\n');
+      const int32_t newline = FindLastByte(buffer.get(), {before, used}, lineEnd);
       if (newline >= 0) {
         return HandOut(chunk, newline + 1, true, 0);
       }

@@ -45,6 +45,9 @@ class File : public Source {
   bool Open(const std::string& name, int output, std::string* fault);
   int64_t Read(uint8_t* buffer, size_t size, std::string* fault) override;
 
+  // Its descriptor.
+  int Descriptor() const { return file; }
+
  private:
   void CloseFile();
 
@@ -55,7 +58,8 @@ class File : public Source {
 struct Chunk {
   uint8_t* text;
   int32_t length;
-  bool endsLine;  // false for all but the last piece of a line
+  int64_t offset;  // of its first byte in the source
+  bool endsLine;   // false for all but the last piece of a line
 };
 
 class Input {
@@ -67,11 +71,17 @@ class Input {
     kPieces
   };
 
-  // `overlap`: how many bytes two pieces of a line share.
-  Input(Lines lines, int32_t overlap);
+  // `overlap`: how many bytes two pieces of a line share. `lineEnd` ends a line.
+  Input(Lines lines, int32_t overlap, uint8_t lineEnd);
 
   // Goes over to another source, which must last as long as it is read.
   void Begin(Source& source);
+
+  // Looks at the first bytes before the first chunk is asked for: up to `count` of them.
+  std::string Peek(int32_t count);
+
+  // The source again, behind what Peek has read of it, and that.
+  Source& Rest(std::string* read);
 
   // The next chunk, valid until the next call; false at the end or after a fault.
   bool Next(Chunk* chunk);
@@ -94,10 +104,12 @@ class Input {
 
   const Lines lines;
   const int32_t overlap;
+  const uint8_t lineEnd;
   std::unique_ptr<uint8_t, Free> buffer;
   int32_t capacity = 0;
   int32_t used = 0;       // bytes in the buffer
   int32_t handedOut = 0;  // of them, those at the front that are done with
+  int64_t offset = 0;     // of the buffer's first byte in the source
   Source* source = nullptr;
   bool ended = false;
   bool binary = false;

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 
@@ -57,9 +56,27 @@ int64_t WriteOnce(int file, const void* data, size_t size) {
   return count;
 }
 
+int64_t ReadOnceAt(int file, int64_t offset, void* buffer, size_t size) {
+  OVERLAPPED place = {};
+  place.Offset = static_cast<DWORD>(offset);
+  place.OffsetHigh = static_cast<DWORD>(offset >> 32);
+  DWORD count = 0;
+  const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(file));
+  if (ReadFile(handle, buffer, static_cast<DWORD>(size), &count, &place) == 0 &&
+      GetLastError() != ERROR_HANDLE_EOF) {
+    errno = EIO;
+    return -1;
+  }
+  return count;
+}
+
 #else
 
 int64_t ReadOnce(int file, void* buffer, size_t size) { return read(file, buffer, size); }
+
+int64_t ReadOnceAt(int file, int64_t offset, void* buffer, size_t size) {
+  return pread(file, buffer, size, offset);
+}
 
 int64_t WriteOnce(int file, const void* data, size_t size) { return write(file, data, size); }
 
@@ -75,7 +92,15 @@ int64_t ReadSome(int file, uint8_t* buffer, size_t size) {
   return count;
 }
 
-bool Write(int file, const void* data, size_t size) {
+int64_t ReadSomeAt(int file, int64_t offset, uint8_t* buffer, size_t size) {
+  int64_t count;
+  do {
+    count = ReadOnceAt(file, offset, buffer, std::min(size, kMostAtOnce));
+  } while (count < 0 && errno == EINTR);
+  return count;
+}
+
+bool WriteAll(int file, const void* data, size_t size) {
   const auto* next = static_cast<const uint8_t*>(data);
   while (size > 0) {
     const int64_t count = WriteOnce(file, next, std::min(size, kMostAtOnce));
@@ -97,6 +122,19 @@ void PrepareStreams() {
     _setmode(file, _O_BINARY);
   }
 }
+
+bool EndsOnBrokenPipe() { return true; }
+
+int64_t SizeOf(int file) {
+  const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(file));
+  LARGE_INTEGER size;
+  return GetFileType(handle) == FILE_TYPE_DISK && GetFileSizeEx(handle, &size) != 0 ? size.QuadPart
+                                                                                    : -1;
+}
+
+int64_t PlaceOf(int file) { return SizeOf(file) < 0 ? -1 : _lseeki64(file, 0, SEEK_CUR); }
+
+void GoTo(int file, int64_t place) { _lseeki64(file, place, SEEK_SET); }
 
 int OpenForReading(const std::string& name) {
   const std::wstring wide = Widen(name);
@@ -161,9 +199,25 @@ std::vector<std::string> ExpandWildcards(const std::string& name) {
 
 #else
 
+// What holds the place can't be used the way the stream is.
 void PrepareStreams() {
-  std::signal(SIGPIPE, SIG_IGN);  // NOLINT: the result says nothing that could be acted upon
+  for (const int file : {kStandardInput, kStandardOutput, kStandardError}) {
+    if (fcntl(file, F_GETFD) < 0 && errno == EBADF) {
+      static_cast<void>(open("/dev/null", file == kStandardInput ? O_WRONLY : O_RDONLY));
+    }
+  }
 }
+
+bool EndsOnBrokenPipe() { return false; }
+
+int64_t SizeOf(int file) {
+  struct stat status;
+  return fstat(file, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
+}
+
+int64_t PlaceOf(int file) { return SizeOf(file) < 0 ? -1 : lseek(file, 0, SEEK_CUR); }
+
+void GoTo(int file, int64_t place) { lseek(file, place, SEEK_SET); }
 
 int OpenForReading(const std::string& name) { return open(name.c_str(), O_RDONLY | O_CLOEXEC); }
 

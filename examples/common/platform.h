@@ -17,8 +17,13 @@ constexpr int kStandardInput = 0;
 constexpr int kStandardOutput = 1;
 constexpr int kStandardError = 2;
 
-// Streams without translation of line ends; writing to a closed pipe fails instead of killing.
+// Streams without translation of line ends. A stream that is closed stays unusable: no file that is
+// opened later takes its place.
 void PrepareStreams();
+
+// Whether a program ends silently when nobody reads its output any longer. Where the system sees
+// to that a write never fails for it, unless whoever started us wants it to be told.
+bool EndsOnBrokenPipe();
 
 // A descriptor, or -1 with the reason in errno.
 int OpenForReading(const std::string& name);
@@ -27,8 +32,18 @@ void Close(int file);
 // Bytes read, 0 at the end, or -1 with the reason in errno.
 int64_t ReadSome(int file, uint8_t* buffer, size_t size);
 
+// The same from a place of a regular file.
+int64_t ReadSomeAt(int file, int64_t offset, uint8_t* buffer, size_t size);
+
+// Bytes of a regular file; -1 of any other.
+int64_t SizeOf(int file);
+
+// Where the next byte is read from; -1 where there are no places.
+int64_t PlaceOf(int file);
+void GoTo(int file, int64_t place);
+
 // Writes everything; false with the reason in errno.
-bool Write(int file, const void* data, size_t size);
+bool WriteAll(int file, const void* data, size_t size);
 
 // Whether the descriptors are one regular file and reading would meet what is written.
 bool ReadsItsOwnOutput(int input, int output);

@@ -4,6 +4,7 @@
 
 #include "common/program.h"
 
+#include <cerrno>
 #include <cstring>
 #include <new>
 
@@ -19,20 +20,24 @@ int RunWork(const char* program, const std::vector<std::string>& arguments,
   } catch (const std::bad_alloc&) {
     // Piece by piece: there may be no memory to put them together.
     for (const char* part : {program, ": not enough memory\n"}) {
-      static_cast<void>(Write(kStandardError, part, std::strlen(part)));
+      static_cast<void>(WriteAll(kStandardError, part, std::strlen(part)));
     }
     return kTrouble;
   }
 }
 
-int Finish(Output& output, int status) {
+int Finish(StandardStreams& streams, Output& output, int status) {
   output.Flush();
-  output.EraseStatus();
-  if (output.Error() != 0) {
-    output.Complain("standard output", std::strerror(output.Error()));
-    return kTrouble;
+  streams.EraseStatus();
+  if (streams.Error() == 0) {
+    return status;
   }
-  return status;
+  // Whoever read has left; where the system doesn't end us for that, we end as silently.
+  if (streams.Error() != EPIPE || !EndsOnBrokenPipe()) {
+    output.Complain("standard output",
+                    streams.Error() == EBADF ? "it is closed" : std::strerror(streams.Error()));
+  }
+  return kTrouble;
 }
 
 }  // namespace examples

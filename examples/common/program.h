@@ -20,7 +20,7 @@ int RunWork(const char* program, const std::vector<std::string>& arguments,
             int (*work)(const std::vector<std::string>& arguments));
 
 // Writes what is left and turns a write that failed into the status of a failure.
-int Finish(Output& output, int status);
+int Finish(StandardStreams& streams, Output& output, int status);
 
 }  // namespace examples
 

@@ -15,11 +15,16 @@
 
 namespace examples::vekgrep {
 
+// What must be around a match: anything, no word character, or the ends of the line.
+enum class Bounds { kNone, kWord, kLine };
+
 // How patterns are meant.
 struct PatternSettings {
   std::string letters;  // as veksRegExpInit takes them
   bool bytes = false;   // every byte is a character
   int32_t limit = -1;   // -1: as it is after compiling
+  Bounds bounds = Bounds::kNone;
+  uint8_t lineEnd = '\n';  // ends a line
 };
 
 class CompiledPattern {
@@ -35,6 +40,8 @@ class CompiledPattern {
   int32_t Slots() const { return Header().captureCount; }
 
  private:
+  bool CompileText(const std::string& pattern, const PatternSettings& settings, std::string* fault);
+
   std::vector<ProgramNode> block;
 };
 

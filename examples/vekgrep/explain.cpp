@@ -136,19 +136,4 @@ std::string ListProgram(const RegExpState& state) {
          std::to_string(state.captureCount) + "\n";
 }
 
-std::string DescribeFault(const std::string& pattern, vekStatus status, int32_t offset) {
-  const auto place = static_cast<size_t>(offset);
-  const size_t lineStart = place == 0 ? 0 : pattern.rfind('\n', place - 1) + 1;  // npos: 0
-  const std::string line = pattern.substr(lineStart, pattern.find('\n', place) - lineStart);
-  std::string caret;
-  for (const char c : line.substr(0, place - lineStart)) {
-    // A tab moves the caret as it moves the pattern; what continues a character takes no room.
-    const auto byte = static_cast<unsigned char>(c);
-    if ((byte & 0xC0) != 0x80) {
-      caret += byte == '\t' ? '\t' : ' ';
-    }
-  }
-  return std::string(vekStatusText(status)) + "\n  " + line + "\n  " + caret + "^";
-}
-
 }  // namespace examples::vekgrep

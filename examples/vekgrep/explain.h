@@ -1,7 +1,4 @@
-// SPDX-License-Identifier: MIT
-
-// What a pattern has been compiled to, and what is wrong with one that does not compile: for
-// people who wonder why a pattern matches, or does not.
+// What a pattern has been compiled to: for people who wonder why a pattern matches, or does not.
 
 #ifndef VEKGREP_EXPLAIN_H
 #define VEKGREP_EXPLAIN_H
@@ -10,7 +7,6 @@
 #include <string>
 
 #include "vekch/regexp_program.h"
-#include "vekch/status.h"
 
 namespace examples::vekgrep {
 
@@ -21,9 +17,6 @@ namespace examples::vekgrep {
 //      0  OpString length=3 "abc"
 //      search mode 1, required literal 0, captures 1
 std::string ListProgram(const RegExpState& state);
-
-// What the fault is, and the line of the pattern that it is in, with a caret under its place.
-std::string DescribeFault(const std::string& pattern, vekStatus status, int32_t offset);
 
 }  // namespace examples::vekgrep
 

@@ -1,124 +1,18 @@
-// SPDX-License-Identifier: MIT
-
-// For kWhole the pattern is compiled with option m and without s, so that "^", "$" and "." see each
-// line of the text as if it stood alone. If then no record can consume a newline or look beyond
-// one, the tries at a place of a line are the same in the text as in the line alone, and so is what
-// comes of them. Not taken, though they might do: repeated groups, as they may nest deep enough to
-// run out of the limit, which the object keeps an account of over the lines; look-arounds, atomic
-// groups, conditions and back-references, which ask what does not match or what ends the subject.
-
 #include "line_filter.h"
 
 #include <algorithm>
+#include <limits>
+
+#include "line_safety.h"
 
 namespace examples::vekgrep {
 namespace {
 
-// Whether no search can run out of the limit by the length of the program alone: a record nests
-// tries twice at most, and the object allows a fourth of the limit.
-bool LimitIsAmple(const RegExpState& state) {
-  constexpr int32_t kDepthPerRecord = 4;
-  constexpr int32_t kSpare = 16;
-  return state.nodeCount <= (state.matchLimit / RegExpDepthShare - kSpare) / kDepthPerRecord;
-}
+constexpr int32_t kAnyLength = std::numeric_limits<int32_t>::max();
+constexpr int32_t kShortLine = 32;  // if lines may not even have that, it isn't worth it
 
 bool IsOptional(const ProgramNode& quantifier) {
   return (quantifier.op == OpGreedy || quantifier.op == OpLazy) && quantifier.a < 1;
-}
-
-enum class Holds { kNo, kYes, kUnknown };  // whether a newline is among what a record matches
-
-// Where option s is not in force.
-Holds ShorthandHoldsNewline(int32_t letter) {
-  switch (letter) {
-#define VEKGREP_SHORTHAND(name, letter, ranges, isComplement, newline, words) \
-  case letter:                                                                \
-    return (newline) == RegExpNewlineAlways ? Holds::kYes : Holds::kNo;
-    VEKCH_REGEXP_SHORTHANDS(VEKGREP_SHORTHAND)
-#undef VEKGREP_SHORTHAND
-    default:
-      return Holds::kUnknown;
-  }
-}
-
-bool AssertsOfLine(int32_t letter) {
-  switch (letter) {
-#define VEKGREP_ASSERTION(name, letter, isOfLine, words) \
-  case letter:                                           \
-    return (isOfLine) != 0;
-    VEKCH_REGEXP_ASSERTIONS(VEKGREP_ASSERTION)
-#undef VEKGREP_ASSERTION
-    default:
-      return false;
-  }
-}
-
-Holds HoldsNewline(const ProgramNode& node) {
-  const auto answer = [](bool holds) { return holds ? Holds::kYes : Holds::kNo; };
-  switch (node.op) {
-    case OpChar:
-    case OpCodePoint:
-      return answer(node.a == '\n');
-    case OpString:
-      return answer(LiteralBytes(node).find('\n') != std::string::npos);
-    case OpClassRange:
-      return answer(node.a <= '\n' && '\n' <= node.b);
-    case OpCharType:
-      return ShorthandHoldsNewline(node.a);
-    default:
-      return Holds::kUnknown;
-  }
-}
-
-// `node` is an OpClass, its items behind it. Items of a negated name are not looked at closely.
-Holds ClassHoldsNewline(const ProgramNode* node) {
-  Holds any = Holds::kNo;
-  for (const ProgramNode* item = node + 1; item <= node + node->b; ++item) {
-    const Holds one = item->c != 0 ? Holds::kUnknown : HoldsNewline(*item);
-    any = any == Holds::kYes || one == Holds::kNo ? any : one;
-  }
-  if (node->a == 0 || any == Holds::kUnknown) {
-    return any;
-  }
-  return any == Holds::kYes ? Holds::kNo : Holds::kYes;
-}
-
-bool KeepsLines(int32_t options) {
-  return (options & RegExpOptionM) != 0 && (options & RegExpOptionS) == 0;
-}
-
-bool StaysInLine(const ProgramNode* node) {
-  switch (node->op) {
-    case OpClass:
-      return ClassHoldsNewline(node) == Holds::kNo;
-    case OpAssert:
-      return AssertsOfLine(node->a);
-    case OpGreedy:
-    case OpLazy:
-      return node[-1].op != OpGroupEnd;
-    case OpSetOptions:
-      return KeepsLines(node->a);
-    case OpOptionGroup:
-      return KeepsLines(node->c);
-    case OpAlternative:
-    case OpCapture:
-    case OpGroup:
-    case OpGroupEnd:
-      return true;
-    default:
-      return HoldsNewline(*node) == Holds::kNo;
-  }
-}
-
-bool StaysInLine(const CompiledPattern& compiled) {
-  const ProgramNode* end = compiled.Program() + compiled.Header().nodeCount;
-  for (const ProgramNode* node = compiled.Program(); node < end; ++node) {
-    if (!StaysInLine(node)) {
-      return false;
-    }
-    node += node->op == OpClass ? node->b : 0;
-  }
-  return true;
 }
 
 std::string Listed(const std::vector<std::string>& texts) {
@@ -129,30 +23,92 @@ std::string Listed(const std::vector<std::string>& texts) {
   return list;
 }
 
+// Alternatives that are nothing but literal texts, whatever is around them.
+std::vector<std::string> AlternativesOf(const CompiledPattern& compiled) {
+  std::vector<std::string> texts;
+  for (int32_t i = 0; i < compiled.Header().nodeCount; i += 2) {
+    texts.push_back(LiteralBytes(compiled.Program()[i]));
+  }
+  return texts;
+}
+
+// Whether every line ends within so many bytes.
+bool LinesAreShort(const uint8_t* text, int32_t length, int32_t longest, uint8_t lineEnd) {
+  for (int32_t at = 0; length - at > longest;) {
+    const int32_t end = FindLastByte(text, {at, at + longest + 1}, lineEnd);
+    if (end < 0) {
+      return false;
+    }
+    at = end + 1;
+  }
+  return true;
+}
+
 }  // namespace
 
-LineFilter::LineFilter(const std::string& pattern, const PatternSettings& settings,
-                       const CompiledPattern& compiled) {
-  if (!LimitIsAmple(compiled.Header())) {
-    return;
+// The first alternative that fits is the match of a pattern, the longest text that of texts: the
+// same as long as none begins with another. A text may start inside a character, a pattern not.
+bool IsPlainText(const std::string& pattern, const PatternSettings& settings, PlainTexts* plain) {
+  CompiledPattern compiled;
+  PatternSettings plainSettings = settings;
+  plainSettings.bounds = Bounds::kNone;
+  std::string fault;
+  if (settings.limit >= 0 || !compiled.Compile(pattern, plainSettings, &fault)) {
+    return false;
   }
-  if (FilterByLiterals(compiled)) {
+  const RegExpState& state = compiled.Header();
+  const bool isText = state.nodeCount == 1 &&
+                      (compiled.Program()->op == OpChar || compiled.Program()->op == OpString);
+  if (!isText && state.searchMode != 2 && state.nodeCount != 0) {
+    return false;
+  }
+  std::vector<std::string> texts = AlternativesOf(compiled);
+  if (state.nodeCount == 0) {
+    texts.emplace_back();
+  }
+  for (const std::string& text : texts) {
+    const bool insideCharacter = !text.empty() && (text[0] & 0xC0) == 0x80;
+    const bool beginsOther = std::any_of(texts.begin(), texts.end(), [&](const std::string& other) {
+      return &other != &text && other.compare(0, text.size(), text) == 0;
+    });
+    if (insideCharacter || beginsOther ||
+        text.find(static_cast<char>(settings.lineEnd)) != std::string::npos) {
+      return false;
+    }
+  }
+  plain->texts.insert(plain->texts.end(), texts.begin(), texts.end());
+  plain->ignoreCase = (state.compileFlags & RegExpOptionI) != 0;
+  return true;
+}
+
+LineFilter::LineFilter(const std::string& pattern, const PatternSettings& settings,
+                       const CompiledPattern& compiled)
+    : lineEnd(settings.lineEnd) {
+  longestLine = LongestSafeLine(compiled);
+  limitIsAmple = longestLine == kAnyLength;
+  if (limitIsAmple && FilterByLiterals(pattern, settings)) {
     way = Way::kLiterals;
-  } else if (FilterByWhole(pattern, settings)) {
+  } else if (longestLine >= kShortLine && FilterByWhole(pattern, settings)) {
     way = Way::kWhole;
   }
 }
 
 // All literals, where the pattern is nothing but alternatives of them; else the one that ends the
-// pattern or the one that begins it, the longer of the two.
-bool LineFilter::FilterByLiterals(const CompiledPattern& compiled) {
+// pattern or the one that begins it, the longer of the two. What must be around a match makes no
+// difference to that.
+bool LineFilter::FilterByLiterals(const std::string& pattern, const PatternSettings& settings) {
+  CompiledPattern compiled;
+  PatternSettings unbounded = settings;
+  unbounded.bounds = Bounds::kNone;
+  std::string fault;
+  if (!compiled.Compile(pattern, unbounded, &fault)) {
+    return false;
+  }
   const RegExpState& state = compiled.Header();
   const ProgramNode* program = compiled.Program();
   bool ignoresCase = (state.compileFlags & RegExpOptionI) != 0;
   if (state.searchMode == 2) {
-    for (int32_t i = 0; i < state.nodeCount; i += 2) {
-      literals.push_back(LiteralBytes(program[i]));
-    }
+    literals = AlternativesOf(compiled);
   }
   // The object calls a literal leading also where it is optional and lazy, as in "a*?b".
   if (state.searchMode == 1 && !(state.nodeCount > 1 && IsOptional(program[1]))) {
@@ -172,16 +128,25 @@ bool LineFilter::FilterByLiterals(const CompiledPattern& compiled) {
   return true;
 }
 
+// With zero bytes at the ends of lines the pattern stays as it is.
 bool LineFilter::FilterByWhole(const std::string& pattern, const PatternSettings& settings) {
-  PatternSettings wholeSettings = settings;
-  std::string& letters = wholeSettings.letters;
-  letters.erase(std::remove(letters.begin(), letters.end(), 's'), letters.end());
-  letters += 'm';
+  wholeSettings = settings;
+  if (lineEnd == '\n') {
+    std::string& letters = wholeSettings.letters;
+    letters.erase(std::remove(letters.begin(), letters.end(), 's'), letters.end());
+    letters += 'm';
+  }
   std::string fault;
-  // A text is narrowed to where a leading literal stands first, though an optional one need not
-  // stand in the line of the match.
-  return whole.Compile(pattern, wholeSettings, &fault) && whole.Header().searchMode != 1 &&
-         StaysInLine(whole);
+  if (!whole.Compile(pattern, wholeSettings, &fault)) {
+    return false;
+  }
+  const LineSafety safety = JudgeLines(whole, lineEnd);
+  exact = safety.exact;
+  longestLine = std::min(longestLine, safety.longestLine);
+  // A text is narrowed to where a leading literal is first, though an optional one need not be in
+  // the line of the match, and to where the last literal is last, which look-arounds notice.
+  return safety.keepsLines && whole.Header().searchMode == 0 &&
+         whole.Header().requiredLiteralIndex < 0;
 }
 
 std::string LineFilter::Description() const {
@@ -189,7 +154,9 @@ std::string LineFilter::Description() const {
     case Way::kLiterals:
       return "lines with the text " + Listed(literals);
     case Way::kWhole:
-      return "lines of matches in the whole text";
+      return std::string("lines of matches in the whole text") +
+             (longestLine == kAnyLength ? "" : ", while lines are short") +
+             (exact ? "" : ", each then alone");
     case Way::kEvery:
       break;
   }
@@ -202,21 +169,25 @@ void LineFilter::Begin(const uint8_t* newText, int32_t newLength) {
   if (way == Way::kLiterals) {
     literalSearcher->Begin(text, length);
   }
+  wholeNow = way == Way::kWhole &&
+             (longestLine == kAnyLength || LinesAreShort(text, length, longestLine, lineEnd));
 }
 
-int32_t LineFilter::Next(int32_t from) {
+int32_t LineFilter::Next(int32_t from, Range* match) {
   if (way == Way::kLiterals) {
-    Range found;
-    return literalSearcher->Next(from, &found) == Outcome::kMatch ? found.begin : -1;
+    return literalSearcher->Next(from, match) == Outcome::kMatch ? match->begin : -1;
   }
-  if (way == Way::kWhole) {
+  if (wholeNow) {
     RegExpFindResult found;
     int32_t count = 1;
     const vekStatus status =
         veksRegExpFind_8u(text + from, length - from, whole.State(), &found, &count);
     if (status >= StatusNoError) {
-      return count > 0 ? static_cast<int32_t>(found.pointer - text) : -1;
+      const auto begin = static_cast<int32_t>(found.pointer - text);
+      *match = {begin, begin + (count > 0 ? found.length : 0)};
+      return count > 0 ? begin : -1;
     }
+    wholeNow = false;  // nothing of the kind is expected; each line is searched from here on
   }
   return from;
 }

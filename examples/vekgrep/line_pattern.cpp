@@ -1,17 +1,23 @@
-// SPDX-License-Identifier: MIT
-
-// The filter names lines that may match, and each of them is searched alone. All matches of a line
-// are taken from a replacement of all of them by nothing: the search with option g tells of groups
-// alone where there are any.
+// The filter names lines that may match, and where it isn't exact each of them is searched alone.
+// All matches of a line are taken from a replacement of all of them by nothing: the search with
+// option g tells of groups alone where there are any. Where the filter is exact and all matches are
+// wanted, those of a text are found in one call.
 
 #include "line_pattern.h"
 
 #include <algorithm>
 
 namespace examples::vekgrep {
+namespace {
+
+// What the matches of one text may take, some MiB, depends on both.
+constexpr int32_t kLongestText = 1 << 20;
+constexpr int32_t kMostSlots = 8;
+
+}  // namespace
 
 std::unique_ptr<LinePattern> LinePattern::Compile(const std::string& pattern,
-                                                  const PatternSettings& settings,
+                                                  const PatternSettings& settings, bool marks,
                                                   std::string* fault) {
   std::unique_ptr<LinePattern> compiled(new LinePattern);
   PatternSettings forAll = settings;
@@ -21,6 +27,11 @@ std::unique_ptr<LinePattern> LinePattern::Compile(const std::string& pattern,
     return nullptr;
   }
   compiled->filter = std::make_unique<LineFilter>(pattern, settings, compiled->first);
+  compiled->lineEnd = settings.lineEnd;
+  PatternSettings forWhole = compiled->filter->WholeSettings();
+  forWhole.letters += 'g';
+  compiled->wantsMarks = marks && compiled->first.Slots() <= kMostSlots &&
+                         compiled->allOfWhole.Compile(pattern, forWhole, fault);
   return compiled;
 }
 
@@ -30,26 +41,56 @@ void LinePattern::Begin(const uint8_t* newText, int32_t newLength) {
   kept = false;
   nextLine = 0;
   filter->Begin(text, length);
+  foundAll = wantsMarks && filter->IsExact() && length <= kLongestText && FindAll();
+}
+
+bool LinePattern::FindAll() {
+  nextFound = 0;
+  return matches.Replace(allOfWhole, first, text, length);
 }
 
 Outcome LinePattern::Seek(int32_t from, Range* range) {
+  if (foundAll) {
+    return SeekFound(from, range);
+  }
   if (!kept || (outcome != Outcome::kNothing && found.begin < from)) {
     nextLine = std::max(nextLine, from);
     outcome = Outcome::kNothing;
     while (outcome == Outcome::kNothing && nextLine < length) {
-      const int32_t place = filter->Next(nextLine);
-      if (place < 0 || (place == length && text[length - 1] == '\n')) {
+      const int32_t place = filter->Next(nextLine, &found);
+      if (place < 0 || (place == length && text[length - 1] == lineEnd)) {
         break;
       }
-      const int32_t newline = FindLastByte(text, {nextLine, place}, '\n');
-      const int32_t begin = newline < 0 ? nextLine : newline + 1;
-      nextLine = LineEnd(text, place, length);
-      outcome = SearchLine({begin, nextLine - (text[nextLine - 1] == '\n' ? 1 : 0)});
+      const int32_t begin = nextLine;
+      nextLine = LineEnd(text, place, length, lineEnd);
+      if (filter->IsExact()) {
+        outcome = Outcome::kMatch;
+        found.end = std::min(found.end, nextLine);
+      } else {
+        outcome = SearchLine({LineStart(text, begin, place, lineEnd),
+                              nextLine - (text[nextLine - 1] == lineEnd ? 1 : 0)});
+      }
     }
     kept = true;
   }
   *range = found;
   return outcome;
+}
+
+Outcome LinePattern::SeekFound(int32_t from, Range* range) {
+  const RegExpFindResult* results = matches.Found();
+  for (; nextFound < matches.FoundCount(); nextFound += first.Slots()) {
+    const auto begin = static_cast<int32_t>(results[nextFound].pointer - text);
+    if (begin == length && text[length - 1] == lineEnd) {
+      break;
+    }
+    if (begin >= from) {
+      found = {begin, std::min(begin + results[nextFound].length, length)};
+      *range = found;
+      return outcome = Outcome::kMatch;
+    }
+  }
+  return outcome = Outcome::kNothing;
 }
 
 // A match may be reported longer than what is left of its subject.
@@ -71,19 +112,22 @@ Outcome LinePattern::SearchLine(Range line) {
 }
 
 bool LinePattern::BeginLine(Range line) {
-  nextMatch = matchesEnd = 0;
+  lastMatchPlace = -1;
   if (outcome != Outcome::kMatch || found.begin < line.begin || found.begin > line.end) {
     return true;
   }
-  const bool done = Replace(line, &matches);
-  matchesEnd = matches.FoundCount();
-  return done;
+  lastMatchPlace = line.end;
+  nextMatch = foundAll ? nextFound : 0;
+  return foundAll || matches.Replace(all, first, text + line.begin, line.end - line.begin);
 }
 
 bool LinePattern::PeekMark(int32_t from, Mark* mark) {
-  for (; nextMatch < matchesEnd; PassMark()) {
+  for (; nextMatch < matches.FoundCount(); PassMark()) {
     const RegExpFindResult* match = matches.Found() + nextMatch;
     const auto begin = static_cast<int32_t>(match->pointer - text);
+    if (begin > lastMatchPlace) {
+      return false;
+    }
     if (begin >= from) {
       *mark = {{begin, begin + match->length}, match + 1, first.Slots() - 1};
       return true;

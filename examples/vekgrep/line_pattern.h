@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // One pattern, searched for in the lines of a text. A match stays in a line, of which the pattern
-// sees the bytes in front of the newline and no others.
+// sees the bytes in front of the byte that ends it and no others.
 
 #ifndef VEKGREP_LINE_PATTERN_H
 #define VEKGREP_LINE_PATTERN_H
@@ -19,9 +19,13 @@ namespace examples::vekgrep {
 
 class LinePattern {
  public:
-  // Null with the reason in `fault` if the pattern does not compile.
+  // `marks`: whether all matches of lines will be asked for. Null with the reason in `fault` if the
+  // pattern does not compile.
   static std::unique_ptr<LinePattern> Compile(const std::string& pattern,
-                                              const PatternSettings& settings, std::string* fault);
+                                              const PatternSettings& settings, bool marks,
+                                              std::string* fault);
+
+  bool MayGiveUp() const { return !filter->LimitIsAmple(); }
 
   // Goes over to another text, which must stay as it is meanwhile.
   void Begin(const uint8_t* text, int32_t length);
@@ -32,27 +36,26 @@ class LinePattern {
   Outcome Seek(int32_t from, Range* range);
   void Pass() { kept = false; }
 
-  // Finds all matches of a line, without its newline; none if the match of the last Seek is not in
-  // it. False if it was given up.
+  // Finds all matches of a line, without its end; none if the match of the last Seek is not in it.
+  // False if it was given up.
   bool BeginLine(Range line);
 
   // The first of them that begins at or behind `from` and was not passed.
   bool PeekMark(int32_t from, Mark* mark);
   void PassMark() { nextMatch += first.Slots(); }
 
-  // Makes of a line what it becomes when all matches are replaced. False if it was given up and
-  // stays as it is.
-  bool Replace(Range line, Replacer* replacer) {
-    return replacer->Replace(all, first, text + line.begin, line.end - line.begin);
-  }
-
  private:
   LinePattern() = default;
+  bool FindAll();
+  Outcome SeekFound(int32_t from, Range* range);
   Outcome SearchLine(Range line);
 
-  CompiledPattern first;  // finds the first match
-  CompiledPattern all;    // finds all
+  CompiledPattern first;       // finds the first match
+  CompiledPattern all;         // finds all
+  CompiledPattern allOfWhole;  // finds all of a text, where the filter is exact
   std::unique_ptr<LineFilter> filter;
+  uint8_t lineEnd = '\n';
+  bool wantsMarks = false;
   const uint8_t* text = nullptr;
   int32_t length = 0;
 
@@ -61,9 +64,11 @@ class LinePattern {
   Range found = {};
   int32_t nextLine = 0;  // behind the line of `found`
 
-  Replacer matches;  // of the line that is shown
-  int32_t matchesEnd = 0;
-  int32_t nextMatch = 0;
+  Replacer matches;  // of the line that is shown or, if foundAll, of the text
+  bool foundAll = false;
+  int32_t nextFound = 0;       // if foundAll: the match that Seek has come to
+  int32_t nextMatch = 0;       // that PeekMark has come to
+  int32_t lastMatchPlace = 0;  // where matches of the line that is shown begin at most
 };
 
 }  // namespace examples::vekgrep

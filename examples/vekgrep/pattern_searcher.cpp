@@ -17,14 +17,19 @@ bool ComesFirst(Range a, Range b) {
 
 }  // namespace
 
-bool PatternSearcher::Add(const std::string& pattern, const PatternSettings& settings,
+bool PatternSearcher::Add(const std::string& pattern, const PatternSettings& settings, bool marks,
                           std::string* fault) {
-  std::unique_ptr<LinePattern> compiled = LinePattern::Compile(pattern, settings, fault);
+  std::unique_ptr<LinePattern> compiled = LinePattern::Compile(pattern, settings, marks, fault);
   if (compiled == nullptr) {
     return false;
   }
   patterns.push_back(std::move(compiled));
   return true;
+}
+
+bool PatternSearcher::MayGiveUp() const {
+  return std::any_of(patterns.begin(), patterns.end(),
+                     [](const auto& pattern) { return pattern->MayGiveUp(); });
 }
 
 void PatternSearcher::Begin(const uint8_t* text, int32_t length) {

@@ -18,20 +18,16 @@ namespace examples::vekgrep {
 class PatternSearcher : public Searcher {
  public:
   // After false, `fault` tells what is wrong with the pattern.
-  bool Add(const std::string& pattern, const PatternSettings& settings, std::string* fault);
+  bool Add(const std::string& pattern, const PatternSettings& settings, bool marks,
+           std::string* fault);
 
-  bool HasLimit() const override { return true; }
+  bool MayGiveUp() const override;
   void Begin(const uint8_t* text, int32_t length) override;
   Outcome Next(int32_t from, Range* match) override;
 
   // Of several patterns, the matches that don't overlap an earlier one.
   void BeginLine(Range line) override;
   Outcome NextMark(Mark* mark) override;
-
-  // It is the first pattern whose matches are replaced.
-  bool Replace(Range replaced, Replacer* replacer) override {
-    return patterns[0]->Replace(replaced, replacer);
-  }
 
  private:
   std::vector<std::unique_ptr<LinePattern>> patterns;

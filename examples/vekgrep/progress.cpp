@@ -22,13 +22,18 @@ std::string Shortened(const std::string& label) {
 
 }  // namespace
 
-Progress::Progress(Output& statusOutput, bool somebodyWatches)
-    : output(statusOutput), watched(somebodyWatches), due(Clock::now() + kPatience) {}
+Progress::Progress(StandardStreams& standardStreams, bool somebodyWatches)
+    : streams(standardStreams), watched(somebodyWatches), due(Clock::now() + kPatience) {}
 
 void Progress::Advance(int32_t bytes, const std::string& label) {
+  if (!watched) {
+    return;
+  }
   searched += bytes;
-  if (watched && Clock::now() >= due) {
-    output.ShowStatus(std::to_string(searched >> 20) + " MiB searched, now in " + Shortened(label));
+  const std::lock_guard<std::mutex> lock(mutex);
+  if (Clock::now() >= due) {
+    streams.ShowStatus(std::to_string(searched >> 20) + " MiB searched, now in " +
+                       Shortened(label));
     due = Clock::now() + kInterval;
   }
 }

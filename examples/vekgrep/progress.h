@@ -5,8 +5,10 @@
 #ifndef VEKGREP_PROGRESS_H
 #define VEKGREP_PROGRESS_H
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <mutex>
 #include <string>
 
 #include "common/output.h"
@@ -16,18 +18,19 @@ namespace examples::vekgrep {
 class Progress {
  public:
   // Nothing is ever shown where nobody watches.
-  Progress(Output& output, bool watched);
+  Progress(StandardStreams& streams, bool watched);
 
-  // Bytes that were searched, and the file that they are of.
+  // Bytes that were searched, and the file that they are of; any thread may tell.
   void Advance(int32_t bytes, const std::string& label);
 
  private:
   using Clock = std::chrono::steady_clock;
 
-  Output& output;
+  StandardStreams& streams;
   const bool watched;
+  std::atomic<int64_t> searched{0};
+  std::mutex mutex;
   Clock::time_point due;  // the next time to show something
-  int64_t searched = 0;
 };
 
 }  // namespace examples::vekgrep

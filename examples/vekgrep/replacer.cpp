@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace examples::vekgrep {
 namespace {
@@ -100,6 +101,19 @@ void Replacer::Grow(int64_t size) {
     throw std::bad_alloc();
   }
   result.resize(std::max(result.size(), static_cast<size_t>(size)));
+}
+
+std::unique_ptr<LineReplacer> LineReplacer::Make(const std::string& pattern,
+                                                 const PatternSettings& settings,
+                                                 const std::string& replacement,
+                                                 std::string* fault) {
+  std::unique_ptr<LineReplacer> made(new LineReplacer);
+  PatternSettings forAll = settings;
+  forAll.letters += 'g';
+  const bool valid = made->first.Compile(pattern, settings, fault) &&
+                     made->all.Compile(pattern, forAll, fault) &&
+                     made->replacer.ReadTemplate(replacement, fault);
+  return valid ? std::move(made) : nullptr;
 }
 
 }  // namespace examples::vekgrep

@@ -9,7 +9,6 @@
 #include <cstdint>
 
 #include "common/bytes.h"
-#include "replacer.h"
 #include "vekch/regexp.h"
 
 namespace examples::vekgrep {
@@ -35,7 +34,7 @@ class Searcher {
   virtual bool MatchesEveryLine() const { return false; }
 
   // Whether kGivenUp may come.
-  virtual bool HasLimit() const { return false; }
+  virtual bool MayGiveUp() const { return false; }
 
   // Goes over to another text, which must stay as it is meanwhile.
   virtual void Begin(const uint8_t* text, int32_t length) = 0;
@@ -45,16 +44,12 @@ class Searcher {
   // asked again.
   virtual Outcome Next(int32_t from, Range* match) = 0;
 
-  // Goes over to showing the matches of the line that Next found last; `line` is without its
-  // newline.
+  // Goes over to showing the matches of the line that Next found last; `line` is without the byte
+  // that ends it.
   virtual void BeginLine(Range line) = 0;
 
   // The next match of the line, behind the one before and possibly empty. kGivenUp is the last.
   virtual Outcome NextMark(Mark* mark) = 0;
-
-  // Makes of a line, without its newline, what it becomes when its matches are replaced. False if
-  // it was given up and stays as it is. Not for fixed text.
-  virtual bool Replace(Range line, Replacer* replacer) = 0;
 };
 
 }  // namespace examples::vekgrep

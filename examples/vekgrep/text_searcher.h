@@ -1,28 +1,30 @@
-// SPDX-License-Identifier: MIT
-
-// Searches for fixed texts. A chunk is searched as a whole, so that one without an occurrence costs
-// one pass for each text.
+// Searches for fixed texts. A chunk is searched as a whole: for few texts once for each, for many
+// of them once for all.
 
 #ifndef VEKGREP_TEXT_SEARCHER_H
 #define VEKGREP_TEXT_SEARCHER_H
 
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <string>
 #include <vector>
 
+#include "compiled_pattern.h"
 #include "searcher.h"
 
 namespace examples::vekgrep {
 
 class TextSearcher : public Searcher {
  public:
-  TextSearcher(const std::vector<std::string>& patterns, bool ignoreCase);
+  // With bounds the texts to be searched consist of whole lines.
+  TextSearcher(const std::vector<std::string>& texts, bool ignoreCase,
+               Bounds bounds = Bounds::kNone, uint8_t lineEnd = '\n');
 
-  // Length of the longest pattern.
-  int32_t LongestPattern() const { return longestPattern; }
+  // Length of the longest text.
+  int32_t LongestText() const { return longest; }
 
-  // Whether the empty text is among the patterns. Such occurrences are never reported by Next.
+  // Whether the empty text is among them. Such occurrences are never reported by Next.
   bool MatchesEveryLine() const override { return matchesEveryLine; }
 
   void Begin(const uint8_t* text, int32_t length) override;
@@ -32,26 +34,46 @@ class TextSearcher : public Searcher {
 
   void BeginLine(Range line) override;
   Outcome NextMark(Mark* mark) override;
-  bool Replace(Range /*line*/, Replacer* /*replacer*/) override { return false; }
 
  private:
   static constexpr int32_t kNowhere = std::numeric_limits<int32_t>::max();
 
-  struct Pattern {
+  enum class Way { kUnknown, kEach, kTogether };
+
+  struct Text {
     std::string bytes;
     int32_t next;  // its first occurrence behind where it was asked for last, or kNowhere
   };
 
-  int32_t Find(const std::string& bytes, int32_t from) const;
+  // A text by its rarest byte.
+  struct Entry {
+    size_t text;
+    int32_t offset;  // of that byte in it
+  };
 
-  std::vector<Pattern> patterns;
+  void ChooseWay();
+  int32_t Size(const Text& one) const { return static_cast<int32_t>(one.bytes.size()); }
+  int32_t Find(const Text& one, int32_t from) const;
+  bool HasBounds(Range found) const;
+  void NextOfEach(int32_t from, Range* match);
+  void NextTogether(int32_t from, Range* match) const;
+  void Check(int32_t place, int32_t from, Range* best) const;
+
+  std::vector<Text> texts;
+  const Bounds bounds;
+  const uint8_t lineEnd;
   bool matchesEveryLine = false;
-  int32_t longestPattern = 0;
+  int32_t longest = 0;
   bool foldsCase = false;
   std::vector<uint8_t> folded;    // the text in small letters, if foldsCase
   const uint8_t* text = nullptr;  // what is searched
   int32_t length = 0;
   Range unmarked = {};  // what is left of the line that is shown
+
+  Way way = Way::kUnknown;
+  std::vector<uint8_t> rareBytes;                // of kTogether: each text has one of them
+  std::array<std::vector<Entry>, 256> byRarest;  // the texts, by that byte
+  int32_t deepest = 0;                           // the largest offset among them
 };
 
 }  // namespace examples::vekgrep

@@ -13,16 +13,19 @@
 namespace examples::vektext {
 
 Editor::Editor(const Options& editOptions, Encoder& textEncoder, Output& hashOutput)
-    : options(editOptions),
-      encoder(textEncoder),
-      output(hashOutput),
-      field(1),
-      destinations(static_cast<size_t>(options.field), field.data()),
-      capacities(static_cast<size_t>(options.field), 0) {}
+    : options(editOptions), encoder(textEncoder), output(hashOutput) {}
+
+void Editor::BeginFile() {
+  lines = 0;
+  if (lineIsOpen && options.hash == nullptr) {
+    encoder.Append(reinterpret_cast<const uint8_t*>("\n"), 1);
+  }
+  lineIsOpen = false;
+}
 
 void Editor::Edit(const Chunk& chunk) {
   if (!options.ActsOnLines()) {
-    MapCase(chunk.text, chunk.length);
+    Change(chunk.text, chunk.length);
     encoder.Append(chunk.text, chunk.length);
     return;
   }
@@ -40,40 +43,74 @@ void Editor::EditLine(uint8_t* line, int32_t length, bool hasNewline) {
     veksTrimCAny_8u(line, length, reinterpret_cast<const uint8_t*>(options.trimSet.data()),
                     static_cast<int32_t>(options.trimSet.size()), line, &length);
   }
-  if (options.field > 0) {
-    length = CutField(line, length);
-    line = field.data();
+  if (!options.fields.empty()) {
+    if (CutFields(line, &length)) {
+      line = joined.data();
+    } else if (options.onlyDelimited) {
+      return;
+    }
   }
-  MapCase(line, length);
+  Change(line, length);
   if (options.hash != nullptr) {
     PrintHash(line, length);
     return;
   }
   encoder.Append(line, length);
+  lineIsOpen = !hasNewline;
   if (hasNewline) {
     encoder.Append(reinterpret_cast<const uint8_t*>("\n"), 1);
   }
 }
 
-// Stores the wanted field; its length, which is 0 where there is none. A field cut to no byte at
-// all leaves its capacity 0, so the list needs no clearing between lines.
-int32_t Editor::CutField(const uint8_t* line, int32_t length) {
-  if (field.size() < static_cast<size_t>(length)) {
-    field.resize(static_cast<size_t>(length));
-    std::fill(destinations.begin(), destinations.end(), field.data());
+// Puts the wanted fields together, and their length in place of the line's. False where the line
+// has no delimiter, and so no fields.
+bool Editor::CutFields(const uint8_t* line, int32_t* length) {
+  int32_t end = FindByte(line, {0, *length}, options.delimiter);
+  if (end < 0) {
+    return false;
   }
-  int32_t count = options.field;
-  capacities.back() = length;
-  veksSplitC_8u_D2L(line, length, options.delimiter, destinations.data(), capacities.data(),
-                    &count);
-  return count == options.field ? capacities.back() : 0;
+  chosen.clear();
+  chosenLengths.clear();
+  nextRange = 0;
+  int32_t begin = 0;
+  for (int64_t number = 1; nextRange < options.fields.size(); ++number) {
+    const bool isLast = end < 0;
+    Choose(number, line + begin, (isLast ? *length : end) - begin);
+    if (isLast) {
+      break;
+    }
+    begin = end + 1;
+    end = FindByte(line, {begin, *length}, options.delimiter);
+  }
+  joined.resize(std::max<size_t>(joined.size(), static_cast<size_t>(*length) + 1));
+  const auto count = static_cast<int32_t>(chosen.size());
+  const int joint = options.joint >= 0 ? options.joint : options.delimiter;
+  veksConcatC_8u_D2L(chosen.data(), chosenLengths.data(), count, static_cast<uint8_t>(joint),
+                     joined.data());
+  *length = count == 0 ? 0 : count - 1;
+  for (const int32_t one : chosenLengths) {
+    *length += one;
+  }
+  return true;
 }
 
-void Editor::MapCase(uint8_t* text, int32_t length) const {
+void Editor::Choose(int64_t number, const uint8_t* field, int32_t length) {
+  const FieldRange& range = options.fields[nextRange];
+  if (range.first <= number) {
+    chosen.push_back(field);
+    chosenLengths.push_back(length);
+  }
+  nextRange += number == range.last ? 1 : 0;
+}
+
+void Editor::Change(uint8_t* text, int32_t length) const {
   if (options.mapping == CaseMapping::kLower) {
     veksLowercaseLatin_8u_I(text, length);
   } else if (options.mapping == CaseMapping::kUpper) {
     veksUppercaseLatin_8u_I(text, length);
+  }
+  for (const auto& [from, to] : options.replacements) {
+    veksReplaceC_8u(text, text, length, from, to);
   }
 }
 

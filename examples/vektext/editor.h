@@ -23,23 +23,29 @@ class Editor {
   // Changes the chunk in place on its way. It consists of whole lines if the options act on lines.
   void Edit(const Chunk& chunk);
 
-  // Lines done so far, if the options act on lines.
+  // Goes over to another file: a line that the one before left open ends there.
+  void BeginFile();
+
+  // Lines of the file done so far, if the options act on lines.
   int64_t Lines() const { return lines; }
 
  private:
   void EditLine(uint8_t* line, int32_t length, bool hasNewline);
-  int32_t CutField(const uint8_t* line, int32_t length);
-  void MapCase(uint8_t* text, int32_t length) const;
+  bool CutFields(const uint8_t* line, int32_t* length);
+  void Choose(int64_t number, const uint8_t* field, int32_t length);
+  void Change(uint8_t* text, int32_t length) const;
   void PrintHash(const uint8_t* text, int32_t length);
 
   const Options& options;
   Encoder& encoder;
   Output& output;
   int64_t lines = 0;
-  std::vector<uint8_t> field;
-  // The list that lines are split into: of fields in front of the wanted one nothing is stored.
-  std::vector<uint8_t*> destinations;
-  std::vector<int32_t> capacities;
+  bool lineIsOpen = false;
+  // The fields of a line that were chosen, and what they come to together.
+  std::vector<const uint8_t*> chosen;
+  std::vector<int32_t> chosenLengths;
+  size_t nextRange = 0;  // of the options' fields, as far as the line was looked at
+  std::vector<uint8_t> joined;
 };
 
 }  // namespace examples::vektext

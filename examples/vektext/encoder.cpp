@@ -46,6 +46,7 @@ Encoder::Encoder(Encoding textEncoding, Output& textOutput)
   if (encoding != Encoding::kUtf8) {
     pending.resize(kCapacity);
     units.resize(kCapacity);  // never more units than bytes
+    bytes.resize(encoding == Encoding::kLatin1 ? kCapacity : 0);
   }
 }
 
@@ -80,9 +81,29 @@ void Encoder::Convert(int32_t length) {
   if (encoding == Encoding::kUtf16Be) {
     SwapBytes(units.data(), written);
   }
-  output.Append(reinterpret_cast<const uint8_t*>(units.data()), {0, 2 * written});
+  if (encoding == Encoding::kLatin1) {
+    Narrow(written);
+  } else {
+    output.Append(reinterpret_cast<const uint8_t*>(units.data()), {0, 2 * written});
+  }
   used -= consumed;
   std::memmove(pending.data(), pending.data() + consumed, static_cast<size_t>(used));
+}
+
+// Latin-1 is the first 256 code points. Of a surrogate pair the second half writes nothing.
+void Encoder::Narrow(int32_t count) {
+  int32_t length = 0;
+  for (int32_t i = 0; i < count; ++i) {
+    const uint16_t unit = units[static_cast<size_t>(i)];
+    const bool fits = unit < 0x100;
+    if (!fits && (unit & 0xFC00) == 0xDC00 && i > 0 &&
+        (units[static_cast<size_t>(i - 1)] & 0xFC00) == 0xD800) {
+      continue;
+    }
+    bytes[static_cast<size_t>(length++)] = fits ? static_cast<uint8_t>(unit) : uint8_t{'?'};
+    lacking += fits ? 0 : 1;
+  }
+  output.Append(bytes.data(), {0, length});
 }
 
 }  // namespace examples::vektext

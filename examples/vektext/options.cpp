@@ -7,64 +7,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "common/platform.h"
+
 namespace examples::vektext {
 namespace {
 
-constexpr int32_t kLastField = 1000000;  // keeps the list of fields that a line is split into small
-
-enum OptionId { kFrom, kTo, kMarks, kTrim, kSplit, kField, kLower, kUpper, kHash };
-
-const Manual kManual = {
-    "vektext",
-    "Usage: vektext [OPTION]... <INPUT >OUTPUT\n",
-    "Changes the text that comes from standard input and writes it to standard output.\n",
-    {
-        {kFrom, 0, "from", Value::kRequired, "ENC",
-         "read utf8 (which is the default), utf16le or utf16be", ""},
-        {kTo, 0, "to", Value::kRequired, "ENC",
-         "write utf8 (which is the default), utf16le or utf16be", ""},
-        {kMarks, 0, "bom", Value::kNone, "", "obey and write byte order marks",
-         "A mark at the start of the input tells its encoding, whatever --from says,\n"
-         "and is dropped. The output starts with a mark, unless --hash is given.\n"
-         "Without --bom a mark is a character like any other."},
-        {kTrim, 0, "trim", Value::kRequired, "SET",
-         "drop the bytes of SET from both ends of each line", ""},
-        {kSplit, 0, "split", Value::kRequired, "C", "split each line at every byte C, for --field",
-         ""},
-        {kField, 0, "field", Value::kRequired, "N", "print field N of each line, counted from 1",
-         "A line with fewer fields gives an empty line."},
-        {kLower, 0, "lower", Value::kNone, "", "turn capitals into small letters (ASCII only)", ""},
-        {kUpper, 0, "upper", Value::kNone, "", "turn small letters into capitals (ASCII only)", ""},
-        {kHash, 0, "hash", Value::kRequired, "ALG", "print a hash of each line: shift, sj2 or mscs",
-         "Eight hexadecimal digits for each line, without its newline:\n"
-         "  shift  h = (h << 1) ^ c, from 0: the last 32 bytes count\n"
-         "  sj2    h = h * 31 + c, from 0\n"
-         "  mscs   h = (h * 33) ^ c, from 5381, up to the first zero byte"},
-    },
-    "Whatever the order of the options, this is done in turn: the text is turned into\n"
-    "UTF-8, its lines are trimmed, a field is taken out, its letters are mapped, and it is\n"
-    "hashed or encoded. --hash and --to, --lower and --upper exclude each other.\n"
-    "\n"
-    "A line ends at a newline, which is kept; a carriage return before it belongs to the\n"
-    "line. A field is what stands between two delimiters; one at the end of the line\n"
-    "starts no field. SET and C are ASCII, or escapes: \\t, \\n, \\r, \\\\, and \\xHH for any\n"
-    "byte.\n"
-    "\n"
-    "No text is refused. A byte that is no UTF-8 becomes the character of its value on the\n"
-    "way to UTF-16, and a surrogate without its partner three bytes on the way back. Half\n"
-    "a UTF-16 unit at the end of the input is an error, told after all before it was\n"
-    "written.\n"
-    "\n"
-    "Input of any size is handled in little memory. Only --trim, --field and --hash hold\n"
-    "lines as a whole: one longer than 256 MiB is an error, and the output ends before it.\n"
-    "\n"
-    "Exit status: 0, or 2 if there was an error.\n"
-    "\n"
-    "Examples:\n"
-    "  vektext --from utf16le --bom --trim ' \\t\\r'      a text from Windows, tidied\n"
-    "  vektext --split : --field 1 </etc/passwd        the names of all accounts\n"
-    "  vektext --lower --hash sj2                      equal lines but for case, equal hashes\n",
-};
+constexpr int64_t kLastField = INT32_MAX;  // no line has more
 
 struct NamedHash {
   const char* name;
@@ -73,6 +21,18 @@ struct NamedHash {
 
 constexpr NamedHash kHashes[] = {
     {"shift", veksHash_8u32u}, {"sj2", veksHashSJ2_8u32u}, {"mscs", veksHashMSCS_8u32u}};
+
+struct NamedEncoding {
+  const char* name;
+  Encoding encoding;
+};
+
+constexpr NamedEncoding kEncodings[] = {{"utf8", Encoding::kUtf8},
+                                        {"utf16le", Encoding::kUtf16Le},
+                                        {"utf16be", Encoding::kUtf16Be},
+                                        {"latin1", Encoding::kLatin1}};
+
+using Text = const std::string&;
 
 // The byte behind "\x", or -1.
 int HexByte(const std::string& digits) {
@@ -90,159 +50,221 @@ int HexByte(const std::string& digits) {
   return digits.size() == 2 ? value : -1;
 }
 
-class Reader {
- public:
-  CommandLine<Options> Read(const std::vector<std::string>& arguments) {
-    const Arguments given = ParseArguments(kManual, arguments);
-    if (!given.help.empty()) {
-      return {Kind::kHelp, {}, given.help};
-    }
-    fault = given.fault;
-    for (const GivenOption& option : given.options) {
-      if (fault.empty()) {
-        Apply(option.id, option.value);
-      }
-    }
-    if (fault.empty()) {
-      CheckTogether(given.operands);
-    }
-    if (!fault.empty()) {
-      return {Kind::kFault, {}, UsageFault(kManual, fault)};
-    }
-    return {Kind::kWork, options, ""};
-  }
-
- private:
-  using Kind = CommandLine<Options>::Kind;
-
-  void Apply(int id, const std::string& value) {
-    switch (id) {
-      case kFrom:
-        ApplyEncoding(value, &options.from);
-        break;
-      case kTo:
-        ApplyEncoding(value, &options.to);
-        encodes = true;
-        break;
-      case kMarks:
-        options.marks = true;
-        break;
-      case kTrim:
-        options.trims = true;
-        options.trimSet = Unescaped(value);
-        break;
-      case kSplit:
-        ApplyDelimiter(value);
-        break;
-      case kField:
-        ApplyField(value);
-        break;
-      case kLower:
-      case kUpper:
-        ApplyMapping(id == kLower ? CaseMapping::kLower : CaseMapping::kUpper);
-        break;
-      case kHash:
-        ApplyHash(value);
-        break;
-      default:
-        break;
-    }
-  }
-
-  void ApplyEncoding(const std::string& name, Encoding* encoding) {
-    if (name == "utf8") {
-      *encoding = Encoding::kUtf8;
-    } else if (name == "utf16le" || name == "utf16be") {
-      *encoding = name == "utf16le" ? Encoding::kUtf16Le : Encoding::kUtf16Be;
+// Characters beyond ASCII are refused: taken as bytes they would cut other characters apart.
+std::string Unescaped(Options& o, Text text) {
+  constexpr char kLetters[] = "tnr\\";
+  constexpr char kMeanings[] = "\t\n\r\\";
+  std::string bytes;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (static_cast<unsigned char>(text[i]) > 127) {
+      o.fault = "'" + text + "' is not ASCII; give bytes as \\xHH";
+    } else if (text[i] != '\\') {
+      bytes += text[i];
+    } else if (text.compare(i, 2, "\\x") == 0 && HexByte(text.substr(i + 2, 2)) >= 0) {
+      bytes += static_cast<char>(HexByte(text.substr(i + 2, 2)));
+      i += 3;
     } else {
-      fault = "'" + name + "' is not utf8, utf16le or utf16be";
-    }
-  }
-
-  void ApplyDelimiter(const std::string& value) {
-    const std::string bytes = Unescaped(value);
-    if (fault.empty() && bytes.size() != 1) {
-      fault = "'" + value + "' is not one byte to split at";
-      return;
-    }
-    splits = true;
-    options.delimiter = static_cast<uint8_t>(bytes.empty() ? 0 : bytes[0]);
-  }
-
-  void ApplyField(const std::string& value) {
-    options.field = 0;
-    for (const char digit : value) {
-      const bool fits = digit >= '0' && digit <= '9' && options.field <= kLastField / 10;
-      options.field = fits ? 10 * options.field + (digit - '0') : kLastField + 1;
-    }
-    if (options.field < 1 || options.field > kLastField) {
-      fault = "'" + value + "' is not a field's number, 1 to " + std::to_string(kLastField);
-    }
-  }
-
-  void ApplyMapping(CaseMapping mapping) {
-    if (options.mapping != CaseMapping::kNone && options.mapping != mapping) {
-      fault = "--lower and --upper exclude each other";
-    }
-    options.mapping = mapping;
-  }
-
-  void ApplyHash(const std::string& name) {
-    const auto* found = std::find_if(std::begin(kHashes), std::end(kHashes),
-                                     [&](const NamedHash& hash) { return name == hash.name; });
-    if (found == std::end(kHashes)) {
-      fault = "'" + name + "' is not shift, sj2 or mscs";
-      return;
-    }
-    options.hash = found->function;
-  }
-
-  // Characters beyond ASCII are refused: taken as bytes they would cut other characters apart.
-  std::string Unescaped(const std::string& text) {
-    constexpr char kLetters[] = "tnr\\";
-    constexpr char kMeanings[] = "\t\n\r\\";
-    std::string bytes;
-    for (size_t i = 0; i < text.size(); ++i) {
-      if (static_cast<unsigned char>(text[i]) > 127) {
-        fault = "'" + text + "' is not ASCII; give bytes as \\xHH";
-      } else if (text[i] != '\\') {
-        bytes += text[i];
-      } else if (text.compare(i, 2, "\\x") == 0 && HexByte(text.substr(i + 2, 2)) >= 0) {
-        bytes += static_cast<char>(HexByte(text.substr(i + 2, 2)));
-        i += 3;
-      } else {
-        ++i;
-        const char* letter = i < text.size() ? std::strchr(kLetters, text[i]) : nullptr;
-        if (letter == nullptr) {
-          fault = "unknown escape in '" + text + "'";
-          break;
-        }
-        bytes += kMeanings[letter - kLetters];
+      ++i;
+      const char* letter = i < text.size() ? std::strchr(kLetters, text[i]) : nullptr;
+      if (letter == nullptr) {
+        o.fault = "unknown escape in '" + text + "'";
+        break;
       }
-    }
-    return bytes;
-  }
-
-  void CheckTogether(const std::vector<std::string>& operands) {
-    if (!operands.empty()) {
-      fault = "only standard input is read, '" + operands[0] + "' is too much";
-    } else if (splits != (options.field > 0)) {
-      fault = "--split and --field need each other";
-    } else if (encodes && options.hash != nullptr) {
-      fault = "--hash and --to exclude each other";
+      bytes += kMeanings[letter - kLetters];
     }
   }
+  return bytes;
+}
 
-  bool encodes = false;
-  bool splits = false;
-  std::string fault;
-  Options options;
-};
+// So many bytes; else a fault that says what they were for.
+std::string UnescapedBytes(Options& o, Text text, size_t count, const char* purpose) {
+  std::string bytes = Unescaped(o, text);
+  if (o.fault.empty() && bytes.size() != count) {
+    o.fault = "'" + text + "' is not " + purpose;
+  }
+  bytes.resize(count);
+  return bytes;
+}
+
+void SetEncoding(Options& o, Text name, Encoding* encoding) {
+  const auto* found = std::find_if(std::begin(kEncodings), std::end(kEncodings),
+                                   [&](const NamedEncoding& one) { return name == one.name; });
+  if (found == std::end(kEncodings)) {
+    o.fault = "'" + name + "' is not utf8, utf16le, utf16be or latin1";
+  } else {
+    *encoding = found->encoding;
+  }
+}
+
+// "2", "2-4", "-4" or "2-".
+bool ReadRange(Text text, FieldRange* range) {
+  const size_t dash = std::min(text.find('-'), text.size());
+  const std::string first = text.substr(0, dash);
+  const std::string last = dash < text.size() ? text.substr(dash + 1) : first;
+  *range = {1, kLastField};
+  return (!first.empty() || !last.empty()) && (first.empty() || ReadNumber(first, &range->first)) &&
+         (last.empty() || ReadNumber(last, &range->last)) && range->first >= 1 &&
+         range->first <= range->last;
+}
+
+// A list of ranges with commas or blanks between, brought in order and apart.
+void SetFields(Options& o, Text list) {
+  std::vector<FieldRange> ranges = o.fields;
+  for (size_t begin = 0; begin <= list.size();) {
+    const size_t end = std::min(list.find_first_of(", ", begin), list.size());
+    FieldRange range;
+    if (!ReadRange(list.substr(begin, end - begin), &range)) {
+      o.fault = "'" + list + "' is not a list of fields, as 1,3-5,7-";
+      return;
+    }
+    ranges.push_back(range);
+    begin = end + 1;
+  }
+  std::sort(ranges.begin(), ranges.end(),
+            [](const FieldRange& a, const FieldRange& b) { return a.first < b.first; });
+  o.fields.clear();
+  for (const FieldRange& range : ranges) {
+    if (o.fields.empty() || range.first > o.fields.back().last) {
+      o.fields.push_back(range);
+    } else {
+      o.fields.back().last = std::max(o.fields.back().last, range.last);
+    }
+  }
+}
+
+void SetMapping(Options& o, CaseMapping mapping) {
+  if (o.mapping != CaseMapping::kNone && o.mapping != mapping) {
+    o.fault = "--lower and --upper exclude each other";
+  }
+  o.mapping = mapping;
+}
+
+void SetHash(Options& o, Text name) {
+  const auto* found = std::find_if(std::begin(kHashes), std::end(kHashes),
+                                   [&](const NamedHash& hash) { return name == hash.name; });
+  if (found == std::end(kHashes)) {
+    o.fault = "'" + name + "' is not shift, sj2 or mscs";
+  } else {
+    o.hash = found->function;
+  }
+}
+
+using Row = Option<Options>;
+
+std::vector<Row> MakeRows() {
+  constexpr Value kNone = Value::kNone;
+  constexpr Value kRequired = Value::kRequired;
+  std::vector<Row> rows = {
+      {{0, "from", kRequired, "utf8|utf16le|utf16be|latin1",
+        "the encoding that is read; utf8 is the default\n"
+        "A byte order mark at the start of a file tells its encoding, whatever is given\n"
+        "here, and is dropped; but in latin1 it is text."},
+       [](Options& o, Text value) { SetEncoding(o, value, &o.from); }},
+      {{0, "to", kRequired, "utf8|utf16le|utf16be|latin1",
+        "the encoding that is written; utf8 is the default\n"
+        "A character that latin1 lacks becomes \"?\", which is an error."},
+       [](Options& o, Text value) {
+         SetEncoding(o, value, &o.to);
+         o.encodes = true;
+       }},
+      {{0, "bom", kNone, "", "write a byte order mark first"},
+       [](Options& o, Text) { o.writesMark = true; }},
+      {{0, "trim", kRequired, "SET", "drop the bytes of SET from both ends of each line"},
+       [](Options& o, Text value) {
+         o.trims = true;
+         o.trimSet = Unescaped(o, value);
+       }},
+      {{'d', "delimiter", kRequired, "C", "fields end at every byte C; a tab is the default"},
+       [](Options& o, Text value) {
+         o.delimiter = static_cast<uint8_t>(UnescapedBytes(o, value, 1, "one byte to split at")[0]);
+         o.delimits = true;
+       }},
+      {{'f', "fields", kRequired, "LIST",
+        "print these fields of each line, as in 1,3-5,7-\n"
+        "They come in the order of the line, each once. A line without C is printed whole."},
+       SetFields},
+      {{'s', "only-delimited", kNone, "", "leave out lines without C"},
+       [](Options& o, Text) { o.onlyDelimited = o.delimits = true; }},
+      {{0, "join", kRequired, "C", "print the byte C between fields, not the one of -d"},
+       [](Options& o, Text value) {
+         o.joint = static_cast<uint8_t>(UnescapedBytes(o, value, 1, "one byte to join with")[0]);
+         o.delimits = true;
+       }},
+      {{0, "lower", kNone, "", "turn capitals into small letters (ASCII only)"},
+       [](Options& o, Text) { SetMapping(o, CaseMapping::kLower); }},
+      {{0, "upper", kNone, "", "turn small letters into capitals (ASCII only)"},
+       [](Options& o, Text) { SetMapping(o, CaseMapping::kUpper); }},
+      {{0, "replace-byte", kRequired, "AB",
+        "put the byte B wherever the byte A is\nMay be given several times; they are done in "
+        "turn."},
+       [](Options& o, Text value) {
+         const std::string bytes =
+             UnescapedBytes(o, value, 2, "a byte and the one to replace it by");
+         o.replacements.emplace_back(static_cast<uint8_t>(bytes[0]),
+                                     static_cast<uint8_t>(bytes[1]));
+       }},
+      {{0, "hash", kRequired, "shift|sj2|mscs",
+        "print a hash of each line\n"
+        "Eight hexadecimal digits for each line, without its newline:\n"
+        "  shift  h = (h << 1) ^ c, from 0: the last 32 bytes count\n"
+        "  sj2    h = h * 31 + c, from 0\n"
+        "  mscs   h = (h * 33) ^ c, from 5381, up to the first zero byte"},
+       SetHash},
+  };
+  for (Row& row : CommonOptions<Options>()) {
+    rows.push_back(row);
+  }
+  return rows;
+}
+
+const Manual kManual = {
+    "vektext",
+    "change text on its way from files to standard output",
+    "[OPTION]... [FILE]...",
+    "Changes the text of each FILE and writes it to standard output. Without FILE, or where\n"
+    "FILE is \"-\", standard input is read.\n",
+    {{"What is done",
+      "Whatever the order of the options, this is done in turn: the text is turned into\n"
+      "UTF-8, its lines are trimmed, fields are taken out, its letters are mapped, bytes are\n"
+      "replaced, and it is hashed or encoded. --hash and --to, --lower and --upper exclude\n"
+      "each other.\n"
+      "\n"
+      "A line ends at a newline, which is kept; a carriage return before it belongs to the\n"
+      "line. SET, A, B and C are ASCII, or escapes: \\t, \\n, \\r, \\\\, and \\xHH for any byte.\n"
+      "\n"
+      "No text is refused. A byte that is no UTF-8 becomes the character of its value on the\n"
+      "way to UTF-16, and a surrogate without its partner three bytes on the way back. Half\n"
+      "a UTF-16 unit at the end of the input is an error, told after all before it was\n"
+      "written.\n"
+      "\n"
+      "Input of any size is handled in little memory. Only --trim, -f and --hash hold lines\n"
+      "as a whole: one longer than 256 MiB is an error, and its file's output ends before it.\n"},
+     {"Exit status", "0, or 2 if there was an error.\n"},
+     {"Examples",
+      "vektext --from utf16le --trim ' \\t\\r' notes.txt   a text from Windows, tidied\n"
+      "vektext -d : -f 1,6 --join ' ' /etc/passwd        names and folders of all accounts\n"
+      "vektext --lower --hash sj2 words                  equal lines but for case, equal "
+      "hashes\n"}}};
+
+void FinishOptions(Options& o, std::vector<std::string>& operands) {
+  if (o.delimits && o.fields.empty()) {
+    o.fault = "-d, -s and --join are for fields: they need -f";
+  } else if (o.encodes && o.hash != nullptr) {
+    o.fault = "--hash and --to exclude each other";
+  }
+  for (const std::string& name : operands) {
+    const std::vector<std::string> names = ExpandWildcards(name);
+    o.files.insert(o.files.end(), names.begin(), names.end());
+  }
+  if (o.files.empty()) {
+    o.files.emplace_back("-");
+  }
+}
 
 }  // namespace
 
 CommandLine<Options> ParseCommandLine(const std::vector<std::string>& arguments) {
-  return Reader().Read(arguments);
+  return ReadCommandLine<Options>(kManual, MakeRows(), arguments, FinishOptions);
 }
 
 }  // namespace examples::vektext

@@ -2,17 +2,17 @@
 
 // Turns a source of text in any of the encodings into one of UTF-8.
 
-#ifndef VEKTEXT_DECODER_H
-#define VEKTEXT_DECODER_H
+#ifndef EXAMPLES_COMMON_DECODER_H
+#define EXAMPLES_COMMON_DECODER_H
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "common/encoding.h"
 #include "common/input.h"
-#include "encoding.h"
 
-namespace examples::vektext {
+namespace examples {
 
 class Decoder : public Source {
  public:
@@ -26,7 +26,8 @@ class Decoder : public Source {
   bool FillText();
   void ReadRaw();
   void DropRaw(int32_t length);
-  void Convert();
+  void ConvertLatin1();
+  void ConvertUtf16();
 
   Source& source;
   Encoding encoding;
@@ -41,6 +42,6 @@ class Decoder : public Source {
   std::string fault;
 };
 
-}  // namespace examples::vektext
+}  // namespace examples
 
 #endif

@@ -3,18 +3,17 @@
 // Raw bytes are read behind those left from last time, and turned into text but for what the next
 // bytes could still belong to: half a unit, or a high surrogate.
 
-#include "decoder.h"
+#include "common/decoder.h"
 
 #include <algorithm>
 #include <cstring>
 
 #include "vekch/vekch.h"
 
-namespace examples::vektext {
+namespace examples {
 namespace {
 
 constexpr int32_t kRawCapacity = 64 << 10;
-constexpr int32_t kBytesPerUnit = 3;  // of UTF-8, at most
 
 struct Mark {
   const char* bytes;
@@ -33,7 +32,7 @@ Decoder::Decoder(Source& rawSource, Encoding rawEncoding, bool obeysMark)
       encoding(rawEncoding),
       atMark(obeysMark),
       raw(kRawCapacity),
-      text(kBytesPerUnit * kRawCapacity / 2) {}
+      text(2 * kRawCapacity) {}  // what the raw bytes come to at most
 
 int64_t Decoder::Read(uint8_t* buffer, size_t size, std::string* why) {
   if (atMark) {
@@ -69,22 +68,34 @@ void Decoder::ReadMark() {
 // Begins the text anew; false at the end. What was read before a fault is still handed out.
 bool Decoder::FillText() {
   handedOut = textLength = 0;
-  if (!ended) {
+  if (!ended && rawLength < kRawCapacity) {
     ReadRaw();
-  } else if (rawLength == 0) {
+  }
+  if (rawLength == 0) {
     return false;
   }
   if (encoding == Encoding::kUtf8) {
     text.swap(raw);  // either has the room
     textLength = rawLength;
     rawLength = 0;
+  } else if (encoding == Encoding::kLatin1) {
+    ConvertLatin1();
   } else {
-    Convert();
+    ConvertUtf16();
   }
   return true;
 }
 
-void Decoder::Convert() {
+// Each byte is the unit of its value.
+void Decoder::ConvertLatin1() {
+  std::vector<uint16_t> units(raw.begin(), raw.begin() + rawLength);
+  int32_t count = rawLength;
+  textLength = static_cast<int32_t>(text.size());
+  veksConvertUTF_16u8u(units.data(), &count, text.data(), &textLength, 0);
+  rawLength = 0;
+}
+
+void Decoder::ConvertUtf16() {
   const auto* source16 = reinterpret_cast<const uint16_t*>(raw.data());
   const int32_t swapped = encoding == Encoding::kUtf16Be ? 1 : 0;
   int32_t units = rawLength / 2;
@@ -118,4 +129,4 @@ void Decoder::DropRaw(int32_t length) {
   std::memmove(raw.data(), raw.data() + length, static_cast<size_t>(rawLength));
 }
 
-}  // namespace examples::vektext
+}  // namespace examples

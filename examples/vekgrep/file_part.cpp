@@ -1,0 +1,84 @@
+#include "file_part.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <numeric>
+
+#include "common/platform.h"
+#include "lines.h"
+
+namespace examples::vekgrep {
+namespace {
+
+constexpr int64_t kPiece = 64 << 10;
+
+}  // namespace
+
+PartSource::PartSource(int partFile, int64_t begin, int64_t partEnd, uint8_t endOfLine)
+    : file(partFile), end(partEnd), lineEnd(endOfLine), place(begin) {
+  if (begin > 0) {
+    SkipForeignLine(begin);
+  }
+}
+
+// From the byte in front of the part on: if that ends a line, the part starts with one of its own.
+void PartSource::SkipForeignLine(int64_t begin) {
+  std::vector<uint8_t> piece(kPiece);
+  for (place = begin - 1; place < end;) {
+    const int64_t count =
+        ReadSomeAt(file, place, piece.data(), static_cast<size_t>(std::min(kPiece, end - place)));
+    const int32_t newline = FindByte(piece.data(), {0, static_cast<int32_t>(count)}, lineEnd);
+    if (count <= 0 || newline >= 0) {
+      place += std::max<int64_t>(newline + 1, 0);
+      done = count <= 0;
+      break;
+    }
+    place += count;
+  }
+  hasForeignEnd = place > begin;
+  done = done || place >= end;
+}
+
+int64_t PartSource::Read(uint8_t* buffer, size_t size, std::string* fault) {
+  if (done) {
+    return 0;
+  }
+  const bool inside = place < end;
+  const int64_t wanted = std::min(static_cast<int64_t>(size), inside ? end - place : kPiece);
+  const int64_t count = ReadSomeAt(file, place, buffer, static_cast<size_t>(wanted));
+  if (count <= 0) {
+    *fault = count < 0 ? std::strerror(errno) : "";
+    return count;
+  }
+  place += count;
+  if (inside) {
+    done = place == end && buffer[count - 1] == lineEnd;
+    return count;
+  }
+  const int32_t newline = FindByte(buffer, {0, static_cast<int32_t>(count)}, lineEnd);
+  done = newline >= 0;
+  return done ? newline + 1 : count;
+}
+
+int64_t PartLines::Before(size_t part, int file, int64_t begin, int64_t end, uint8_t lineEnd) {
+  std::vector<uint8_t> piece(kPiece);
+  int64_t lines = 0;
+  while (begin < end) {
+    const int64_t count =
+        ReadSomeAt(file, begin, piece.data(), static_cast<size_t>(std::min(kPiece, end - begin)));
+    if (count <= 0) {
+      break;  // searching meets it as well, and tells
+    }
+    lines += CountByte(piece.data(), {0, static_cast<int32_t>(count)}, lineEnd);
+    begin += count;
+  }
+  std::unique_lock<std::mutex> lock(mutex);
+  ends[part] = lines;
+  counted.notify_all();
+  const auto own = ends.begin() + static_cast<std::ptrdiff_t>(part);
+  counted.wait(lock, [&] { return std::find(ends.begin(), own, -1) == own; });
+  return std::accumulate(ends.begin(), own, int64_t{0});
+}
+
+}  // namespace examples::vekgrep
