@@ -292,7 +292,7 @@ std::string BashCompletion(const Manual& manual, const std::vector<OptionInfo>& 
          cases +
          "  esac\n  if [[ $current == -* ]]; then\n    mapfile -t COMPREPLY < <(compgen -W '" +
          names.substr(1) +
-         "' -- \"$current\")\n  else\n    compopt -o filenames\n"
+         "' -- \"$current\")\n  else\n    compopt -o filenames 2>/dev/null\n"
          "    mapfile -t COMPREPLY < <(compgen -f -- \"$current\")\n  fi\n}\ncomplete -F _" +
          program + " " + program + "\n";
 }

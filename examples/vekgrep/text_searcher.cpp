@@ -2,11 +2,12 @@
 //
 //   kEach      one by one, each from chunk start to chunk end: for every text the next occurrence
 //              is kept, and searched for anew only when the search has passed it
-//   kTogether  the bytes that are rare in what is searched, one of each text, are searched for as
-//              a set; where one is, the texts that have it are compared
+//   kTogether  in one pass, which looks at two bytes at a time and skips as many as no text could
+//              begin with: S. Wu and U. Manber, A fast algorithm for multi-pattern searching, 1994.
+//              The library has no search for many texts; it compares those that may be there
 //
-// The second wins where a set of rare bytes exists, that is, with many texts unless they are short
-// and full of common letters. Which is taken is estimated from the bytes of the first chunk.
+// The second wins with many texts, the sooner the longer the shortest of them is. Which is taken is
+// estimated from the first chunk.
 //
 // Ignoring case, text and patterns are turned into small letters, which leaves every byte at its
 // place. Looking for the rarest letter in both cases and comparing there was tried: it wins by a
@@ -27,6 +28,8 @@ std::string Folded(const std::string& text) {
                         static_cast<int32_t>(text.size()));
   return folded;
 }
+
+uint16_t Pair(uint8_t first, uint8_t second) { return static_cast<uint16_t>(first << 8 | second); }
 
 bool IsWordByte(uint8_t byte) {
   return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
@@ -70,41 +73,50 @@ void TextSearcher::Begin(const uint8_t* newText, int32_t newLength) {
   }
 }
 
-// The costs are those of the library's searches on an ordinary machine: a pass costs so much for
-// each byte, a hit in the set as much as some hundred bytes of a pass.
+// A step of the one way takes as long as some bytes of a pass of the other.
 void TextSearcher::ChooseWay() {
   constexpr size_t kFewTexts = 3;
-  constexpr int64_t kHitsPerPass = 100;
+  constexpr int64_t kBytesPerStep = 12;
   way = Way::kEach;
   if (texts.size() <= kFewTexts) {
     return;
   }
+  const auto size = [this](const Text& a, const Text& b) { return Size(a) < Size(b); };
+  shortest = Size(*std::min_element(texts.begin(), texts.end(), size));
+  if (shortest < 2) {
+    return;
+  }
+  FillShifts();
   const int32_t sampled = std::min(length, kSample);
-  std::array<int64_t, 256> counts = {};
-  for (int32_t i = 0; i < sampled; ++i) {
-    ++counts[text[i]];
-  }
-  int64_t hits = 0;
-  for (size_t i = 0; i < texts.size(); ++i) {
-    const std::string& bytes = texts[i].bytes;
-    const auto count = [&](char byte) {  // a byte that is in the set costs no more
-      const auto value = static_cast<uint8_t>(byte);
-      return byRarest[value].empty() ? counts[value] : -1;
-    };
-    const auto rarest = std::min_element(bytes.begin(), bytes.end(),
-                                         [&](char a, char b) { return count(a) < count(b); });
-    const auto value = static_cast<uint8_t>(*rarest);
-    if (byRarest[value].empty()) {
-      rareBytes.push_back(value);
-      hits += counts[value];
-    }
-    const auto offset = static_cast<int32_t>(rarest - bytes.begin());
-    byRarest[value].push_back({i, offset});
-    deepest = std::max(deepest, offset);
-  }
-  if (hits * kHitsPerPass <= static_cast<int64_t>(texts.size()) * sampled) {
+  if (StepsTogether(sampled) * kBytesPerStep < static_cast<int64_t>(texts.size()) * sampled) {
     way = Way::kTogether;
   }
+}
+
+void TextSearcher::FillShifts() {
+  constexpr int32_t kPairs = 1 << 16;
+  constexpr int32_t kFarthest = 255;
+  shifts.assign(kPairs, static_cast<uint8_t>(std::min(shortest - 1, kFarthest)));
+  for (size_t i = 0; i < texts.size(); ++i) {
+    const uint8_t* bytes = Bytes(texts[i].bytes);
+    for (int32_t last = 1; last < shortest; ++last) {
+      uint8_t& shift = shifts[Pair(bytes[last - 1], bytes[last])];
+      shift = static_cast<uint8_t>(std::min<int32_t>(shift, shortest - 1 - last));
+    }
+    byPair[Pair(bytes[shortest - 2], bytes[shortest - 1])].push_back(i);
+  }
+}
+
+// A place where something has to be compared counts for some.
+int64_t TextSearcher::StepsTogether(int32_t sampled) const {
+  constexpr int64_t kComparing = 10;
+  int64_t steps = 0;
+  for (int32_t last = shortest - 1; last < sampled; ++steps) {
+    const uint8_t shift = shifts[Pair(text[last - 1], text[last])];
+    steps += shift == 0 ? kComparing : 0;
+    last += std::max<int32_t>(shift, 1);
+  }
+  return steps;
 }
 
 Outcome TextSearcher::Next(int32_t from, Range* match) {
@@ -132,39 +144,33 @@ void TextSearcher::NextOfEach(int32_t from, Range* match) {
   }
 }
 
-// A hit may belong to a text that starts further in front than that of a hit before, so the search
-// goes on as far as the deepest offset reaches.
 void TextSearcher::NextTogether(int32_t from, Range* match) const {
-  for (int32_t at = from; at < length;) {
-    const bool found = match->begin != kNowhere;
-    const int32_t end =
-        found && deepest < length - match->begin ? match->begin + deepest + 1 : length;
-    int32_t index = -1;
-    if (at < end) {
-      veksFindCAny_8u(text + at, end - at, rareBytes.data(), static_cast<int32_t>(rareBytes.size()),
-                      &index);
+  const uint8_t* shiftOf = shifts.data();
+  for (int64_t last = int64_t{from} + shortest - 1; last < length;) {
+    const uint16_t pair = Pair(text[last - 1], text[last]);
+    const uint8_t shift = shiftOf[pair];
+    if (shift == 0) {
+      Check(static_cast<int32_t>(last) - shortest + 1, pair, match);
+      if (match->begin != kNowhere) {
+        return;
+      }
     }
-    if (index < 0) {
-      return;
-    }
-    Check(at + index, from, match);
-    at += index + 1;
+    last += shift == 0 ? 1 : shift;
   }
 }
 
-void TextSearcher::Check(int32_t place, int32_t from, Range* best) const {
-  for (const Entry& entry : byRarest[text[place]]) {
-    const Text& one = texts[entry.text];
-    const int32_t begin = place - entry.offset;
-    if (begin < from || begin > best->begin || length - begin < Size(one) ||
-        text[begin] != static_cast<uint8_t>(one.bytes[0])) {
+// The longest text at a place.
+void TextSearcher::Check(int32_t begin, uint16_t pair, Range* match) const {
+  for (const size_t i : byPair.at(pair)) {
+    const Text& one = texts[i];
+    if (length - begin < Size(one) || text[begin] != static_cast<uint8_t>(one.bytes[0])) {
       continue;
     }
     const Range found = {begin, begin + Size(one)};
     int32_t equal = 0;
     veksEqual_8u(text + begin, Bytes(one.bytes), Size(one), &equal);
-    if (equal != 0 && (begin < best->begin || found.end > best->end) && HasBounds(found)) {
-      *best = found;
+    if (equal != 0 && (match->begin == kNowhere || found.end > match->end) && HasBounds(found)) {
+      *match = found;
     }
   }
 }

@@ -4,10 +4,10 @@
 #ifndef VEKGREP_TEXT_SEARCHER_H
 #define VEKGREP_TEXT_SEARCHER_H
 
-#include <array>
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "compiled_pattern.h"
@@ -45,19 +45,15 @@ class TextSearcher : public Searcher {
     int32_t next;  // its first occurrence behind where it was asked for last, or kNowhere
   };
 
-  // A text by its rarest byte.
-  struct Entry {
-    size_t text;
-    int32_t offset;  // of that byte in it
-  };
-
   void ChooseWay();
   int32_t Size(const Text& one) const { return static_cast<int32_t>(one.bytes.size()); }
   int32_t Find(const Text& one, int32_t from) const;
   bool HasBounds(Range found) const;
   void NextOfEach(int32_t from, Range* match);
   void NextTogether(int32_t from, Range* match) const;
-  void Check(int32_t place, int32_t from, Range* best) const;
+  void FillShifts();
+  int64_t StepsTogether(int32_t sampled) const;
+  void Check(int32_t begin, uint16_t pair, Range* match) const;
 
   std::vector<Text> texts;
   const Bounds bounds;
@@ -71,9 +67,11 @@ class TextSearcher : public Searcher {
   Range unmarked = {};  // what is left of the line that is shown
 
   Way way = Way::kUnknown;
-  std::vector<uint8_t> rareBytes;                // of kTogether: each text has one of them
-  std::array<std::vector<Entry>, 256> byRarest;  // the texts, by that byte
-  int32_t deepest = 0;                           // the largest offset among them
+  // Of kTogether: how far a text that is to be found may still be at least, by two bytes of what is
+  // searched; and by the last two of a text's first `shortest` bytes, which texts have them.
+  int32_t shortest = 0;
+  std::vector<uint8_t> shifts;
+  std::unordered_map<uint16_t, std::vector<size_t>> byPair;
 };
 
 }  // namespace examples::vekgrep
