@@ -18,7 +18,7 @@ import tempfile
 import time
 import unittest
 
-from example_program import OPTIONS, limited, main, run
+from example_program import OPTIONS, limited, main, open_terminal, run
 
 BUFFER = 128 << 10  # the largest of its buffers, a multiple of the others
 CODECS = {"utf8": "utf-8", "utf16le": "utf-16-le", "utf16be": "utf-16-be", "latin1": "latin-1"}
@@ -133,13 +133,7 @@ class Table(unittest.TestCase):
             self.assertEqual(run(["--upper", names[2], "-", names[2]], b"x").stdout, b"3,4\nX3,4\n")
 
     def test_terminal(self):
-        if OPTIONS.emulator:
-            self.skipTest("needs a pseudo-terminal")
-        import pty
-        try:
-            controller, terminal = pty.openpty()
-        except OSError as error:
-            self.skipTest(f"needs a pseudo-terminal: {error}")
+        controller, terminal = open_terminal(self)
         os.write(controller, b"ab\n\4")
         with os.fdopen(terminal, "rb") as file:
             done = run(["--upper"], file)

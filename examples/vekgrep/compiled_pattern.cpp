@@ -44,7 +44,7 @@ bool CompiledPattern::CompileText(const std::string& given, const PatternSetting
   const vekStatus status =
       veksRegExpInit(Bytes(pattern), Bytes(settings.letters), State(), &offset);
   if (status != StatusNoError) {
-    *fault = DescribeFault(pattern, status, offset);
+    *fault = DescribeFault(pattern, settings.letters, status, offset);
     return false;
   }
   veksRegExpSetFormat(settings.bytes ? 0 : 1, State());

@@ -52,21 +52,38 @@ bool InScript(const ProgramNode& node, int32_t character) {
   return false;
 }
 
-Holds TypeHolds(int32_t letter, uint8_t byte) {
-  const bool isNewline = byte == '\n';
+// `ranges` are pairs of a first and a last byte.
+bool InRanges(const char* ranges, uint8_t byte) {
+  for (; *ranges != 0; ranges += 2) {
+    if (static_cast<uint8_t>(ranges[0]) <= byte && byte <= static_cast<uint8_t>(ranges[1])) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// Where option s is not in force for newlines.
+Holds ShorthandHolds(int32_t letter, uint8_t byte) {
   switch (letter) {
-    case 'd':
-    case 'w':
-      return Holds::kNo;
-    case 's':
-      return Answer(isNewline);
-    case 'S':
-      return Answer(!isNewline);
-    case 'D':
-    case 'W':
-      return Holds::kYes;
-    default:  // ".", which option s is not on for where newlines end lines
-      return isNewline ? Holds::kNo : Holds::kYes;
+#define VEKGREP_SHORTHAND(name, letter, ranges, isComplement, newline, words) \
+  case letter:                                                                \
+    return Answer(InRanges(ranges, byte) != (isComplement));
+    VEKCH_REGEXP_SHORTHANDS(VEKGREP_SHORTHAND)
+#undef VEKGREP_SHORTHAND
+    default:
+      return Holds::kUnknown;
+  }
+}
+
+bool AssertsOfLine(int32_t letter) {
+  switch (letter) {
+#define VEKGREP_ASSERTION(name, letter, isOfLine, words) \
+  case letter:                                           \
+    return (isOfLine) != 0;
+    VEKCH_REGEXP_ASSERTIONS(VEKGREP_ASSERTION)
+#undef VEKGREP_ASSERTION
+    default:
+      return false;
   }
 }
 
@@ -80,7 +97,7 @@ Holds HoldsByte(const ProgramNode& node, uint8_t byte) {
     case OpClassRange:
       return Answer(node.a <= byte && byte <= node.b);
     case OpCharType:
-      return TypeHolds(node.a, byte);
+      return ShorthandHolds(node.a, byte);
     case OpRange:
       return Answer((node.a <= byte && byte <= node.b) != (node.c != 0));
     case OpCategory:
@@ -133,7 +150,7 @@ class Walk {
 
   int32_t LongestLine() const {
     constexpr int64_t kMost = std::numeric_limits<int32_t>::max();
-    const int64_t levels = limit / 4 - kSpareLevels - fixedLevels;
+    const int64_t levels = limit / RegExpDepthShare - kSpareLevels - fixedLevels;
     if (levels < 0) {
       return 0;
     }
@@ -196,10 +213,10 @@ class Walk {
     }
   }
 
+  // What a word is, is the same whatever ends lines.
   void LookAtAssertion(int32_t letter) {
-    constexpr int32_t kStartOfLine = 0x80;  // in front of a leading ".*"
-    const bool ofLines = letter == '^' || letter == '$' || letter == kStartOfLine;
-    keeps = keeps && (letter == 'b' || letter == 'B' || (ofLines && lineEnd == '\n'));
+    const bool ofWords = letter == RegExpAssertWordBoundary || letter == RegExpAssertNoWordBoundary;
+    keeps = keeps && (ofWords || (lineEnd == '\n' && AssertsOfLine(letter)));
   }
 
   // Whether "^", "$" and "." are meant for lines under these options.

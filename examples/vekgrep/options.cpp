@@ -357,7 +357,8 @@ const Manual kManual = {
       "x|y  (x)  (?:x)  (?>x)  \\1              alternatives, groups, what a group captured\n"
       "^  $  \\b  \\B                            start and end of the line, word boundary\n"
       "(?=x)  (?!x)  (?<=x)  (?<!x)            what follows, what is before\n"
-      "(?i)  (?(1)x|y)  \\Q...\\E               options, conditions, literal text\n"},
+      "(?i)  (?(1)x|y)  \\Q...\\E               options, conditions, literal text\n"
+      "A backslash before any other letter is that letter: \\h is an h.\n"},
      {"Lines and files",
       "A line ends at a newline; a carriage return before it belongs to the line, and a\n"
       "match stays in a line. An empty pattern is in every line.\n"
