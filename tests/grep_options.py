@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Every option of GNU grep, and what vekgrep makes of it.
 
 SAME: runs that must give the same output and exit status from both programs, on the texts below,

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The parser goes through the arguments once; what the options mean is the rows' affair. The texts
 // that tell of them go through the rows in their order.
 

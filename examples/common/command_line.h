@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Command lines by a table: an option is one row, which holds its names, its help and what it
 // changes. The help text, the manual page and the completion of command interpreters are made from
 // the same rows.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The encodings of text that are read and written.
 
 #ifndef EXAMPLES_COMMON_ENCODING_H

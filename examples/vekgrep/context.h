@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Lines around selected lines: which of them are shown, across the ends of chunks.
 
 #ifndef VEKGREP_CONTEXT_H

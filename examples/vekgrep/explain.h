@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a pattern has been compiled to: for people who wonder why a pattern matches, or does not.
 
 #ifndef VEKGREP_EXPLAIN_H

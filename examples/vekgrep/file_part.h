@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A large file in parts, so that several threads can search it.
 
 #ifndef VEKGREP_FILE_PART_H

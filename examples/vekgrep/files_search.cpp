@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The thread that walks through the folders makes a task of each file, or of each part of a large
 // one. A file comes in parts where these can be searched without knowing of each other: nothing
 // depends on how many lines were selected before, or on the lines around one.

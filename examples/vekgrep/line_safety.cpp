@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Two questions are asked of each record.
 //
 // Can it see beyond the line? The pattern is compiled with option m and without s, so that "^", "$"

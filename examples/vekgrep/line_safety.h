@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Whether a pattern may be searched for in many lines at once, judged from its compiled program.
 
 #ifndef VEKGREP_LINE_SAFETY_H

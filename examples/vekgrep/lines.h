@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Counting lines, which the library doesn't do.
 
 #ifndef VEKGREP_LINES_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which files are searched, by their names.
 
 #ifndef VEKGREP_NAME_RULES_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The table of options. The first argument that is no option is the pattern unless -e or -f gave
 // one; the rest are files.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ordered_tasks.h"
 
 #include <new>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Runs tasks on several threads, and lets what they print come out as if one thread had run them,
 // one after the other.
 //

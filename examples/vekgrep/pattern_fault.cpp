@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pattern_fault.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What is wrong with a pattern that does not compile: for people, who act on the cause and not on
 // its kind.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Replaces the matches of a pattern in a text by a template, and tells what they were. Without a
 // template the matches are left out.
 

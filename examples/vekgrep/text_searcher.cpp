@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Texts are searched for in one of two ways.
 //
 //   kEach      one by one, each from chunk start to chunk end: for every text the next occurrence

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Searches for fixed texts. A chunk is searched as a whole: for few texts once for each, for many
 // of them once for all.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // vektext: a filter that changes text on its way from files to standard output. It shows the
 // library's toolkit on streams: conversions, trimming, joining, case mapping, replacing and hashes
 // are the library's; what is done here is to feed it streams of any length in buffers of bounded
