@@ -98,8 +98,8 @@ VEKCH_API vekStatus veksFindRevCAny_8u(const uint8_t* source, int32_t sourceLeng
  * read, in its own cache lines and thus never in another page. Nothing depends on what stands
  * there.
  *
- * An occurrence is found without a look at the whole source: what is read after it are less than
- * 16 KiB, or less than eight times the needle, or as much as lies before it.
+ * An occurrence is found without a look at the whole source: what is read after its start is at
+ * most 16 KiB, or eight times the needle, and the rest of a group.
  *
  * Status, in order: StatusNullPointer if `source`, `needle` or `index` is null; StatusNoError.
  *

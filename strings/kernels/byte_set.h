@@ -144,8 +144,8 @@ class RangeList {
     if (count == 0) {
       return true;
     }
-    gaps_[count - 1] = WidthOfGap(highest[count - 1] + 1, value);
-    if (gaps_[count - 1] <= kNarrow) {
+    gaps[count - 1] = WidthOfGap(highest[count - 1] + 1, value);
+    if (gaps[count - 1] <= kNarrow) {
       --count;
     } else if (count == kMostRanges) {
       return MergeOne();
@@ -165,23 +165,23 @@ class RangeList {
   VEK_INLINE bool MergeOne() {
     int32_t narrowest = 0;
     for (int32_t i = 1; i < kMostRanges; ++i) {
-      if (gaps_[i] < gaps_[narrowest]) {
+      if (gaps[i] < gaps[narrowest]) {
         narrowest = i;
       }
     }
-    if (gaps_[narrowest] >= kTableSize) {
+    if (gaps[narrowest] >= kTableSize) {
       return false;
     }
     --count;
     for (int32_t i = narrowest; i < count; ++i) {
       highest[i] = highest[i + 1];
       lowest[i + 1] = lowest[i + 2];
-      gaps_[i] = gaps_[i + 1];
+      gaps[i] = gaps[i + 1];
     }
     return true;
   }
 
-  int32_t gaps_[kMostRanges];  // after each range
+  int32_t gaps[kMostRanges];  // after each range
 };
 
 }  // namespace vekch::kernels
