@@ -56,12 +56,14 @@ class OnAbort {
   uint32_t value;
 };
 
-// The registers of the matcher: where it stands in the program and in the subject.
+// The registers of the matcher: where it is in the program and in the subject, and what it has used
+// up on its way.
 struct Registers {
   const ProgramNode* node;
   const uint8_t* at;
   Budget budget;
   OnAbort onAbort;
+  int64_t skew;  // bytes in slot 0 beyond the distance from the match's start
 };
 
 enum class Choice : uint8_t {
@@ -83,6 +85,7 @@ enum class Choice : uint8_t {
 // How far a repetition's end has gone through what can follow it.
 enum class EndPhase : uint8_t { kBody, kBehindFirst, kBehind };
 
+// The registers as they were, and what to undo.
 struct Frame {
   Choice choice;
   EndPhase phase;

@@ -123,7 +123,7 @@ Flow Matcher::EnterAlternative(Registers* r, const ProgramNode& opening) {
   const ProgramNode& alternative = program[index];
   frame.group.alternative = next;
   // What code points added beyond their bytes is forgotten here.
-  skew = 0;
+  r->skew = 0;
   frame.skew = 0;
   EntryOf(opening).start = OffsetOf(r->at);
   r->node = &alternative + 1;

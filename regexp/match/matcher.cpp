@@ -49,14 +49,13 @@ MatchResult Matcher::Match(const ProgramNode* first, const uint8_t* start, const
   limit = end;
   programEnd = program + state->nodeCount;
   sub = nullptr;
-  skew = 0;
   static_assert(sizeof(Chunk) < 4000, "no page of the stack is stepped over untouched");
   Chunk lowest;
   lowest.below = nullptr;
   lowest.above = nullptr;
   chunkInUse = &lowest;
   top = lowest.frames;
-  Registers r = {first, start, fullBudget, OnAbort()};
+  Registers r = {first, start, fullBudget, OnAbort(), 0};
   Flow flow = Run(&r, Flow::kNext);
   for (int64_t chunks = 0; flow != Flow::kFinished; flow = Run(&r, flow)) {
     // The chunk is full. What it leads to lies in the frame of this function, until that returns.
@@ -237,7 +236,7 @@ Flow Matcher::Character(Registers* r) {
       r->onAbort = OnAbort(OnAbort::kFails);
       break;
     default:
-      skew += SkewOf(atom, length);
+      r->skew += SkewOf(atom, length);
       r->onAbort = OnAbort(OnAbort::kMatches);
       break;
   }
@@ -299,7 +298,7 @@ Flow Matcher::ExhaustedBudget(const Registers& r) {
 }
 
 Flow Matcher::EndOfProgram(Registers* r) {
-  return requireNonEmpty && MatchLength(r->at) == 0 ? Flow::kFail : Accept(r);
+  return requireNonEmpty && MatchLength(*r) == 0 ? Flow::kFail : Accept(r);
 }
 
 Flow Matcher::Accept(Registers* r) {
@@ -308,7 +307,7 @@ Flow Matcher::Accept(Registers* r) {
     return SubMatched(r);
   }
   slots[0].pointer = matchStart;
-  const int64_t length = MatchLength(r->at);
+  const int64_t length = MatchLength(*r);
   slots[0].length = length < INT32_MAX ? static_cast<int32_t>(length) : INT32_MAX;
   return Finish(MatchResult::kOk);
 }

@@ -132,7 +132,7 @@ class Matcher {
   Flow RepeatLazily(Registers* r, const ProgramNode& atom);
   Flow TryFrom(Registers* r, const ProgramNode& atom, Choice choice, const uint8_t* end,
                const uint8_t* lowest);
-  const uint8_t* GivenBack(const ProgramNode& atom, Choice choice, const uint8_t* at,
+  const uint8_t* GivenBack(Registers* r, const ProgramNode& atom, Choice choice, const uint8_t* at,
                            const uint8_t* lowest);
   bool IsOfBytes(const ProgramNode& atom) const;
   const uint8_t* EndOfBytes(const ProgramNode& atom, const uint8_t* at, const uint8_t* end) const;
@@ -192,7 +192,7 @@ class Matcher {
     Frame* const frame = top++;
     frame->budget = r.budget;
     frame->onAbort = r.onAbort;
-    frame->skew = skew;
+    frame->skew = r.skew;
     frame->at = OffsetOf(r.at);
     frame->node = IndexOf(r.node);
     frame->choice = choice;
@@ -206,12 +206,12 @@ class Matcher {
     r->at = subject + frame.at;
     r->budget = frame.budget;
     r->onAbort = OnAbort();
-    skew = frame.skew;
+    r->skew = frame.skew;
   }
   uint32_t OffsetOf(const uint8_t* at) const { return static_cast<uint32_t>(at - subject); }
   uint32_t IndexOf(const ProgramNode* node) const { return static_cast<uint32_t>(node - program); }
   // Bytes in slot 0: what was consumed, which counts code points by their own length.
-  int64_t MatchLength(const uint8_t* at) const { return at - matchStart + skew; }
+  int64_t MatchLength(const Registers& r) const { return r.at - matchStart + r.skew; }
 
   // What a character adds to slot 0 beyond its bytes.
   static int32_t SkewOf(const ProgramNode& atom, int32_t length) {
@@ -242,7 +242,6 @@ class Matcher {
   const uint8_t* limit = nullptr;           // end of the text that is matched
   const ProgramNode* programEnd = nullptr;  // of the program, or of the program in the program
   Frame* sub = nullptr;                     // of the innermost program in the program
-  int64_t skew = 0;                         // bytes in slot 0 beyond the distance from the start
   int64_t lowestDepth = 0;                  // below it a record looks at both budgets
   int64_t stepsLost = 0;                    // by aborts
   int64_t workLeft = MostWork(*state, subjectEnd - subject);  // of the whole call

@@ -216,7 +216,7 @@ VEK_INLINE Flow Matcher::RepeatCharacters(Registers* r, const ProgramNode& atom)
       break;
     }
     end += length;
-    skew += SkewOf(atom, length);
+    r->skew += SkewOf(atom, length);
     ++count;
     lowest = count <= quantifier.a ? end : lowest;
   }
@@ -238,7 +238,7 @@ VEK_INLINE Flow Matcher::TryFrom(Registers* r, const ProgramNode& atom, Choice c
       if (end == lowest || follow.isDisjoint != 0) {
         return Flow::kFail;
       }
-      end = GivenBack(atom, choice, end, lowest);
+      end = GivenBack(r, atom, choice, end, lowest);
     }
     isLast = end == lowest || follow.isDisjoint != 0;
   }
@@ -254,13 +254,13 @@ VEK_INLINE Flow Matcher::TryFrom(Registers* r, const ProgramNode& atom, Choice c
 }
 
 // Where the repetition that ends at `at` ends with one character less.
-VEK_INLINE const uint8_t* Matcher::GivenBack(const ProgramNode& atom, Choice choice,
+VEK_INLINE const uint8_t* Matcher::GivenBack(Registers* r, const ProgramNode& atom, Choice choice,
                                              const uint8_t* at, const uint8_t* lowest) {
   if (choice == Choice::kBytes) {
     return at - 1;
   }
   const uint8_t* const before = PreviousRepetition(atom, at, lowest);
-  skew -= SkewOf(atom, static_cast<int32_t>(at - before));
+  r->skew -= SkewOf(atom, static_cast<int32_t>(at - before));
   return before;
 }
 
@@ -276,14 +276,14 @@ Flow Matcher::GiveBack(Registers* r) {
       --top;
       return Flow::kFail;
     }
-    r->at = GivenBack(atom, frame.choice, r->at, lowest);
+    r->at = GivenBack(r, atom, frame.choice, r->at, lowest);
   } while (applies && !CanFollow(follow, r->at));
   if (r->at == lowest) {
     --top;
     r->onAbort = OnAbort(OnAbort::kFails);
   } else {
     frame.at = OffsetOf(r->at);
-    frame.skew = skew;
+    frame.skew = r->skew;
   }
   r->node = BehindAtom(atom) + 1;
   return Flow::kNext;
@@ -365,7 +365,7 @@ Flow Matcher::RepeatLazily(Registers* r, const ProgramNode& atom) {
       return Flow::kFail;
     }
     r->at += length;
-    skew += SkewOf(atom, length);
+    r->skew += SkewOf(atom, length);
   }
   r->budget.TakeDepth();
   const int32_t more = AtMost(quantifier.b, room) - quantifier.a;
@@ -393,11 +393,11 @@ Flow Matcher::TakeOneMore(Registers* r) {
       return Flow::kFail;
     }
     r->at += length;
-    skew += SkewOf(atom, length);
+    r->skew += SkewOf(atom, length);
     --frame.count;
   } while (applies && !CanFollow(follow, r->at));
   frame.at = OffsetOf(r->at);
-  frame.skew = skew;
+  frame.skew = r->skew;
   if (frame.count == 0) {
     --top;
     r->onAbort = OnAbort(OnAbort::kFails);

@@ -81,7 +81,7 @@ Flow Matcher::BehindLookaround(Registers* r, const Frame& frame) {
 
 // The body begins elsewhere than the look-around stands, though slot 0 stays as it is.
 void Matcher::EnterBodyAt(Registers* r, const Frame& frame) {
-  skew = frame.skew + frame.at - frame.sub.bodyAt;
+  r->skew = frame.skew + frame.at - frame.sub.bodyAt;
   r->at = subject + frame.sub.bodyAt;
 }
 
@@ -173,14 +173,14 @@ bool Matcher::IsLazyAtomic(const ProgramNode& opening) const {
 
 Flow Matcher::AtomicMatched(Registers* r, const Frame& frame) {
   // By slot 0, which counts code points by their own length.
-  const int64_t end = MatchLength(r->at);
+  const int64_t end = MatchLength(*r);
   Restore(frame, r);
   r->onAbort = frame.onAbort;
-  int64_t length = end - MatchLength(r->at);
+  int64_t length = end - MatchLength(*r);
   const bool isDue = frame.sub.minimum > 0;
   const bool isLazy = IsLazyAtomic(*r->node);
   if (length <= 0) {
-    skew += length;
+    r->skew += length;
     return BehindAtomic(r);
   }
   // A place behind the end is as good as any other: what is further counts for the length alone.
@@ -192,7 +192,7 @@ Flow Matcher::AtomicMatched(Registers* r, const Frame& frame) {
     r->onAbort = OnAbort();
   }
   r->at += length;
-  skew += excess;
+  r->skew += excess;
   atomicMinimum = frame.sub.minimum - 1;
   atomicMaximum = frame.count - 1;
   return Flow::kRepeat;
