@@ -77,6 +77,22 @@ VEK_INLINE Utf8Character ReadUtf8(const uint8_t* p, const uint8_t* end) {
   return ReadUtf8Sequence(p, end, first < 0xF8 ? 3 : first < 0xFC ? 4 : 5);
 }
 
+constexpr int32_t kLongestUtf8 = 6;
+
+// Where a walk over the characters from `first` on was before it came to `at`, or over it. A lead
+// byte never lies within a sequence, so the nearest one tells.
+inline const uint8_t* PreviousUtf8(const uint8_t* at, const uint8_t* first, const uint8_t* end) {
+  const uint8_t* const last = at - 1;
+  if (*last < 0x80) {
+    return last;
+  }
+  const uint8_t* lead = last;
+  while (lead > first && last - lead < kLongestUtf8 - 1 && IsUtf8Continuation(*lead)) {
+    --lead;
+  }
+  return ReadUtf8(lead, end).length > last - lead ? lead : last;
+}
+
 }  // namespace vekch
 
 #endif

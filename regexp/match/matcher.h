@@ -143,7 +143,6 @@ class Matcher {
   Flow TakeOneMore(Registers* r);
   const uint8_t* PreviousRepetition(const ProgramNode& atom, const uint8_t* at,
                                     const uint8_t* lowest) const;
-  const uint8_t* PreviousCharacter(const uint8_t* at, const uint8_t* first) const;
 
   // ---- group.cpp
   Flow OpenGroup(Registers* r);

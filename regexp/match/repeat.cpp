@@ -13,7 +13,6 @@
 namespace vekch::regexp {
 namespace {
 
-constexpr int32_t kLongestCharacter = 6;
 constexpr uint8_t kNewline = '\n';
 
 bool IsMark(uint32_t codePoint) {
@@ -291,25 +290,11 @@ Flow Matcher::GiveBack(Registers* r) {
 
 const uint8_t* Matcher::PreviousRepetition(const ProgramNode& atom, const uint8_t* at,
                                            const uint8_t* lowest) const {
-  const uint8_t* before = PreviousCharacter(at, lowest);
+  const uint8_t* before = PreviousUtf8(at, lowest, limit);
   while (atom.op == OpGrapheme && IsMark(ReadUtf8(before, limit).value)) {
-    before = PreviousCharacter(before, lowest);
+    before = PreviousUtf8(before, lowest, limit);
   }
   return before;
-}
-
-// Where a walk over the characters from `first` on was before it came to `at`, or over it. A lead
-// byte never lies within a sequence, so the nearest one tells.
-const uint8_t* Matcher::PreviousCharacter(const uint8_t* at, const uint8_t* first) const {
-  const uint8_t* const last = at - 1;
-  if (*last < 0x80) {
-    return last;
-  }
-  const uint8_t* lead = last;
-  while (lead > first && last - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
-    --lead;
-  }
-  return ReadUtf8(lead, limit).length > last - lead ? lead : last;
 }
 
 // An empty copy can be repeated as often as there are bytes.

@@ -111,7 +111,7 @@ const uint8_t* Matcher::LookbehindStart(const uint8_t* at, int32_t length) const
     if (start == subject) {
       return at - length;
     }
-    start = PreviousCharacter(start, subject);
+    start = PreviousUtf8(start, subject, limit);
   }
   return start;
 }

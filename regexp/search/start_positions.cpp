@@ -7,7 +7,6 @@
 namespace vekch::regexp {
 namespace {
 
-constexpr int32_t kLongestCharacter = 6;
 constexpr int32_t kLeastToSkip = 4;  // bytes of a window that is looked at from its end
 
 // The first of the places before `end` behind which a whole window is possible, by what `placesOf`
@@ -127,14 +126,8 @@ const uint8_t* StartPositions::BehindRun(const uint8_t* at) const {
 
 // Not within a character.
 bool StartPositions::IsPlace(const uint8_t* at) const {
-  if (!text.isUtf8 || at == text.end || !IsUtf8Continuation(*at)) {
-    return true;
-  }
-  const uint8_t* lead = at;
-  while (lead > text.first && at - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
-    --lead;
-  }
-  return lead == at || ReadUtf8(lead, text.end).length <= at - lead;
+  return !text.isUtf8 || at == text.end || !IsUtf8Continuation(*at) ||
+         PreviousUtf8(at + 1, text.first, text.end) == at;
 }
 
 const uint8_t* StartPositions::NextLineStart(const uint8_t* at) const {
