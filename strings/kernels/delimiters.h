@@ -48,10 +48,12 @@ struct Delimiters {
     } else if (length >= kGroup) {
       bits = GroupBits(probe, length - kGroup) >> (kGroup - rest);
     } else {
-      UseBitsOfShort(probe, rest, [this](uint64_t found) {
-        bits = found;
+      uint64_t all = 0;  // not the record itself, which stays in registers so
+      UseBitsOfShort(probe, rest, [&all](uint64_t found) {
+        all = found;
         return 0;
       });
+      bits = all;
     }
   }
 };
