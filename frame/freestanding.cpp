@@ -40,6 +40,28 @@ void* memset(void* destination, int value, size_t size) {
 }
 
 #ifdef _WIN32
+// Called before a frame of a page or more is taken, with its size in rax, and keeps all registers:
+// the system lets a stack grow by one page at a time, so each page below is touched in turn.
+__asm__(
+    ".globl ___chkstk_ms\n"
+    "___chkstk_ms:\n"
+    "  push %rax\n"
+    "  push %rdx\n"
+    "  lea 24(%rsp), %rdx\n"  // the stack before the call
+    "1:\n"
+    "  cmp $4096, %rax\n"
+    "  jbe 2f\n"
+    "  sub $4096, %rdx\n"
+    "  sub $4096, %rax\n"
+    "  testb %al, (%rdx)\n"
+    "  jmp 1b\n"
+    "2:\n"
+    "  sub %rax, %rdx\n"
+    "  testb %al, (%rdx)\n"
+    "  pop %rdx\n"
+    "  pop %rax\n"
+    "  ret\n");
+
 int __stdcall DllMainCRTStartup(void* /*module*/, unsigned long /*reason*/, void* /*reserved*/) {
   return 1;
 }
