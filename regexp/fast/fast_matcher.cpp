@@ -17,7 +17,6 @@
 namespace vekch::regexp {
 namespace {
 
-constexpr int32_t kLongestCharacter = 6;
 constexpr int32_t kFewFrames = 1000;
 constexpr int32_t kManyFrames = 6000;
 // Returns to choices after which a try is done again with the memory: at first, and once there is
@@ -47,19 +46,6 @@ int32_t CharacterLength(const ProgramNode& atom, const uint8_t* at, const uint8_
   const bool inside = atom.op == OpCategory ? InCategorySet(value, CategoriesOf(atom))
                                             : MatchPropertyItem(value, &atom, 0) >= 0;
   return inside ? character.length : 0;
-}
-
-// Where a walk over the characters from `first` on was before it came to `at`.
-const uint8_t* PreviousCharacter(const uint8_t* at, const uint8_t* first, const uint8_t* limit) {
-  const uint8_t* const last = at - 1;
-  if (*last < 0x80) {
-    return last;
-  }
-  const uint8_t* lead = last;
-  while (lead > first && last - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
-    --lead;
-  }
-  return ReadUtf8(lead, limit).length > last - lead ? lead : last;
 }
 
 enum class FrameKind : uint8_t {
@@ -380,7 +366,7 @@ class FastMatcher {
       if (isOnly || end == lowest) {
         return false;
       }
-      end = PreviousCharacter(end, lowest, limit);
+      end = PreviousUtf8(end, lowest, limit);
     }
     if (!isOnly && (kRemembers || end > lowest)) {
       if (!HasRoom(r)) {
@@ -600,13 +586,16 @@ class FastMatcher {
       if (start == subject) {
         return r.at - length;
       }
-      start = PreviousCharacter(start, subject, limit);
+      start = PreviousUtf8(start, subject, limit);
     }
     return start;
   }
 
   // The sub-program has matched: its frames are dropped, and what its groups have captured stays.
   [[gnu::noinline]] bool LeaveSub(Registers& r) {
+    if (sub == nullptr) {  // its opening has made it
+      return false;
+    }
     const Frame frame = *sub;
     r.top = sub;
     sub = frame.around;
@@ -765,7 +754,7 @@ class FastMatcher {
         --r.top;
         return false;
       }
-      end = PreviousCharacter(end, frame->bound, limit);
+      end = PreviousUtf8(end, frame->bound, limit);
     } while (!CanFollow(run, end) || IsKnown(run, end));
     r.at = end;
     r.depth = frame->depth;
@@ -860,7 +849,7 @@ template <int32_t kMostFrames>
 // Whether a walk over the characters from `first` on comes to a continuation byte.
 bool IsCharacterStart(const uint8_t* first, const uint8_t* limit, const uint8_t* at) {
   const uint8_t* lead = at;
-  while (lead > first && at - lead < kLongestCharacter - 1 && IsUtf8Continuation(*lead)) {
+  while (lead > first && at - lead < kLongestUtf8 - 1 && IsUtf8Continuation(*lead)) {
     --lead;
   }
   return lead == at || ReadUtf8(lead, limit).length <= at - lead;

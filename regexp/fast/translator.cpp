@@ -10,82 +10,16 @@
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/character_set.h"
 #include "regexp/characters/properties.h"
+#include "regexp/fast/next_bytes.h"
 #include "regexp/object/program_walk.h"
-#include "strings/kernels/lanes.h"
+#include "strings/kernels/block.h"
 
 namespace vekch::regexp {
 namespace {
 
 constexpr int32_t kMostRounds = 12;
 constexpr int32_t kOwnLevels = 16;  // of the search, and of the last tests
-constexpr int32_t kTable = 256;
 constexpr uint8_t kNewline = '\n';
-
-// The bytes that can come next, and whether the end of the text can.
-struct NextBytes {
-  kernels::Block low;   // a bit for each of the bytes 0 to 127
-  kernels::Block high;  // and 128 to 255
-  bool atEnd;
-
-  static NextBytes None() { return {kernels::ZeroBlock(), kernels::ZeroBlock(), false}; }
-  static NextBytes All(bool atEnd) { return {kernels::Splat(0xFF), kernels::Splat(0xFF), atEnd}; }
-
-  void Add(const NextBytes& other) {
-    low = low | other.low;
-    high = high | other.high;
-    atEnd = atEnd || other.atEnd;
-  }
-
-  void Keep(const NextBytes& other) {
-    low = low & other.low;
-    high = high & other.high;
-    atEnd = atEnd && other.atEnd;
-  }
-
-  void AddByte(uint8_t value) {
-    reinterpret_cast<uint8_t*>(this)[value / 8] |= static_cast<uint8_t>(1U << value % 8);
-  }
-
-  void AddHigh() { high = kernels::Splat(0xFF); }
-
-  void AddMembers(const uint8_t* member) {
-    uint16_t bits[kTable / kernels::kBlock];
-    for (int32_t i = 0; i < kTable; i += kernels::kBlock) {
-      bits[i / kernels::kBlock] =
-          static_cast<uint16_t>(kernels::LaneBits(kernels::LoadAny(member + i)));
-    }
-    const auto* const bytes = reinterpret_cast<const uint8_t*>(bits);
-    low = low | kernels::LoadAny(bytes);
-    high = high | kernels::LoadAny(bytes + kernels::kBlock);
-  }
-
-  bool Meets(const NextBytes& other) const {
-    const kernels::Block both = (low & other.low) | (high & other.high);
-    return kernels::LaneBits(both == kernels::ZeroBlock()) != 0xFFFF;
-  }
-
-  bool IsAll() const {
-    return kernels::LaneBits((low & high) == kernels::Splat(0xFF)) == 0xFFFF && atEnd;
-  }
-
-  friend bool operator==(const NextBytes& a, const NextBytes& b) {
-    const kernels::Block differ = (a.low ^ b.low) | (a.high ^ b.high);
-    return kernels::LaneBits(differ == kernels::ZeroBlock()) == 0xFFFF && a.atEnd == b.atEnd;
-  }
-};
-
-// Sets bits of a table's entries for the bytes that can come next.
-void Mark(uint8_t* table, const NextBytes& next, uint8_t bits) {
-  const auto* const words = reinterpret_cast<const uint8_t*>(&next);
-  const auto lanes = kernels::As<kernels::Block>(kernels::SplatHalf(0x8040201008040201U));
-  const kernels::Block mark = kernels::Splat(bits);
-  for (int32_t i = 0; i < kTable; i += kernels::kBlock) {
-    const kernels::Block member =
-        kernels::LowHalves(kernels::Splat(words[i / 8]), kernels::Splat(words[i / 8 + 1]));
-    const kernels::Block hits = (member & lanes) == lanes;
-    kernels::StoreAny(table + i, kernels::LoadAny(table + i) | (hits & mark));
-  }
-}
 
 // What is noted of a group while the records are walked.
 struct GroupShape {
@@ -155,7 +89,7 @@ class Translator {
                 emptyLoopCount,
                 {emptyLoops[0], emptyLoops[1], emptyLoops[2]},
                 {}};
-    Mark(program->canBegin, next[first], 0xFF);
+    next[first].Mark(program->canBegin, 0xFF);
     return program;
   }
 
@@ -359,7 +293,8 @@ class Translator {
 
   // Whether what the record accepts may count more or fewer bytes than it has.
   static bool MayBeSkewed(const ProgramNode& node) {
-    return node.op == OpCodePoint && (node.a < kTable || (OptionsOf(node) & RegExpOptionI) != 0);
+    return node.op == OpCodePoint &&
+           (node.a < NextBytes::kTable || (OptionsOf(node) & RegExpOptionI) != 0);
   }
 
   // The set of a record that accepts single bytes alone, or null.
@@ -541,8 +476,9 @@ class Translator {
       return end + 2;
     }
     const bool isLazy = quantifier != nullptr && quantifier->op == OpLazy;
+    const bool isRepeated = quantifier != nullptr && quantifier->b > 1;
     const int32_t body = Choice(i, IsDue(quantifier) ? 0 : end + 2, isLazy);
-    if (IsRepeated(i)) {
+    if (isRepeated) {
       EnterLoop(i, body, *quantifier);
     } else if (node.op == OpCapture) {
       FastOp& op = Begin(i, FastCode::kOpen, body);
@@ -556,7 +492,7 @@ class Translator {
     } else {
       Begin(end, FastCode::kJump, Behind(end));
     }
-    if (IsRepeated(i)) {
+    if (isRepeated) {
       ops[end].next = static_cast<uint16_t>(LoopAt(i, body));
     }
     EnterBody(i);
@@ -812,7 +748,10 @@ class Translator {
   static void AddCharacters(const ProgramNode& node, NextBytes* result) {
     result->AddHigh();
     if (node.op == OpCharType || node.op == OpClass) {
-      result->AddMembers(SetOf(node)->member);
+      const CharacterSet* const set = SetOf(node);
+      if (set != nullptr) {  // or nothing would have been translated
+        result->AddMembers(set->member);
+      }
       return;
     }
     for (int32_t value = 0; value < 0x80; ++value) {
@@ -827,12 +766,12 @@ class Translator {
   // ---- Tables.
 
   uint8_t* NewTable() {
-    if (!HasRoom(kTable)) {
+    if (!HasRoom(NextBytes::kTable)) {
       return nullptr;
     }
     uint8_t* const table = tables;
-    tables += kTable;
-    for (int32_t i = 0; i < kTable; i += kernels::kBlock) {
+    tables += NextBytes::kTable;
+    for (int32_t i = 0; i < NextBytes::kTable; i += kernels::kBlock) {
       kernels::StoreAny(table + i, kernels::ZeroBlock());
     }
     return table;
@@ -858,7 +797,7 @@ class Translator {
       const auto bit = static_cast<uint8_t>(1U << k);
       op->ways.atEnd = static_cast<uint8_t>(op->ways.atEnd | (bytes.atEnd ? bit : 0));
       if (table != nullptr) {
-        Mark(table, bytes, bit);
+        bytes.Mark(table, bit);
       }
     }
   }
@@ -872,7 +811,7 @@ class Translator {
     uint8_t* const table = following.IsAll() ? nullptr : NewTable();
     op->run.follow = table;
     if (table != nullptr) {
-      Mark(table, following, 0xFF);
+      following.Mark(table, 0xFF);
     }
   }
 
