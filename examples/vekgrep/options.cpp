@@ -190,7 +190,8 @@ std::vector<Row> MakeRows() {
         "give up a line whose tries nest too deep\n"
         "About a fourth of N is how deep; usually N is 10000, and at most 100000. A line\n"
         "that is given up counts as one without a match; its file and number are told on\n"
-        "standard error. It bounds depth, not time: \"(a+)+$\" may try for long."},
+        "standard error. It bounds time as well, generously: about ten\n"
+        "seconds for a search at 10000."},
        [](Options& o, Text value) {
          int64_t limit = 0;
          SetNumber(o, value, kHighestLimit, &limit);

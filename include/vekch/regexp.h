@@ -181,10 +181,16 @@ VEKCH_API vekStatus veksRegExpSetFormat(int32_t format, RegExpState* state) VEKC
  * tries for one start position may nest to a fourth of it. A higher limit finds matches that need
  * deeper nesting, and takes more of the calling thread's stack for them.
  *
- * **It bounds the depth, not the work.** The number of tries may grow while their depth does not:
- * `(a+)+[bc]` takes twice as long for each further "a" of a subject "aaa...ad", at any limit, so
- * that thirty bytes take minutes. A pattern that can share out the same bytes among its repetitions
- * in many ways is a hazard, whoever wrote it, on subjects from somebody you don't trust.
+ * **It bounds the depth exactly, and the work generously.** The number of tries may grow while
+ * their depth does not: a pattern that can share out the same bytes among its repetitions in many
+ * ways, such as `(a+)+[bc]` on "aaa...ad", has twice as many for each further byte. Most such
+ * searches end at once all the same, since the search remembers which choices have failed where.
+ * It does not where the pattern has back-references, conditionals, captures in a look-around or an
+ * atomic group, or repetitions of a group with a bound other than 0, 1 or none, nor where the
+ * subject is so long that the depth could be used up. Any search that has come back to its choices
+ * about 500,000 + 50,000 * limit + 2,048 * len times ends as if the limit had run out: after about
+ * ten seconds at 10000, and sooner at a lower limit, which serves patterns and subjects from
+ * somebody you don't trust.
  *
  * **A search may also run out of the limit without a status.** Inside of a group, a further
  * repetition that would nest too deep is one that can't be had, and the search goes on with those

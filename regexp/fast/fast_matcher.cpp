@@ -817,9 +817,10 @@ template <bool kRemembers>
 FastResult TryHard(FastCall* call, const uint8_t* start, const uint8_t* limit, int32_t mostFrames,
                    Frame* frames) {
   ClearSlots(call->state);
-  FastMatcher<kRemembers> matcher(call, limit, call->workLeft, mostFrames, FastResult::kGivesUp);
+  FastMatcher<kRemembers> matcher(call, limit, call->returnsAllowed, mostFrames,
+                                  FastResult::kGivesUp);
   const FastResult result = matcher.Run(start, frames);
-  call->workLeft = matcher.ReturnsLeft();
+  call->returnsAllowed = matcher.ReturnsLeft();
   return result;
 }
 
@@ -833,7 +834,7 @@ template <int32_t kMostFrames>
 // A try that has come back to its choices too often, or has used up its frames: with the memory,
 // and with more frames where the limit's share of the stack allows them.
 [[gnu::noinline]] FastResult TryAgain(FastCall* call, const uint8_t* start, const uint8_t* limit) {
-  call->workLeft -= kManyReturns;
+  call->returnsAllowed -= kManyReturns;
   if (call->program->remembers && (!call->memory.IsBegun() || !call->memory.Reaches(start))) {
     call->memory.Begin(*call->program, FreeRoom(call->state), start);
     call->furthest = start;

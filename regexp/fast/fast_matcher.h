@@ -19,7 +19,7 @@ enum class FastResult {
   kMatch,
   kFail,
   kGivesUp,    // the exact matcher is to do the try
-  kExhausted,  // the work that a call may take is done
+  kExhausted,  // it has come back to its choices as often as the call may
 };
 
 // A call of the search, as far as the fast matcher has to do with it.
@@ -30,16 +30,16 @@ struct FastCall {
   const uint8_t* subjectEnd;
   // Levels of depth that the repetitions of groups may take; below 0 if nothing may be tried.
   int32_t allowance;
-  int64_t workLeft;
+  int64_t returnsAllowed;
   FailureMemory memory = {};
   const uint8_t* furthest = nullptr;  // that the tries with the memory have come to
 };
 
-// A call that does so much work at most.
+// A call that comes back to its choices so often at most.
 inline FastCall FastCallOf(const FastProgram& program, RegExpState* state, const uint8_t* subject,
-                           int32_t length, int64_t work) {
+                           int32_t length, int64_t returns) {
   const int32_t depth = state->matchLimit / RegExpDepthShare - 1;
-  return {&program, state, subject, subject + length, depth - program.depth, work};
+  return {&program, state, subject, subject + length, depth - program.depth, returns};
 }
 
 // Matches at `start`, in a text that ends at `limit`; on kMatch the slots hold the match.

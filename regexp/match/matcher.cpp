@@ -329,7 +329,8 @@ Flow Matcher::Fail(Registers* r) {
 
 // Goes on with the last frame, to which a failure has come back, or an abort that it stops.
 Flow Matcher::Resume(Registers* r, bool aborted) {
-  if (--workLeft < 0) {
+  workLeft -= kRecordsOfReturn;
+  if (workLeft < 0) {
     return Finish(Exhaust());
   }
   switch (Top().choice) {

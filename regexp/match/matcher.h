@@ -65,10 +65,16 @@ class Matcher {
            !(first + 1 < wholeEnd && IsQuantifier(first[1])) && !StandsAt(*first, at, end);
   }
 
-  // The work that a call may take, counted in returns to choices: what has done more ends as if its
-  // limit had run out, at about ten seconds of work at the default limit.
+  // The work that a call may take, counted in records: what has done more ends as if its limit had
+  // run out, at about ten seconds of work at the default limit. A return to a choice counts as the
+  // records that it leads to at least: the one with the choice, and one that fails.
+  static constexpr int64_t kRecordsOfReturn = 2;
   static int64_t MostWork(const RegExpState& state, int64_t length) {
     return 1000000 + int64_t{100000} * state.matchLimit + 4096 * length;
+  }
+
+  static int64_t MostReturns(const RegExpState& state, int64_t length) {
+    return MostWork(state, length) / kRecordsOfReturn;
   }
 
   // Ends the call as one that has done all the work that it may.
