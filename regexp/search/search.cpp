@@ -197,13 +197,13 @@ FastResult FindDirectly(const uint8_t* subject, int32_t length, const Stretch& s
   const StartRule rule = StartRuleFor(state, stretch.length);
   const uint8_t* const begin = stretch.begin;
   const uint8_t* const end = begin + stretch.length;
-  if (call.allowance < 0 || rule.way == StartRule::kLineStarts) {
+  if (call.allowance < 0) {
     return FastResult::kGivesUp;
   }
   if (rule.way == StartRule::kFirst) {
     return MatchFast(&call, begin, end);
   }
-  if (rule.plan == nullptr) {
+  if (rule.way == StartRule::kEveryCharacter && rule.plan == nullptr) {
     return FindFast(&call, begin, end);
   }
   // A field often matches where it begins: only then is a prefilter asked.
