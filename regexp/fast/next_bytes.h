@@ -11,7 +11,7 @@
 
 namespace vekch::regexp {
 
-struct NextBytes {
+struct alignas(kernels::kBlock) NextBytes {
   static constexpr int32_t kTable = 256;  // bytes of a table that has one for each
 
   uint8_t bits[kTable / 8];
