@@ -154,14 +154,14 @@ void Close(int file) { _close(file); }
 
 // The volume of a stream that was handed over may be unknown, and then counts as any.
 bool ReadsItsOwnOutput(int input, int output) {
-  BY_HANDLE_FILE_INFORMATION in;
-  BY_HANDLE_FILE_INFORMATION out;
+  FILE_ID_INFO in;
+  FILE_ID_INFO out;
   const auto handle = [](int file) { return reinterpret_cast<HANDLE>(_get_osfhandle(file)); };
   return GetFileType(handle(input)) == FILE_TYPE_DISK &&
-         GetFileInformationByHandle(handle(input), &in) != 0 &&
-         GetFileInformationByHandle(handle(output), &out) != 0 &&
-         (in.dwVolumeSerialNumber == out.dwVolumeSerialNumber || out.dwVolumeSerialNumber == 0) &&
-         in.nFileIndexHigh == out.nFileIndexHigh && in.nFileIndexLow == out.nFileIndexLow;
+         GetFileInformationByHandleEx(handle(input), FileIdInfo, &in, sizeof in) != 0 &&
+         GetFileInformationByHandleEx(handle(output), FileIdInfo, &out, sizeof out) != 0 &&
+         (in.VolumeSerialNumber == out.VolumeSerialNumber || out.VolumeSerialNumber == 0) &&
+         std::memcmp(&in.FileId, &out.FileId, sizeof in.FileId) == 0;
 }
 
 bool IsTerminal(int file) {
