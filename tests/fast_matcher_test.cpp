@@ -19,6 +19,12 @@
 namespace vekch::regexp {
 namespace {
 
+#ifdef VEKCH_TEST_INSTRUMENTED
+constexpr size_t kShare = 8;  // one of so many cases is tried
+#else
+constexpr size_t kShare = 1;
+#endif
+
 class Object {
  public:
   explicit Object(const std::string& pattern, const char* options = "", int32_t limit = 10000) {
@@ -28,9 +34,8 @@ class Object {
     veksRegExpGetSize(text, &size);
     block.reset(new uint64_t[static_cast<size_t>(size) / 8 + 1]);
     state = reinterpret_cast<RegExpState*>(block.get());
-    EXPECT_EQ(veksRegExpInit(text, reinterpret_cast<const uint8_t*>(options), state, &offset),
-              StatusNoError)
-        << pattern;
+    compiles = veksRegExpInit(text, reinterpret_cast<const uint8_t*>(options), state, &offset) ==
+               StatusNoError;
     veksRegExpSetMatchLimit(limit, state);
   }
 
@@ -52,7 +57,12 @@ class Object {
     return FastProgramFor(state);
   }
 
+  std::vector<RegExpFindResult> Slots() const {
+    return {SlotsOf(state), SlotsOf(state) + state->captureCount};
+  }
+
   RegExpState* state;
+  bool compiles;
 
  private:
   std::unique_ptr<uint64_t[]> block;
@@ -201,6 +211,50 @@ TEST(FastMatcherTest, HostilePatternsEnd) {
       }
     }
   }
+}
+
+// With the memory from the first return on, every small pattern gives what it gives without.
+TEST(FastMatcherTest, RemembersNothingThatIsWrong) {
+  const std::vector<std::string> words = {"a", "b", "|", "(", ")", "*", "+?", "(?:", "(?=", "a?"};
+  std::vector<std::string> patterns = {""};
+  for (size_t begin = 0, length = 0; length < 5; ++length) {
+    for (const size_t end = patterns.size(); begin < end; ++begin) {
+      for (const std::string& word : words) {
+        patterns.push_back(patterns[begin] + word);
+      }
+    }
+  }
+  const std::string subjects[] = {"aab", "abab", "aaaa", "baa"};
+  int32_t translated = 0;
+  int32_t taken = 0;
+  for (size_t i = 0; i < patterns.size(); i += kShare) {
+    Object object("(?:" + patterns[i] + ")*b");
+    const FastProgram* const program = object.compiles ? object.Translated() : nullptr;
+    if (program == nullptr) {
+      continue;
+    }
+    ++translated;
+    for (const std::string& subject : subjects) {
+      const auto* text = reinterpret_cast<const uint8_t*>(subject.data());
+      const auto length = static_cast<int32_t>(subject.size());
+      FastCall plain = FastCallOf(*program, object.state, text, length, 1 << 20);
+      plain.lightReturns = 1 << 20;
+      const FastResult expected = MatchFast(&plain, text, text + length);
+      const std::vector<RegExpFindResult> slots = object.Slots();
+      FastCall call = FastCallOf(*program, object.state, text, length, 1 << 20);
+      call.lightReturns = 0;
+      EXPECT_EQ(MatchFast(&call, text, text + length), expected)
+          << patterns[i] << " on " << subject;
+      taken += call.memory.IsBegun() ? 1 : 0;
+      const std::vector<RegExpFindResult> found = object.Slots();
+      for (size_t k = 0; k < slots.size() && expected == FastResult::kMatch; ++k) {
+        EXPECT_EQ(found[k].pointer, slots[k].pointer) << patterns[i] << " on " << subject;
+        EXPECT_EQ(found[k].length, slots[k].length) << patterns[i] << " on " << subject;
+      }
+    }
+  }
+  EXPECT_GT(translated, 5000 / static_cast<int32_t>(kShare));
+  EXPECT_GT(taken, translated / 2);
 }
 
 // What is not remembered ends by the bound on work, with the status of the limit.

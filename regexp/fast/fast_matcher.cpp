@@ -19,9 +19,8 @@ namespace {
 
 constexpr int32_t kFewFrames = 1000;
 constexpr int32_t kManyFrames = 6000;
-// Returns to choices after which a try is done again with the memory: at first, and once there is
-// something in it.
-constexpr int32_t kManyReturns = 2000;
+// Returns to choices after which a try is done again with the memory, once there is something in
+// it.
 constexpr int32_t kSomeReturns = 64;
 constexpr uint8_t kNewline = '\n';
 
@@ -808,7 +807,7 @@ VEK_INLINE FastResult TryLightly(FastCall* call, const uint8_t* start, const uin
   if (call->program->clearsSlots) {
     ClearSlots(call->state);
   }
-  const int32_t most = call->memory.IsBegun() ? kSomeReturns : kManyReturns;
+  const int32_t most = call->memory.IsBegun() ? kSomeReturns : call->lightReturns;
   FastMatcher<false> matcher(call, limit, most, kFewFrames, FastResult::kExhausted);
   return matcher.Run(start, frames);
 }
@@ -834,7 +833,7 @@ template <int32_t kMostFrames>
 // A try that has come back to its choices too often, or has used up its frames: with the memory,
 // and with more frames where the limit's share of the stack allows them.
 [[gnu::noinline]] FastResult TryAgain(FastCall* call, const uint8_t* start, const uint8_t* limit) {
-  call->returnsAllowed -= kManyReturns;
+  call->returnsAllowed -= call->lightReturns;
   if (call->program->remembers && (!call->memory.IsBegun() || !call->memory.Reaches(start))) {
     call->memory.Begin(*call->program, FreeRoom(call->state), start);
     call->furthest = start;

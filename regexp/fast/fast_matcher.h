@@ -31,6 +31,8 @@ struct FastCall {
   // Levels of depth that the repetitions of groups may take; below 0 if nothing may be tried.
   int32_t allowance;
   int64_t returnsAllowed;
+  // Returns to choices after which a try is done again with the memory.
+  int32_t lightReturns = 2000;
   FailureMemory memory = {};
   const uint8_t* furthest = nullptr;  // that the tries with the memory have come to
 };
