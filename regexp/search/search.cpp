@@ -193,7 +193,8 @@ FastResult FindDirectly(const uint8_t* subject, int32_t length, const Stretch& s
       program->isUtf8 != (state->characterFormat != 0)) {
     return FastResult::kGivesUp;
   }
-  FastCall call = FastCallOf(*program, state, subject, length, Matcher::MostReturns(*state, length));
+  FastCall call =
+      FastCallOf(*program, state, subject, length, Matcher::MostReturns(*state, length));
   const StartRule rule = StartRuleFor(state, stretch.length);
   const uint8_t* const begin = stretch.begin;
   const uint8_t* const end = begin + stretch.length;
