@@ -11,7 +11,6 @@
 #include "regexp/characters/properties.h"
 #include "regexp/object/record_notes.h"
 #include "strings/kernels/block.h"
-#include "strings/kernels/find_kernels.h"
 #include "unicode/utf8.h"
 
 namespace vekch::regexp {
@@ -328,11 +327,16 @@ class FastMatcher {
       }
       --end;
     }
+    return EndRun(r, FrameKind::kBytes, end, lowest);
+  }
+
+  // Goes on where a run ends that gives back down to `lowest`.
+  VEK_INLINE bool EndRun(Registers& r, FrameKind kind, const uint8_t* end, const uint8_t* lowest) {
     if (kRemembers || end > lowest) {
       if (!HasRoom(r)) {
         return Stop(r, whenFull);
       }
-      Push(r, FrameKind::kBytes, end)->bound = lowest;
+      Push(r, kind, end)->bound = lowest;
     }
     r.at = end;
     return GoOn(r);
@@ -367,14 +371,11 @@ class FastMatcher {
       }
       end = PreviousUtf8(end, lowest, limit);
     }
-    if (!isOnly && (kRemembers || end > lowest)) {
-      if (!HasRoom(r)) {
-        return Stop(r, whenFull);
-      }
-      Push(r, FrameKind::kCharacters, end)->bound = lowest;
+    if (isOnly) {
+      r.at = end;
+      return GoOn(r);
     }
-    r.at = end;
-    return GoOn(r);
+    return EndRun(r, FrameKind::kCharacters, end, lowest);
   }
 
   [[gnu::noinline]] bool LazySet(Registers& r) {

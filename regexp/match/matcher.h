@@ -89,7 +89,6 @@ class Matcher {
   RegExpFindResult* Slots() const { return slots; }
   bool IsUtf8() const { return isUtf8; }
   const uint8_t* Subject() const { return subject; }
-  const uint8_t* SubjectEnd() const { return subjectEnd; }
 
   // An empty match is refused.
   bool requireNonEmpty = false;
