@@ -519,7 +519,8 @@ class Buffers(InFolder):
         for options, pattern, expected in runs:
             done = run([options, pattern, "f"])
             self.assertTrue(done.stdout + done.stderr == expected,
-                            (where, options, done.stdout[:80], expected[:80], done.stderr))
+                            (where, options, pattern[:80], done.returncode, done.stdout[:80],
+                             expected[:80], done.stderr))
 
     def test_places_around_the_end_of_the_buffer(self):
         offsets = (-3, 0) if OPTIONS.emulator else range(-7, 3)
