@@ -571,7 +571,7 @@ class Searcher : Matcher {
  public:
   using Matcher::Matcher;
 
-  SearchAnswer Run(int32_t room) {
+  SearchAnswer Run(int32_t room, Slots reported) {
     windowEnd = subjectLength;
     if (state.requiredLiteralIndex >= 0) {
       const ProgramNode& literal = program[state.requiredLiteralIndex];
@@ -589,7 +589,7 @@ class Searcher : Matcher {
         state.searchMode == 1 ? std::max(FindLiteral(program[0], folds, false), 0) : 0;
     ChooseStarts();
     if (findsAll) {
-      FindAll(from);
+      FindAll(from, reported == Slots::kGroupsAlone && state.captureCount > 1 ? 1 : 0);
     } else {
       FindOne(from);
     }
@@ -661,9 +661,8 @@ class Searcher : Matcher {
     }
   }
 
-  void FindAll(int32_t at) {
+  void FindAll(int32_t at, int32_t firstSlot) {
     const int32_t room = answer.count;
-    const int32_t firstSlot = state.captureCount > 1 ? 1 : 0;
     const auto written = [this] { return static_cast<int32_t>(answer.results.size()); };
     while (at <= windowEnd && written() < room && TryStarts(at, windowEnd) == kOk) {
       Append(firstSlot, room - written());
@@ -733,8 +732,8 @@ class Searcher : Matcher {
 }  // namespace
 
 SearchAnswer AnswerOfModel(const RegExpState& state, const uint8_t* subject, int32_t length,
-                           int32_t room, int64_t mostSteps) {
-  return Searcher(state, subject, length, mostSteps).Run(room);
+                           int32_t room, int64_t mostSteps, Slots reported) {
+  return Searcher(state, subject, length, mostSteps).Run(room, reported);
 }
 
 }  // namespace vekch::test

@@ -6,25 +6,18 @@
 #ifndef VEKCH_TESTS_MATCH_MODEL_H
 #define VEKCH_TESTS_MATCH_MODEL_H
 
-#include <cstdint>
-#include <vector>
-
-#include "vekch/regexp_program.h"
-#include "vekch/status.h"
+#include "tests/pattern_object.h"
 
 namespace vekch::test {
 
-struct SearchAnswer {
-  vekStatus status = StatusNoError;
-  int32_t count = 0;
-  std::vector<RegExpFindResult> results;  // `count` of them, unless the status is an error
-  bool isComplete = true;                 // false if it was given up, after too many steps
-};
+// What is reported of every match: its groups alone, or, as for a replacement, the whole as well.
+enum class Slots { kGroupsAlone, kWholeMatchesToo };
 
 // What a search for `state` reports in `room` results; its arguments are valid ones. It is given
 // up after `mostSteps` records.
 SearchAnswer AnswerOfModel(const RegExpState& state, const uint8_t* subject, int32_t length,
-                           int32_t room, int64_t mostSteps = INT64_MAX);
+                           int32_t room, int64_t mostSteps = INT64_MAX,
+                           Slots reported = Slots::kGroupsAlone);
 
 }  // namespace vekch::test
 
