@@ -3,34 +3,10 @@
 // Case mapping against a model that spells the letters out: every length and misalignment, every
 // byte value at every position, into a copy and onto the text.
 
-#include "tests/sweep.h"
-#include "vekch/vekch.h"
+#include "tests/byte_string_models.h"
 
 namespace vekch::test {
 namespace {
-
-constexpr char kCapitals[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
-constexpr char kSmall[] = "abcdefghijklmnopqrstuvwxyz";
-
-Output Map(Bytes text, const char* from, const char* to) {
-  for (uint8_t& byte : text) {
-    const char* letter = byte == 0 ? nullptr : std::strchr(from, byte);
-    byte = letter == nullptr ? byte : static_cast<uint8_t>(to[letter - from]);
-  }
-  return {kNoNumber, text};
-}
-
-Output ToLower(const Input& in) { return Map(in.text, kCapitals, kSmall); }
-Output ToUpper(const Input& in) { return Map(in.text, kSmall, kCapitals); }
-
-const Function kMappings[] = {
-    {"Lower", [](Call& c) { return veksLowercaseLatin_8u(c.text, c.to, c.length); }, ToLower,
-     kAnyPlace},
-    {"Lower_I", [](Call& c) { return veksLowercaseLatin_8u_I(c.to, c.length); }, ToLower, kInPlace},
-    {"Upper", [](Call& c) { return veksUppercaseLatin_8u(c.text, c.to, c.length); }, ToUpper,
-     kAnyPlace},
-    {"Upper_I", [](Call& c) { return veksUppercaseLatin_8u_I(c.to, c.length); }, ToUpper, kInPlace},
-};
 
 TEST(CaseTest, EveryLengthAndMisalignment) {
   Sweep sweep;

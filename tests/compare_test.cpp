@@ -2,39 +2,10 @@
 
 // The comparisons against a naive model: every length and misalignment, every difference.
 
-#include <algorithm>
-
-#include "tests/sweep.h"
-#include "vekch/vekch.h"
+#include "tests/byte_string_models.h"
 
 namespace vekch::test {
 namespace {
-
-uint8_t FoldLatin(uint8_t byte) {
-  return byte >= 'A' && byte <= 'Z' ? static_cast<uint8_t>(byte + 32) : byte;
-}
-
-Output NaiveCompare(const Input& in) {
-  const auto differ = std::mismatch(in.text.begin(), in.text.end(), in.other.begin());
-  return {differ.first == in.text.end() ? 0 : *differ.first - *differ.second};
-}
-
-Output NaiveCompareFolded(const Input& in) {
-  Input folded = in;
-  std::transform(in.text.begin(), in.text.end(), folded.text.begin(), FoldLatin);
-  std::transform(in.other.begin(), in.other.end(), folded.other.begin(), FoldLatin);
-  return NaiveCompare(folded);
-}
-
-const Function kComparisons[] = {
-    {"Compare", [](Call& c) { return veksCompare_8u(c.text, c.other, c.length, &c.number); },
-     NaiveCompare},
-    {"IgnoreCase",
-     [](Call& c) { return veksCompareIgnoreCaseLatin_8u(c.text, c.other, c.length, &c.number); },
-     NaiveCompareFolded},
-    {"Equal", [](Call& c) { return veksEqual_8u(c.text, c.other, c.length, &c.number); },
-     [](const Input& in) -> Output { return {in.text == in.other ? 1 : 0}; }},
-};
 
 // Equal strings but for a pair of bytes at one position, and perhaps the same pair the other way
 // round behind it, which must not be the difference that is reported.

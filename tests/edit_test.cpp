@@ -6,8 +6,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "tests/sweep.h"
-#include "vekch/vekch.h"
+#include "tests/byte_string_models.h"
 
 namespace vekch::test {
 namespace {
@@ -22,74 +21,6 @@ std::vector<int32_t> Places(int32_t length) {
   }
   return places;
 }
-
-// ---- Functions of the sweep. In place, the number is the length that is kept up to date.
-
-Output Inserted(const Input& in) {
-  return {kNoNumber, Bytes(in.text).insert(static_cast<size_t>(in.x), in.other)};
-}
-
-Output Removed(const Input& in) {
-  return {kNoNumber, Bytes(in.text).erase(static_cast<size_t>(in.x), static_cast<size_t>(in.y))};
-}
-
-template <Output (*kModel)(const Input&)>
-Output WithLength(const Input& in) {
-  const Output output = kModel(in);
-  return {Size(output.stored), output.stored};
-}
-
-const Function kConcat = {
-    "Concat", [](Call& c) { return veksConcat_8u(c.text, c.length, c.other, c.otherLength, c.to); },
-    [](const Input& in) -> Output {
-      return {kNoNumber, in.text + in.other};
-    }};
-
-const Function kInsertions[] = {
-    {"Insert",
-     [](Call& c) { return veksInsert_8u(c.text, c.length, c.other, c.otherLength, c.to, c.x); },
-     Inserted, kAnyPlace},
-    {"Insert_I",
-     [](Call& c) {
-       c.number = c.length;
-       return veksInsert_8u_I(c.other, c.otherLength, c.to, &c.number, c.x);
-     },
-     WithLength<Inserted>, kInPlace},
-    {"Insert of the start",  // the inserted text stands in front of the place, as `other` does
-     [](Call& c) {
-       return veksInsert_8u(c.text, c.length, c.to + c.x - c.otherLength, c.otherLength, c.to, c.x);
-     },
-     [](const Input& in) -> Output {
-       const auto end = static_cast<size_t>(in.x);
-       const size_t size = in.other.size();
-       return {kNoNumber, Bytes(in.text).insert(end, in.text.substr(end - size, size))};
-     },
-     kInPlace},
-};
-
-const Function kRemovals[] = {
-    {"Remove", [](Call& c) { return veksRemove_8u(c.text, c.length, c.to, c.x, c.y); }, Removed},
-    {"Remove_I",
-     [](Call& c) {
-       c.number = c.length;
-       return veksRemove_8u_I(c.to, &c.number, c.x, c.y);
-     },
-     WithLength<Removed>, kInPlace},
-};
-
-const Function kReplace = {"Replace",
-                           [](Call& c) {
-                             return veksReplaceC_8u(c.text, c.to, c.length,
-                                                    static_cast<uint8_t>(c.x),
-                                                    static_cast<uint8_t>(c.y));
-                           },
-                           [](const Input& in) -> Output {
-                             Bytes text = in.text;
-                             std::replace(text.begin(), text.end(), static_cast<uint8_t>(in.x),
-                                          static_cast<uint8_t>(in.y));
-                             return {kNoNumber, text};
-                           },
-                           kAnyPlace};
 
 class EditTest : public testing::Test {
  protected:
@@ -140,7 +71,7 @@ TEST_F(EditTest, Replace) {
       // Two values, so that runs, lone bytes and every lane are replaced.
       const auto newValue = static_cast<int32_t>((round + random_.Below(3)) % 256);
       const auto oldValue = static_cast<int32_t>(round);
-      Expect(kReplace, {random_.Text(length, 2, round), {}, oldValue, newValue});
+      Expect(kReplaceC, {random_.Text(length, 2, round), {}, oldValue, newValue});
     }
   }
 }
@@ -150,23 +81,10 @@ TEST_F(EditTest, Replace) {
 TEST_F(EditTest, ConcatList) {
   for (size_t round = 0; round < 4000; ++round) {
     std::vector<Bytes> texts(random_.Below(9) + 1);
-    std::vector<const uint8_t*> strings;
-    std::vector<int32_t> lengths;
-    Bytes joined;
-    const bool delimited = round % 2 == 0;
     for (Bytes& text : texts) {
       text = random_.Text(random_.Below(random_.Below(5) == 0 ? 130 : 20));
-      joined += (strings.empty() || !delimited ? ""_b : ","_b) + text;
-      strings.push_back(text.data());
-      lengths.push_back(Size(text));
     }
-    const auto count = static_cast<int32_t>(texts.size());
-    GuardedBuffer buffer(joined.size());
-    uint8_t* to = buffer.AtEnd(joined.size());
-    ASSERT_EQ(delimited ? veksConcatC_8u_D2L(strings.data(), lengths.data(), count, ',', to)
-                        : veksConcat_8u_D2L(strings.data(), lengths.data(), count, to),
-              StatusNoError);
-    ASSERT_EQ(Bytes(to, joined.size()), joined);
+    ASSERT_NO_FATAL_FAILURE(ExpectConcatList(texts, round % 2 == 0));
   }
 }
 
@@ -193,39 +111,6 @@ TEST_F(EditTest, ListElementsAreCheckedWhenTheyAreReached) {
 }
 
 // ---- Splitting.
-
-// Cuts the text into all its pieces first, then deals them out. Slots that stay unused are made
-// unusable.
-void ExpectSplit(const Bytes& text, const std::vector<int32_t>& capacities) {
-  std::vector<Bytes> pieces;
-  for (size_t start = 0; start < text.size(); start += pieces.back().size() + 1) {
-    pieces.push_back(text.substr(start, text.find(',', start) - start));
-  }
-  const size_t slots = capacities.size();
-  const size_t used = std::min(pieces.size(), slots);
-  vekStatus expected = StatusNoError;
-  std::vector<Bytes> room(slots, Bytes(80, kUnwritten));
-  std::vector<uint8_t*> pointers(slots, nullptr);
-  std::vector<int32_t> lengths(slots, -1);
-  for (size_t i = 0; i < used; ++i) {
-    expected = Size(pieces[i]) > capacities[i] ? StatusDestinationTruncated : expected;
-    pointers[i] = room[i].data();
-    lengths[i] = capacities[i];
-  }
-  expected = pieces.size() > slots ? StatusDestinationsExhausted : expected;
-  auto count = static_cast<int32_t>(slots);
-  GuardedBuffer buffer(text.size());
-  uint8_t* source = buffer.AtEnd(text.size());
-  std::copy(text.begin(), text.end(), source);
-  ASSERT_EQ(veksSplitC_8u_D2L(source, Size(text), ',', pointers.data(), lengths.data(), &count),
-            expected);
-  ASSERT_EQ(count, static_cast<int32_t>(used));
-  for (size_t i = 0; i < used; ++i) {
-    const Bytes piece = pieces[i].substr(0, static_cast<size_t>(capacities[i]));
-    ASSERT_EQ(lengths[i], Size(piece)) << "piece " << i;
-    ASSERT_EQ(room[i], piece + Bytes(80 - piece.size(), kUnwritten)) << "piece " << i;
-  }
-}
 
 TEST(SplitTest, EveryShortText) {
   for (size_t length = 0; length <= 7; ++length) {

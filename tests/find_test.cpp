@@ -3,68 +3,10 @@
 // The search family against naive models: every length and misalignment, small alphabets, needles
 // made to mislead, sets of every size and shape.
 
-#include "tests/sweep.h"
-#include "vekch/vekch.h"
+#include "tests/byte_string_models.h"
 
 namespace vekch::test {
 namespace {
-
-// ---- Models: the first or last of the positions at which a predicate holds.
-
-enum Direction { kForward, kBackward };
-
-template <class Holds>
-Output Naive(Direction direction, int32_t positions, Holds holds) {
-  for (int32_t step = 0; step < positions; ++step) {
-    const int32_t i = direction == kForward ? step : positions - 1 - step;
-    if (holds(i)) {
-      return {i};
-    }
-  }
-  return {-1};
-}
-
-template <Direction kDirection>
-Output NaiveFind(const Input& in) {
-  const int32_t n = Size(in.other);
-  return n == 0 ? Output{-1} : Naive(kDirection, Size(in.text) - n + 1, [&](int32_t i) {
-    return std::equal(in.other.begin(), in.other.end(), in.text.begin() + i);
-  });
-}
-
-template <Direction kDirection>
-Output NaiveFindAny(const Input& in) {
-  return Naive(kDirection, Size(in.text), [&](int32_t i) {
-    return in.other.find(in.text[static_cast<size_t>(i)]) != Bytes::npos;
-  });
-}
-
-const Function kOfByte[] = {
-    {"FindC", [](Call& c) { return veksFindC_8u(c.text, c.length, *c.other, &c.number); },
-     NaiveFind<kForward>},
-    {"FindRevC", [](Call& c) { return veksFindRevC_8u(c.text, c.length, *c.other, &c.number); },
-     NaiveFind<kBackward>},
-};
-
-const Function kOfNeedle[] = {
-    {"Find",
-     [](Call& c) { return veksFind_8u(c.text, c.length, c.other, c.otherLength, &c.number); },
-     NaiveFind<kForward>},
-    {"FindRev",
-     [](Call& c) { return veksFindRev_8u(c.text, c.length, c.other, c.otherLength, &c.number); },
-     NaiveFind<kBackward>},
-};
-
-const Function kOfSet[] = {
-    {"FindCAny",
-     [](Call& c) { return veksFindCAny_8u(c.text, c.length, c.other, c.otherLength, &c.number); },
-     NaiveFindAny<kForward>},
-    {"FindRevCAny",
-     [](Call& c) {
-       return veksFindRevCAny_8u(c.text, c.length, c.other, c.otherLength, &c.number);
-     },
-     NaiveFindAny<kBackward>},
-};
 
 class FindTest : public testing::Test {
  protected:
@@ -84,13 +26,13 @@ TEST_F(FindTest, ByteAtEveryPositionLengthAndMisalignment) {
   for (size_t length = 0; length <= kLongest; ++length) {
     Bytes text(length, 0x43);
     for (size_t place = 0; place < 512; place += 15) {
-      Expect(kOfByte, text, "\xC3"_b, place);
+      Expect(kFindsOfByte, text, "\xC3"_b, place);
     }
     for (size_t where = 0; where < length; where += length < 160 ? 1 : 3) {
       const size_t second = (where * 5 + 3) % length;
       text[where] = text[second] = 0xC3;
       for (size_t place = where % 31; place < 512; place += 31) {
-        Expect(kOfByte, text, "\xC3"_b, place);
+        Expect(kFindsOfByte, text, "\xC3"_b, place);
       }
       text[where] = text[second] = 0x43;
     }
@@ -103,7 +45,7 @@ TEST_F(FindTest, EveryByteValue) {
     every.push_back(static_cast<uint8_t>(value));
   }
   for (const uint8_t value : every) {
-    Expect(kOfByte, every, Bytes(1, value));
+    Expect(kFindsOfByte, every, Bytes(1, value));
   }
 }
 
@@ -113,7 +55,7 @@ TEST_F(FindTest, NeedlesOverSmallAlphabets) {
   for (size_t round = 0; round < 60000; ++round) {
     const size_t letters = 2 + random.Below(3);
     const size_t needleLength = random.Below(round % 4 == 0 ? 40 : 7);
-    Expect(kOfNeedle, random.Text(random.Below(kLongest + 1), letters, 0xFE),
+    Expect(kFindsOfNeedle, random.Text(random.Below(kLongest + 1), letters, 0xFE),
            random.Text(needleLength, letters, 0xFE), round);
   }
 }
@@ -128,9 +70,9 @@ TEST_F(FindTest, NeedleAtEveryPosition) {
       for (size_t at = 0; at + n <= length; ++at) {
         Bytes text(length, needle[0]);
         std::copy(needle.begin(), needle.end(), text.begin() + static_cast<ptrdiff_t>(at));
-        Expect(kOfNeedle, text, needle, at % 2 * 256);
+        Expect(kFindsOfNeedle, text, needle, at % 2 * 256);
         text[at + n / 2] ^= 0x80;  // nearly there
-        Expect(kOfNeedle, text, needle, at % 2 * 256);
+        Expect(kFindsOfNeedle, text, needle, at % 2 * 256);
       }
     }
   }
@@ -167,10 +109,10 @@ TEST_F(FindTest, NeedlesMadeToMislead) {
                          Repeat(Repeat(a, 30) + "b"_b, 200)};
   for (const Bytes& text : texts) {
     for (const Bytes& needle : needles) {
-      Expect(kOfNeedle, text, needle);
+      Expect(kFindsOfNeedle, text, needle);
       // Once in the text, early, late or at an end.
       for (const size_t at : {size_t{0}, size_t{1}, size_t{2500}, size_t{5001}, text.size()}) {
-        Expect(kOfNeedle, Bytes(text).insert(at, needle), needle);
+        Expect(kFindsOfNeedle, Bytes(text).insert(at, needle), needle);
       }
     }
   }
@@ -195,7 +137,7 @@ TEST_F(FindTest, NeedleAtEveryPositionOfMisleadingText) {
     for (const size_t length : {100U, 700U, 1500U}) {
       const Bytes text = Repeat(unit, length / unit.size() + 1);
       for (size_t at = 0; at < text.size(); ++at) {
-        Expect(kOfNeedle, Bytes(text).insert(at, needle), needle, at);
+        Expect(kFindsOfNeedle, Bytes(text).insert(at, needle), needle, at);
       }
     }
   }
@@ -210,9 +152,9 @@ TEST_F(FindTest, RandomFactorsOfRepetitiveText) {
       text += unit + random.Text(random.Below(50) == 0 ? 1 : 0, 2, 'a');
     }
     Bytes needle = text.substr(random.Below(7000), 2 + random.Below(600));
-    Expect(kOfNeedle, text, needle);
+    Expect(kFindsOfNeedle, text, needle);
     needle[random.Below(needle.size())] ^= 3;
-    Expect(kOfNeedle, text, needle);
+    Expect(kFindsOfNeedle, text, needle);
   }
 }
 
@@ -239,7 +181,7 @@ TEST_F(FindTest, SetsOfEverySizeAndShape) {
     for (size_t hits = random.Below(3); hits > 0 && !text.empty() && !set.empty(); --hits) {
       text[random.Below(text.size())] = set[random.Below(set.size())];
     }
-    Expect(kOfSet, text, set, round);
+    Expect(kFindsOfSet, text, set, round);
   }
 }
 
@@ -254,59 +196,14 @@ TEST_F(FindTest, EveryRangeAsASet) {
       std::fill(text.begin(), text.end(), highest % 2 == 0 ? lowest - 1 : highest + 1);
       text[100] = static_cast<uint8_t>(lowest);
       text[101] = static_cast<uint8_t>(highest);
-      Expect(kOfSet, text, set);
+      Expect(kFindsOfSet, text, set);
     }
   }
 }
 
 // ---- Zero-terminated strings
 
-// A string in its own pages, with bytes around it that must not count. From 64 bytes before the end
-// of the pages on, no aligned group after the terminator's may be read; at their start, none before
-// the string's.
-class TerminatedString {
- public:
-  explicit TerminatedString(size_t longest) : buffer_(longest + 2 * kGroup) {}
-
-  static constexpr size_t kGroup = 64;
-  static constexpr size_t kPlaces = 2 * kGroup;
-
-  const uint8_t* Place(const Bytes& text, size_t place, uint8_t around) {
-    std::fill(buffer_.AtStart(), buffer_.AtEnd(0), around);
-    uint8_t* s =
-        place < kGroup ? buffer_.AtEnd(text.size() + 1, place) : buffer_.AtStart(place - kGroup);
-    std::copy(text.begin(), text.end(), s);
-    s[text.size()] = 0;
-    return s;
-  }
-
- private:
-  GuardedBuffer buffer_;
-};
-
-class FindZeroTerminated : public testing::Test {
- protected:
-  void ExpectByte(const Bytes& text, uint8_t value, size_t place) {
-    const uint8_t* s = text_.Place(text, place, value == 0 ? 'x' : value);
-    const size_t at = value == 0 ? text.size() : text.find(value);
-    int32_t index = kNoNumber;
-    ASSERT_EQ(veksFindC_Z_8u(s, value, &index), StatusNoError);
-    ASSERT_EQ(index, static_cast<int32_t>(at)) << text.size() << " bytes, place " << place;
-  }
-
-  void ExpectNeedle(const Bytes& text, const Bytes& needle, size_t place) {
-    const uint8_t* s = text_.Place(text, place, needle.empty() ? 'x' : needle[0]);
-    const uint8_t* n = needle_.Place(needle, place * 37 % TerminatedString::kPlaces, 'x');
-    const size_t at = needle.empty() ? Bytes::npos : text.find(needle);
-    int32_t index = kNoNumber;
-    ASSERT_EQ(veksFind_Z_8u(s, n, &index), StatusNoError);
-    ASSERT_EQ(index, static_cast<int32_t>(at))
-        << text.size() << " and " << needle.size() << " bytes, place " << place;
-  }
-
-  TerminatedString text_{70000};
-  TerminatedString needle_{3000};
-};
+class FindZeroTerminated : public testing::Test, protected TerminatedFinds {};
 
 TEST_F(FindZeroTerminated, ByteInEveryLengthAndPlace) {
   for (size_t length = 0; length <= kLongest; ++length) {

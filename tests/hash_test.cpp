@@ -3,65 +3,10 @@
 // The string hashes against their defining loops: every length and alignment, elements that only
 // the later steps see, every overlap of string and hash, and values that callers may have stored.
 
-#include "tests/sweep.h"
-#include "vekch/vekch.h"
+#include "tests/byte_string_models.h"
 
 namespace vekch::test {
 namespace {
-
-uint32_t StepShiftXor(uint32_t h, uint32_t c) { return (h << 1) ^ c; }
-uint32_t StepMultiply31(uint32_t h, uint32_t c) { return h * 31 + c; }
-uint32_t StepMultiply33(uint32_t h, uint32_t c) { return (h * 33) ^ c; }
-
-struct Hash {
-  vekStatus (*bytes)(const uint8_t*, int32_t, uint32_t*) noexcept;
-  vekStatus (*units)(const uint16_t*, int32_t, uint32_t*) noexcept;
-  uint32_t (*step)(uint32_t, uint32_t);
-  uint32_t start;
-  bool stopsAtZero;
-  bool storesEach;  // an overlapping hash is stored before every read
-};
-
-constexpr Hash kHashes[] = {
-    {veksHash_8u32u, veksHash_16u32u, StepShiftXor, 0, false, false},
-    {veksHashSJ2_8u32u, veksHashSJ2_16u32u, StepMultiply31, 0, false, true},
-    {veksHashMSCS_8u32u, veksHashMSCS_16u32u, StepMultiply33, 5381, true, false},
-};
-
-// The definition for elements of `size` bytes, with the hash kept where the caller wants it.
-void Define(const Hash& hash, const uint8_t* string, int32_t length, size_t size, uint8_t* to) {
-  uint32_t h = hash.start;
-  for (int32_t i = 0; i < length; ++i, string += size) {
-    if (hash.storesEach) {
-      std::memcpy(to, &h, sizeof h);
-    }
-    const uint32_t element = size == 1 ? *string : *string + string[1] * 256U;
-    if (hash.stopsAtZero && element == 0) {
-      break;
-    }
-    h = hash.step(h, element);
-  }
-  std::memcpy(to, &h, sizeof h);
-}
-
-vekStatus RunHash(const Hash& hash, const uint8_t* string, int32_t length, size_t size,
-                  uint8_t* to) {
-  auto* number = reinterpret_cast<uint32_t*>(to);
-  return size == 1 ? hash.bytes(string, length, number)
-                   : hash.units(reinterpret_cast<const uint16_t*>(string), length, number);
-}
-
-// Rows of the sweep: the hash is stored behind the text's place, or wherever that lies.
-template <size_t kHash, int32_t kSize>
-constexpr Function kRow = {
-    "Hash", [](Call& c) { return RunHash(kHashes[kHash], c.text, c.length / kSize, kSize, c.to); },
-    [](const Input& in) -> Output {
-      Bytes to(4, 0);
-      Define(kHashes[kHash], in.text.data(), Size(in.text) / kSize, kSize, to.data());
-      return {kNoNumber, to};
-    }};
-constexpr Function kRows[] = {kRow<0, 1>, kRow<1, 1>, kRow<2, 1>,
-                              kRow<0, 2>, kRow<1, 2>, kRow<2, 2>};
 
 // Random elements, and the extreme ones, for which lanes overflow first.
 TEST(HashTest, EveryLengthAndMisalignment) {
@@ -70,7 +15,7 @@ TEST(HashTest, EveryLengthAndMisalignment) {
   for (size_t length = 0; length <= 2 * kLongest; ++length) {
     for (size_t place = 0; place < 512; place += 15) {
       const Bytes texts[] = {random.Text(length), random.Text(length, 255, 1), Bytes(length, 255)};
-      for (const Function& function : kRows) {
+      for (const Function& function : kHashFunctions) {
         sweep.Expect(function, {texts[place / 15 % 3]}, place);
       }
     }
@@ -85,7 +30,7 @@ TEST(HashTest, EveryElementEverywhere) {
       Bytes text(100, value % 2 == 0 ? 1 : 255);
       text[where] = static_cast<uint8_t>(value);
       text[where ^ 1] = static_cast<uint8_t>(value % 16 == 0 ? 0 : value * 85);
-      for (const Function& function : kRows) {
+      for (const Function& function : kHashFunctions) {
         sweep.Expect(function, {text});
       }
     }
@@ -103,7 +48,7 @@ TEST(HashTest, NothingIsReadBehindTheZero) {
       Bytes hash(4, 0);
       Bytes expected(4, 0);
       RunHash(kHashes[2], string, INT32_MAX, size, hash.data());
-      Define(kHashes[2], string, INT32_MAX, size, expected.data());
+      DefineHash(kHashes[2], string, INT32_MAX, size, expected.data());
       EXPECT_EQ(hash, expected) << length << " elements";
     }
   }
@@ -119,7 +64,7 @@ TEST(HashTest, EveryOverlap) {
         const auto count = static_cast<int32_t>(length / size);
         Bytes ours = random.Text(2 * kMargin + length);
         Bytes model = ours;
-        Define(hash, model.data() + from, count, size, model.data() + at);
+        DefineHash(hash, model.data() + from, count, size, model.data() + at);
         ASSERT_EQ(RunHash(hash, ours.data() + from, count, size, ours.data() + at), StatusNoError);
         ASSERT_EQ(ours, model) << length << " bytes from " << from << " on, hash at " << at;
       }

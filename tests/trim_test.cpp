@@ -3,53 +3,10 @@
 // Trimming against a naive model: every number of bytes dropped at either end of short strings, all
 // kinds of lengths beyond, sets of every size class, into a copy and onto the source.
 
-#include "tests/sweep.h"
-#include "vekch/vekch.h"
+#include "tests/byte_string_models.h"
 
 namespace vekch::test {
 namespace {
-
-template <bool kStart, bool kEnd>
-Output NaiveTrim(const Input& in) {
-  Bytes text = in.text;
-  const auto drops = [&](uint8_t byte) { return in.other.find(byte) != Bytes::npos; };
-  while (kStart && !text.empty() && drops(text.front())) {
-    text.erase(0, 1);
-  }
-  while (kEnd && !text.empty() && drops(text.back())) {
-    text.pop_back();
-  }
-  return {Size(text), text};
-}
-
-const Function kOfSets[] = {
-    {"TrimCAny",
-     [](Call& c) {
-       return veksTrimCAny_8u(c.text, c.length, c.other, c.otherLength, c.to, &c.number);
-     },
-     NaiveTrim<true, true>, kAnyPlace},
-    {"TrimStartCAny",
-     [](Call& c) {
-       return veksTrimStartCAny_8u(c.text, c.length, c.other, c.otherLength, c.to, &c.number);
-     },
-     NaiveTrim<true, false>, kAnyPlace},
-    {"TrimEndCAny",
-     [](Call& c) {
-       return veksTrimEndCAny_8u(c.text, c.length, c.other, c.otherLength, c.to, &c.number);
-     },
-     NaiveTrim<false, true>, kAnyPlace},
-};
-
-const Function kOfOneByte[] = {
-    {"TrimC", [](Call& c) { return veksTrimC_8u(c.text, c.length, *c.other, c.to, &c.number); },
-     NaiveTrim<true, true>, kAnyPlace},
-    {"TrimC_I",
-     [](Call& c) {
-       c.number = c.length;
-       return veksTrimC_8u_I(c.to, &c.number, *c.other);
-     },
-     NaiveTrim<true, true>, kInPlace},
-};
 
 class TrimTest : public testing::Test {
  protected:
@@ -69,10 +26,10 @@ class TrimTest : public testing::Test {
 
   void Expect(size_t length, size_t atStart, size_t atEnd, const Bytes& set) {
     const Input in = {Text(length, std::min(atStart, length), atEnd, set), set};
-    for (const Function& function : kOfSets) {
+    for (const Function& function : kTrimsOfSet) {
       sweep_.Expect(function, in, ++place_ % 512);
     }
-    for (const Function& function : kOfOneByte) {
+    for (const Function& function : kTrimsOfByte) {
       if (set.size() == 1) {
         sweep_.Expect(function, in, place_ % 512);
       }
