@@ -18,7 +18,7 @@ using kernels::CopyVaried;
 using kernels::MovePiece;
 using kernels::MoveShort;
 
-// Bytes of a string behind a range of `number` bytes from `start` on. The difference can't wrap.
+// Bytes of a string after a range of `number` bytes from `start` on. The difference can't wrap.
 VEK_INLINE int64_t RestBehind(int32_t start, int32_t number, int32_t length) {
   return int64_t{length} - start - number;
 }

@@ -29,9 +29,9 @@ namespace {
 
 constexpr ptrdiff_t kStepUnits = 8;
 constexpr ptrdiff_t kStepRoom = 3 * kStepUnits;  // that a step may fill
-constexpr ptrdiff_t kSurplus = 3;                // that it may store behind what it makes
+constexpr ptrdiff_t kSurplus = 3;                // that it may store past what it makes
 
-// With so much left on both sides a step may store into the destination: the units behind it make
+// With so much left on both sides a step may store into the destination: the units after it make
 // at least a byte each, and a conversion leaves less than four bytes of a destination free.
 constexpr ptrdiff_t kDirectSource = kBlock + kSurplus * kUnit;
 constexpr ptrdiff_t kDirectRoom = kStepRoom + kSurplus + 3;

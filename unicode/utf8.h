@@ -11,7 +11,7 @@
 //   1111110x, 5                  31 bits
 //
 // Where the shortest form of the value is another one, where a continuation byte is missing or
-// lies behind the end of the text, and for every other first byte, the character is that first
+// lies past the end of the text, and for every other first byte, the character is that first
 // byte alone, with its own value. So no text is refused, and reading always goes on.
 
 #ifndef VEKCH_UNICODE_UTF8_H

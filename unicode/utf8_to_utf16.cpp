@@ -24,7 +24,7 @@ namespace {
 
 constexpr ptrdiff_t kStepRoom = kBlock * kUnit;  // that a step may fill
 
-// With so much of the source a step may store into the destination: behind its 16 bytes are 12
+// With so much of the source a step may store into the destination: after its 16 bytes are 12
 // more, which make at least four units, since no character takes more than three bytes for a unit.
 constexpr ptrdiff_t kDirectSource = kBlock + 12;
 
@@ -187,7 +187,7 @@ VEK_INLINE bool ConvertTwos(Cursor& at, Block bytes) {
   if ((lead ^ continuation ^ ascii) != 0xFFFF || ((lead << 1) & 0xFFFF) != continuation) {
     return false;
   }
-  // What stands behind the block is not looked at: a lead at its end waits for the next step. Its
+  // What comes after the block is not looked at: a lead at its end waits for the next step. Its
   // byte is asked in memory again, not in the bits, since the next step waits for the answer.
   const uint32_t kept = ascii | (lead & 0x7FFF);
   const UnitBytes units = UnitsOfTwos(bytes, leads);
@@ -222,7 +222,7 @@ struct FourOfThree {
   }
 };
 
-constexpr ptrdiff_t kRunReach = 26;  // eight characters, and what is loaded behind the last
+constexpr ptrdiff_t kRunReach = 26;  // eight characters, and what is loaded after the last
 
 // Eight characters a step; false if there were not that many.
 template <bool kSwapped>
@@ -244,7 +244,7 @@ VEK_INLINE bool ConvertThreeByteRun(Cursor& at) {
   return any;
 }
 
-constexpr ptrdiff_t kFourReach = 14;  // four characters, and what is loaded behind the last
+constexpr ptrdiff_t kFourReach = 14;  // four characters, and what is loaded after the last
 
 // Four characters a step, for what is too short for a run.
 template <bool kSwapped>

@@ -3,7 +3,7 @@
 // Kernels of the conversions. UTF-16 is passed as bytes, since its units need not be aligned.
 // Length and capacity count elements and are at least 1; they are replaced by the elements read and
 // written, and StatusNoError is returned, so that the call can be the last thing that a front does.
-// Nothing outside the source is read; nothing behind the last element reported keeps another value
+// Nothing outside the source is read; nothing after the last element reported keeps another value
 // than it had.
 
 #ifndef VEKCH_UNICODE_UTF_KERNELS_H
@@ -15,7 +15,7 @@
 
 namespace vekch::kernels {
 
-// May write one unit behind the capacity, where a surrogate pair meets one unit of room.
+// May write one unit past the capacity, where a surrogate pair meets one unit of room.
 vekStatus Utf8ToUtf16(const uint8_t* source, int32_t* length, uint8_t* destination,
                       int32_t* capacity);
 vekStatus Utf8ToUtf16Swapped(const uint8_t* source, int32_t* length, uint8_t* destination,

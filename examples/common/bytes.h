@@ -36,7 +36,7 @@ inline int32_t FindLastByte(const uint8_t* text, Range range, uint8_t value) {
   return index < 0 ? -1 : range.begin + index;
 }
 
-// Position behind the line that `from` lies in: behind the byte that ends it, or the end of the
+// Position after the line that `from` lies in: after the byte that ends it, or the end of the
 // text.
 inline int32_t LineEnd(const uint8_t* text, int32_t from, int32_t length, uint8_t lineEnd = '\n') {
   const int32_t place = FindByte(text, {from, length}, lineEnd);

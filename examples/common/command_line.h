@@ -48,7 +48,7 @@ struct Manual {
   const char* purpose;  // a few words
   const char* synopsis;
   const char* introduction;
-  std::vector<std::pair<const char*, const char*>> sections;  // behind the options: title, text
+  std::vector<std::pair<const char*, const char*>> sections;  // after the options: title, text
 };
 
 // Hands every option given to `apply`, row and value, until that returns false. Returns the fault

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Raw bytes are read behind those left from last time, and turned into text but for what the next
+// Raw bytes are appended to those left from last time, and turned into text but for what the next
 // bytes could still belong to: half a unit, or a high surrogate.
 
 #include "common/decoder.h"

@@ -15,7 +15,7 @@ bool IsFolder(const std::string& name);
 // Whether it is neither file nor folder and might keep a reader waiting, as pipes do.
 bool IsDevice(const std::string& name);
 
-// What is behind the last "/" of a name.
+// What is after the last "/" of a name.
 std::string BaseName(const std::string& name);
 
 enum class Links { kLeaveOut, kFollow };

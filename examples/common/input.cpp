@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// Chunks: the buffer is filled behind the unfinished line left from last time, handed out up to
-// its last newline, and what is behind that moves to the front.
+// Chunks: the buffer is filled after the unfinished line left from last time, handed out up to
+// its last newline, and what is after that moves to the front.
 
 #include "common/input.h"
 

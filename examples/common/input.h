@@ -80,7 +80,7 @@ class Input {
   // Looks at the first bytes before the first chunk is asked for: up to `count` of them.
   std::string Peek(int32_t count);
 
-  // The source again, behind what Peek has read of it, and that.
+  // What Peek has read of the source, and the rest of the source.
   Source& Rest(std::string* read);
 
   // The next chunk, valid until the next call; false at the end or after a fault.

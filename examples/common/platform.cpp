@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// The two systems, one behind the other: POSIX, then Windows on its C run-time library.
+// The two systems, one after the other: POSIX, then Windows on its C run-time library.
 
 #include "common/platform.h"
 

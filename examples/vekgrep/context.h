@@ -40,7 +40,7 @@ class Context {
   // Shows what is due in the rest of the chunk, and keeps what may be due later.
   void EndChunk(const Chunk& chunk);
 
-  // Whether lines behind the last selected one are still to be shown.
+  // Whether lines after the last selected one are still to be shown.
   bool Waits() const { return afterLeft > 0; }
 
  private:

@@ -379,7 +379,7 @@ void FileSearch::PrintSelectedPrefix(int32_t lineBegin, int32_t place) {
   }
 }
 
-// False behind the last one.
+// False after the last one.
 bool FileSearch::NextMark(Range line, Mark* mark) {
   const Outcome outcome = searcher.NextMark(mark);
   if (outcome == Outcome::kGivenUp) {
@@ -394,7 +394,7 @@ void FileSearch::TellOfLimit(int32_t lineBegin) {
                   vekStatusText(StatusRegExpMatchLimit));
 }
 
-// Of the line that starts at a place of the chunk. What comes next is mostly behind what was asked
+// Of the line that starts at a place of the chunk. What comes next is mostly after what was asked
 // for last, and seldom in front of it.
 int64_t FileSearch::LineNumber(int32_t lineBegin) {
   linesBefore += CountByte(chunk.text, {counted, std::max(counted, lineBegin)}, lineEnd);

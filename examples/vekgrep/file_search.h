@@ -56,7 +56,7 @@ class FileSearch {
     binary = isBinary;
   }
 
-  // Offset behind the last selected line where --max-count ended the search; else -1.
+  // Offset after the last selected line where --max-count ended the search; else -1.
   int64_t StoppedAt() const { return stoppedAt; }
 
  private:

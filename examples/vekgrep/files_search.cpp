@@ -44,7 +44,7 @@ Encoding MarkedEncoding(const std::string& start) {
 // Some bytes, then what a source still has.
 class Prefixed : public Source {
  public:
-  Prefixed(std::string bytes, Source& behind) : prefix(std::move(bytes)), rest(behind) {}
+  Prefixed(std::string bytes, Source& source) : prefix(std::move(bytes)), rest(source) {}
 
   int64_t Read(uint8_t* buffer, size_t size, std::string* fault) override {
     if (used == prefix.size()) {
@@ -183,7 +183,7 @@ class PartTask : public Task {
     tellSummary = end == parted->size ? &tools : nullptr;
   }
 
-  // Behind a zero byte nothing is printed any longer.
+  // After a zero byte nothing is printed any longer.
   bool Counts() override { return !parted->binary; }
 
   void Deliver(Sink& sink) override {

@@ -32,7 +32,7 @@ class LinePattern {
 
   // Searches the lines from `from`, the start of a line, on, up to one with a match or one that is
   // given up. Doesn't search again what was searched: a result is kept until `from` or Pass is
-  // behind it. The range is that of the first match in the line or, if it was given up, the line.
+  // after it. The range is that of the first match in the line or, if it was given up, the line.
   Outcome Seek(int32_t from, Range* range);
   void Pass() { kept = false; }
 
@@ -40,7 +40,7 @@ class LinePattern {
   // False if it was given up.
   bool BeginLine(Range line);
 
-  // The first of them that begins at or behind `from` and was not passed.
+  // The first of them that begins at or after `from` and was not passed.
   bool PeekMark(int32_t from, Mark* mark);
   void PassMark() { nextMatch += first.Slots(); }
 
@@ -62,7 +62,7 @@ class LinePattern {
   bool kept = false;
   Outcome outcome = Outcome::kNothing;
   Range found = {};
-  int32_t nextLine = 0;  // behind the line of `found`
+  int32_t nextLine = 0;  // after the line of `found`
 
   Replacer matches;  // of the line that is shown or, if foundAll, of the text
   bool foundAll = false;

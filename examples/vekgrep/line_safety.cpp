@@ -111,7 +111,7 @@ Holds HoldsByte(const ProgramNode& node, uint8_t byte) {
   }
 }
 
-// `node` is an OpClass, its items behind it. Items of a negated name are not looked at closely.
+// `node` is an OpClass, its items after it. Items of a negated name are not looked at closely.
 Holds ClassHoldsByte(const ProgramNode* node, uint8_t byte) {
   Holds any = Holds::kNo;
   for (const ProgramNode* item = node + 1; item <= node + node->b; ++item) {

@@ -8,8 +8,8 @@
 namespace examples::vekgrep {
 namespace {
 
-// Behind the bracket expression that starts at `at`, or 0 if there is none; tells in `matches`
-// whether it stands for the byte.
+// The position after the bracket expression that starts at `at`, or 0 if there is none; `matches`
+// is set to whether it matches the byte.
 size_t MatchBrackets(const std::string& glob, size_t at, char byte, bool* matches) {
   size_t next = at + 1;
   const bool negated = next < glob.size() && (glob[next] == '!' || glob[next] == '^');
@@ -27,7 +27,7 @@ size_t MatchBrackets(const std::string& glob, size_t at, char byte, bool* matche
   return next < glob.size() ? next + 1 : 0;
 }
 
-// Behind what stands for one byte at `at` of the glob, if that stands for `byte`; else 0.
+// The position after what matches one byte at `at` of the glob, if that matches `byte`; else 0.
 size_t MatchOne(const std::string& glob, size_t at, char byte) {
   if (at == glob.size()) {
     return 0;

@@ -245,7 +245,7 @@ std::vector<Row> MakeRows() {
        [](Options& o, Text value) { o.label = value; }},
       {{'T', "initial-tab", kNone, "", "a tab between what is in front and the line"},
        [](Options& o, Text) { o.initialTab = true; }},
-      {{'Z', "null", kNone, "", "a zero byte behind names of files"},
+      {{'Z', "null", kNone, "", "a zero byte after names of files"},
        [](Options& o, Text) { o.nullAfterName = true; }},
       {{'A', "after-context", kRequired, "N", "N lines that follow, too"},
        [](Options& o, Text value) { SetNumber(o, value, Options::kNoBound, &o.after); }},

@@ -37,7 +37,7 @@ class Task {
   // Asked when its turn has come, before anything is written: whether what it printed counts.
   virtual bool Counts() { return true; }
 
-  // Done with, behind what it printed: in the order of the tasks, one at a time.
+  // Called once what it printed is out: in the order of the tasks, one at a time.
   virtual void Deliver(Sink& sink) { static_cast<void>(sink); }
 
   // Whether it takes long enough for a further thread.

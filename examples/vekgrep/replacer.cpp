@@ -31,7 +31,7 @@ bool Replacer::ReadTemplate(const std::string& replacement, std::string* fault) 
   const vekStatus status =
       veksRegExpReplaceInit(Bytes(text), reinterpret_cast<RegExpReplaceState*>(object.data()));
   if (status != StatusNoError) {
-    *fault = "replacement '" + text + "': \"$\" needs a group's number or \"&\" behind it";
+    *fault = "replacement '" + text + "': \"$\" needs a group's number or \"&\" after it";
     return false;
   }
   // An empty line is refused as a source. What a match in it is replaced by shows in front of a

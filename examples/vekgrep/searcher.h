@@ -39,7 +39,7 @@ class Searcher {
   // Goes over to another text, which must stay as it is meanwhile.
   virtual void Begin(const uint8_t* text, int32_t length) = 0;
 
-  // The first match at or behind `from`, the start of a line; within one text `from` must not
+  // The first match at or after `from`, the start of a line; within one text `from` must not
   // decrease. With kGivenUp `match` is a place in the line, and the search goes on from there when
   // asked again.
   virtual Outcome Next(int32_t from, Range* match) = 0;
@@ -48,7 +48,7 @@ class Searcher {
   // that ends it.
   virtual void BeginLine(Range line) = 0;
 
-  // The next match of the line, behind the one before and possibly empty. kGivenUp is the last.
+  // The next match of the line, after the one before and possibly empty. kGivenUp is the last.
   virtual Outcome NextMark(Mark* mark) = 0;
 };
 

@@ -28,7 +28,7 @@ constexpr size_t kStyleCount = 8;
 // What each part looks like on a terminal.
 struct Colors {
   bool enabled = false;
-  bool erases = true;                           // to the end of the line, behind each change
+  bool erases = true;                           // to the end of the line, after each change
   std::array<std::string, kStyleCount> styles;  // as in "01;31"; empty: plain
 };
 

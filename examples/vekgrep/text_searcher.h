@@ -44,7 +44,7 @@ class TextSearcher : public Searcher {
 
   struct Text {
     std::string bytes;
-    int32_t next;  // its first occurrence behind where it was asked for last, or kNowhere
+    int32_t next;  // its first occurrence after where it was asked for last, or kNowhere
   };
 
   void ChooseWay();

@@ -34,7 +34,7 @@ constexpr NamedEncoding kEncodings[] = {{"utf8", Encoding::kUtf8},
 
 using Text = const std::string&;
 
-// The byte behind "\x", or -1.
+// The byte after "\x", or -1.
 int HexByte(const std::string& digits) {
   constexpr char kDigits[] = "0123456789abcdef";
   int value = 0;

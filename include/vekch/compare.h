@@ -34,7 +34,7 @@ VEKCH_API vekStatus veksCompare_8u(const uint8_t* first, const uint8_t* second, 
 /**
  * Three-way comparison in which the 26 ASCII capitals count as the small letters; no byte above
  * 127 is folded. Writes 0 if the folded strings are equal, otherwise the difference of the folded
- * bytes at the lowest index at which these differ. Letters therefore sort behind the bytes 91 to
+ * bytes at the lowest index at which these differ. Letters therefore sort after the bytes 91 to
  * 96: "[" against "A" gives 91 - 97.
  *
  *     veksCompareIgnoreCaseLatin_8u(name, (const uint8_t*)"content-type", 12, &order);

@@ -7,7 +7,7 @@
  *   - Lengths, positions and numbers count bytes; positions count from 0. Zero bytes are ordinary
  *     bytes.
  *   - Exactly the bytes of the result are written; its length follows from the arguments, and
- *     nothing behind it is touched. No zero byte is added.
+ *     nothing after it is touched. No zero byte is added.
  *   - The caller provides the room. A result longer than 2^31 - 1 bytes is the caller's fault.
  *   - A pointer must not be null even where its length is 0.
  *   - On an error nothing is written, except by the functions on lists (_D2L): they check the
@@ -113,7 +113,7 @@ VEKCH_API vekStatus veksRemove_8u(const uint8_t* source, int32_t sourceLength, u
 
 /**
  * Removes `number` bytes from `startIndex` on from a buffer and subtracts `number` from `*length`.
- * The bytes behind the new end stay as they were.
+ * The bytes after the new end stay as they were.
  *
  * Status, in order: StatusNullPointer if `buffer` or `length` is null; StatusLengthError if
  * `number`, `*length` or `startIndex` is negative, or startIndex + number > *length (the sum does
@@ -148,7 +148,7 @@ VEKCH_API vekStatus veksReplaceC_8u(const uint8_t* source, uint8_t* destination,
  * Delimiters side by side, and one at the very start, give empty pieces; one at the very end gives
  * no empty last piece. An empty source gives a count of 0.
  *
- * Buffers behind the last piece are not looked at: their pointers may be null and their capacities
+ * Buffers after the last piece are not looked at: their pointers may be null and their capacities
  * negative.
  *
  * Status, in order: StatusNullPointer if `source`, `destinations`, `lengths` or `count` is null;
@@ -157,7 +157,7 @@ VEKCH_API vekStatus veksReplaceC_8u(const uint8_t* source, uint8_t* destination,
  * StatusLengthError if its capacity is negative: the pieces before it and their lengths are written
  * then, while
  * `*count` keeps its value. Otherwise StatusDestinationsExhausted if bytes of the source remain
- * behind the last buffer's piece and delimiter; else StatusDestinationTruncated if a piece was cut;
+ * after the last buffer's piece and delimiter; else StatusDestinationTruncated if a piece was cut;
  * else StatusNoError. The two warnings are positive values, and all outputs are valid with them.
  *
  *     veksSplitC_8u_D2L(line, lineLength, ',', fields, fieldLengths, &fieldCount);

@@ -75,7 +75,7 @@ VEKCH_API vekStatus veksHashSJ2_16u32u(const uint16_t* string, int32_t length,
  * elements if there is none, starting from 5381. An empty string, and one that starts with a zero
  * element, give 5381.
  *
- * Nothing behind the first zero element is read, so a string that ends with one may be passed with
+ * Nothing after the first zero element is read, so a string that ends with one may be passed with
  * any length that is not below its own. `hash` may overlap the string: it is written once, after
  * all reading.
  *

@@ -209,7 +209,7 @@ VEKCH_API vekStatus veksRegExpSetMatchLimit(int32_t limit, RegExpState* state) V
 
 /**
  * Searches the `len` bytes at `src` for the first match of a compiled pattern; with its option g,
- * for one match behind the other. No terminator is read, and no byte outside of the subject.
+ * for one match after the other. No terminator is read, and no byte outside of the subject.
  *
  * On entry `*numFind` is the number of elements of `results`, on return the number written.
  *
@@ -219,7 +219,7 @@ VEKCH_API vekStatus veksRegExpSetMatchLimit(int32_t limit, RegExpState* state) V
  * the first.
  *
  * With option g a pattern without groups gives one element for each match, and a pattern with
- * groups an element for each of its groups, but none for the match as a whole. Behind a match the
+ * groups an element for each of its groups, but none for the match as a whole. After a match the
  * search goes on where it ends; at the place of an empty match it asks for one of a single byte,
  * then goes on a byte further. It ends where the subject ends or the elements are used up.
  *

@@ -45,7 +45,7 @@ enum {
  * the names that tools print and the fixed-length rule.
  *
  * Items of a class (OpChar, OpClassRange, OpCharType, OpCodePoint, OpCategory, OpRange, OpScript,
- * OpGrapheme behind an OpClass) are never executed on their own. The `c` of an OpChar, an
+ * OpGrapheme after an OpClass) are never executed on their own. The `c` of an OpChar, an
  * OpClassRange or an OpCharType among them is -1 where a negated name such as "[:^alpha:]" stands
  * for them, and 0 otherwise. The complement is that of all items of the name together: `ptr` of
  * the first of them is their number. (An OpCharType has its letter changed instead, to 'W'.)
@@ -142,7 +142,7 @@ enum { RegExpDefaultMatchLimit = 10000, RegExpDepthShare = 4 };
 /** One record of the program, 24 bytes. */
 typedef struct ProgramNode {
   uint32_t op; /* RegExpFirstOperation plus the operation's place in the list */
-  int32_t a;   /* directly behind `op`: both are read as one word where that tells an operation */
+  int32_t a;   /* directly after `op`: both are read as one word where that tells an operation */
   int32_t b;
   int32_t c;
   uint64_t ptr; /* address of a literal run or of a script's ranges; else a note of the library's */

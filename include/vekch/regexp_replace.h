@@ -58,7 +58,7 @@ VEKCH_API vekStatus veksRegExpReplaceGetSize(const uint8_t* replacement,
  * group.
  *
  * Status, in order: StatusNullPointer if `state` is null, and nothing is written;
- * StatusRegExpFormatError for a "$" with neither a digit nor "&" behind it, and for a number that
+ * StatusRegExpFormatError for a "$" with neither a digit nor "&" after it, and for a number that
  * is 0, as of "$0"; the block is then of no use. StatusNoError.
  *
  *     veksRegExpReplaceInit((const uint8_t*)"$2, $1", state);
@@ -72,16 +72,16 @@ VEKCH_API vekStatus veksRegExpReplaceInit(const uint8_t* replacement,
  * veksRegExpFind_8u does.
  *
  * On entry `*dstLen` is the capacity of `dst` in bytes, on return the bytes of the result. No zero
- * byte is added. Bytes behind the result may have been written, up to the capacity.
+ * byte is added. Bytes after the result may have been written, up to the capacity.
  *
  * On return `*srcLen` tells how much of the source the result stands for. Where that is less than
  * all, `dst` was too small, which is no error: try again with a larger one or, with option g, go on
- * at `src + *srcLen` with what is left (where "^", "\b" and what looks behind see a new start).
+ * at `src + *srcLen` with what is left (where "^", "\b" and look-behind see a new start).
  * Text is copied only where it leaves a byte of the capacity unused, so pass one byte more than the
  * result takes at least. Where it would not, the call ends
  *   - in front of the text before a match; without option g both lengths are then 0;
  *   - in front of a match whose template did not fit, or
- *   - behind the last match that was replaced, where the rest of the source did not fit.
+ *   - after the last match that was replaced, where the rest of the source did not fit.
  * Only a source without a match is copied up to the last byte of `dst`, and `*srcLen` and `*dstLen`
  * are the number of bytes copied.
  *
@@ -98,7 +98,7 @@ VEKCH_API vekStatus veksRegExpReplaceInit(const uint8_t* replacement,
  *     left of it. Up to 2 * *dstLen - 2 bytes are written, and `*dstLen` may come back larger than
  *     it was, though as 2^31 - 1 at most: keep room for twice the capacity that you pass, or pass
  *     one that is larger than the text before the match and the expanded template together.
- *   - With an empty template the rest of the source behind the match is copied WITHOUT REGARD TO
+ *   - With an empty template the rest of the source after the match is copied WITHOUT REGARD TO
  *     THE CAPACITY, though `*dstLen` tells only of the bytes before the match. Keep room for the
  *     whole source.
  *

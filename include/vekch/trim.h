@@ -7,10 +7,10 @@
  *   - What is kept reaches from the first byte that is not to be dropped to the last. It is stored
  *     at the start of the destination, and its length, 0 if nothing is kept, through a pointer.
  *   - Lengths count bytes; zero bytes are ordinary bytes.
- *   - The destination has room for as many bytes as the source has. Its bytes behind the reported
+ *   - The destination has room for as many bytes as the source has. Its bytes after the reported
  *     length are not touched.
  *   - `destination` may equal `source`: the bytes that are kept move to its start then, and those
- *     behind the new end stay as they were. Hazard: any other overlap of the two gives unspecified
+ *     after the new end stay as they were. Hazard: any other overlap of the two gives unspecified
  *     bytes in the destination. The set must not overlap the destination, and no length that is
  *     written may lie inside a string.
  *   - On an error nothing is written.

@@ -59,7 +59,7 @@ VEKCH_API vekStatus veksConvertUTF_16u8u(const uint16_t* source, int32_t* source
  *
  * Hazards:
  *   - The room is looked at once for each character. A character from 0x10000 up that meets ONE
- *     UNIT OF ROOM IS WRITTEN WHOLE, one unit behind the capacity; the conversion ends there and
+ *     UNIT OF ROOM IS WRITTEN WHOLE, one unit past the capacity; the conversion ends there and
  *     reports the capacity plus 1. Never more than that one unit is overrun, and never when the
  *     room suffices for the source: let the buffer have one unit more than the capacity passed.
  *   - With `swapped` a surrogate pair is written low surrogate first, and the bytes of its units

@@ -605,7 +605,7 @@ class Match : public MatchView {
   vekStatus status_ = StatusNoError;
 };
 
-/** All matches of a search, one behind the other. */
+/** All matches of a search, one after the other. */
 class Matches {
  public:
   class Iterator {

@@ -4,7 +4,7 @@
 //
 // Which code points a category accepts was laid down by a walk over the database: first over ten
 // ranges, then over the sorted records of single characters, with its own answer for a code point
-// that the walk doesn't find and for one behind the last record. Those answers are kept, though
+// that the walk doesn't find and for one after the last record. Those answers are kept, though
 // some look odd, by giving every code point a class that says how the walk would have met it
 // (unicode_tables.h); the rules are then asked about the class.
 
@@ -193,7 +193,7 @@ bool UnlistedAccepts(uint8_t classNumber, int32_t mask, bool negated) {
     case kClassUnlisted:
       return asUnlisted;
     case kClassBeyond:
-      // Nothing accepts what lies behind the last record, negated or not.
+      // Nothing accepts what lies after the last record, negated or not.
       return false;
     default:
       return asRange || asUnlisted;

@@ -31,9 +31,9 @@ enum CategoryMask : int32_t {
 
 // Reads a property escape. `*position` points at its "p" or "P"; `negated` is 0 for the one and -1
 // for the other. Returns 0 with one record appended at nodes[*nodeCount], the counter raised and
-// `*position` behind the escape; or -1 with `*position` at the byte that can't be accepted, where
+// `*position` after the escape; or -1 with `*position` at the byte that can't be accepted, where
 // a record may have been appended as well. The pattern ends with a zero byte and is not read
-// behind it. Names of blocks are known, and refused.
+// after it. Names of blocks are known, and refused.
 int32_t ParsePropertyEscape(const uint8_t** position, ProgramNode* nodes, int32_t* nodeCount,
                             int32_t negated);
 

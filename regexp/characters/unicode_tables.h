@@ -23,13 +23,13 @@ struct ScriptRange {
 // ---- The shape of the tables, which the generated source checks.
 
 constexpr int32_t kPageBits = 6;
-// The code points in pages: from 0 to kMainEnd, and directly behind them those of the tags.
+// The code points in pages: from 0 to kMainEnd, and directly after them those of the tags.
 constexpr int32_t kMainEnd = 0x30000;
 constexpr int32_t kTagsFirst = 0xE0000;
 constexpr int32_t kTagsEnd = 0xE0200;
 // The last character that the database lists by itself.
 constexpr int32_t kLastRecord = 0xE01EF;
-// Behind it no character has a lower-case mapping.
+// After it no character has a lower-case mapping.
 constexpr int32_t kFoldEnd = 0x10440;
 constexpr int32_t kBlockCount = 171;
 constexpr int32_t kScriptCount = 77;
@@ -42,9 +42,9 @@ enum CategoryClass : uint8_t {
   kClassRangeLo = 27,
   kClassRangeCs,
   kClassRangeCo,
-  kClassFarRangeCo,  // private use behind the last record
+  kClassFarRangeCo,  // private use after the last record
   kClassUnlisted,
-  kClassBeyond,  // behind the last record, and for no use
+  kClassBeyond,  // after the last record, and for no use
   kClassCount
 };
 
@@ -60,10 +60,10 @@ extern const uint8_t kScriptPages[];
 extern const uint8_t kFoldPageOf[];
 extern const uint8_t kFoldPages[];
 extern const int32_t kFoldDeltas[];
-// The lists of all scripts, one behind the other, and where each begins.
+// The lists of all scripts, one after the other, and where each begins.
 extern const ScriptRange kScriptRanges[];
 extern const uint16_t kScriptFirst[kScriptCount + 1];
-// Names in the order of their look-up, each with a closing brace behind it.
+// Names in the order of their look-up, each with a closing brace after it.
 extern const char kScriptNames[];
 extern const char kBlockNames[];
 // A block's first code point and its size less one, both divided by 16: 20 bits and 12 bits.
@@ -122,7 +122,7 @@ inline const ScriptRange* ScriptList(int32_t script) {
   return kScriptRanges + kScriptFirst[script];
 }
 
-// The simple lower-case mapping of a code point, or the code point itself. What lies behind the
+// The simple lower-case mapping of a code point, or the code point itself. What lies after the
 // last record and is not for private use becomes 0.
 inline int32_t FoldCase(int32_t codePoint) {
   if (InRange(codePoint, 0, 127)) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 
-// Bracket classes: a head record, and behind it a record for each item.
+// Bracket classes: a head record, and after it a record for each item.
 //
-// A "-" makes a range of the member before it and the member behind it, so a member waits until
+// A "-" makes a range of the member before it and the member after it, so a member waits until
 // what follows is known:
 //
 //   kNothing   no member waits; a "-" is itself a member
@@ -11,7 +11,7 @@
 //
 // What can't end a range settles the three: "[a-]" and "[a-[:digit:]]" have "-" as a member, and
 // "[a-\d]" is malformed. A member and a "-" that wait have been read and have no record yet, so
-// the records stay behind the bytes.
+// the records never get ahead of the bytes that were read.
 
 #include "regexp/characters/properties.h"
 #include "regexp/compile/escape_text.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// What the byte behind a backslash begins, outside bracket classes and inside. One table: what no
+// What the byte after a backslash begins, outside bracket classes and inside. One table: what no
 // row names stands for itself.
 
 #ifndef VEKCH_REGEXP_COMPILE_ESCAPE_KIND_H

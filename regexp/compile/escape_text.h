@@ -21,11 +21,11 @@ enum class CharacterKind {
 struct CharacterEscape {
   CharacterKind kind;
   int32_t value;
-  const uint8_t* next;  // behind the escape
+  const uint8_t* next;  // after the escape
 };
 
 // Reads an escape of a kind up to kOctal; any other is taken for a literal byte. `text` begins
-// behind the backslash. The zero byte that ends a pattern stands for no character.
+// after the backslash. The zero byte that ends a pattern stands for no character.
 Fault ReadCharacterEscape(const uint8_t* text, EscapeKind kind, CharacterEscape* escape);
 
 }  // namespace vekch::regexp

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int32_t kUnknownWidth = -1;
 
-// The index behind the construct that begins at `index`: a class with its items, a closed group
+// The index after the construct that begins at `index`: a class with its items, a closed group
 // with its body and its end, or one record.
 int32_t AfterConstruct(const ProgramNode* nodes, int32_t index) {
   const ProgramNode& node = nodes[index];

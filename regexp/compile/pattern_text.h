@@ -26,7 +26,7 @@ constexpr bool IsPatternSpace(uint8_t byte) {
   return byte == ' ' || byte == '\t' || byte == '\n' || byte == '\f' || byte == '\r';
 }
 
-// What "[:", "[." and "[=" have behind the bracket.
+// What "[:", "[." and "[=" have after the bracket.
 constexpr bool OpensPosixName(uint8_t byte) { return byte == ':' || byte == '.' || byte == '='; }
 
 // The bit that an option letter stands for inside the pattern, 0 for any other byte.
@@ -45,7 +45,7 @@ constexpr int32_t InlineOption(uint8_t letter) {
   }
 }
 
-// Whether "(?" with this byte behind it starts inline options.
+// Whether "(?" with this byte after it starts inline options.
 constexpr bool StartsInlineOptions(uint8_t byte) { return byte == '-' || InlineOption(byte) != 0; }
 
 // Whether the text begins with a constant that holds no zero byte.
@@ -75,19 +75,19 @@ constexpr const uint8_t* FindPair(const uint8_t* text, uint8_t first, uint8_t se
   return text;
 }
 
-// The place behind a comment that runs to the end of its line.
+// The place after a comment that runs to the end of its line.
 constexpr const uint8_t* SkipLine(const uint8_t* text) {
   text = FindInPattern(text, '\n');
   return *text == 0 ? text : text + 1;
 }
 
-// The place behind the ")" that ends "(?#", or the terminating zero byte.
+// The place after the ")" that ends "(?#", or the terminating zero byte.
 constexpr const uint8_t* SkipComment(const uint8_t* text) {
   text = FindInPattern(text, ')');
   return *text == 0 ? text : text + 1;
 }
 
-// The place behind the "\E" that ends a quotation, or the terminating zero byte.
+// The place after the "\E" that ends a quotation, or the terminating zero byte.
 constexpr const uint8_t* SkipQuotation(const uint8_t* text) {
   text = FindPair(text, '\\', 'E');
   return *text == 0 ? text : text + 2;

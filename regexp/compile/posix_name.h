@@ -31,7 +31,7 @@ struct PosixBracket {
     kLiteral     // no name at all: "[" and what follows it are two members
   };
   Kind kind;
-  const uint8_t* next;  // behind the bracket, or behind the two members
+  const uint8_t* next;  // after the bracket, or after the two members
   bool negated;
   const PosixSet* set;
 };

@@ -60,7 +60,7 @@ class ProgramBuilder {
 
   Fault Run();
 
-  // Copies the literals behind the program.
+  // Copies the literals after the program.
   void Finish();
 
   int32_t NodeCount() const { return nodeCount; }
@@ -69,7 +69,7 @@ class ProgramBuilder {
  private:
   friend class ClassBuilder;
 
-  // Each of these starts at its construct and ends behind it; a fault names its place.
+  // Each of these starts at its construct and ends after it; a fault names its place.
   Fault Construct();
   Fault Fail(vekStatus status, const uint8_t* place) const { return {status, place}; }
 
@@ -118,7 +118,7 @@ class ProgramBuilder {
   ProgramNode& Last() { return nodes[nodeCount - 1]; }
 
   // Whether a record is an item of the class that was built last, and not one of its own. In front
-  // of the last record or behind it no other class can end.
+  // of the last record or after it no other class can end.
   bool IsItem(int32_t index) const { return index + 1 == classEnd; }
 
   bool AtTopLevel() const { return innermost == 0; }
@@ -134,13 +134,13 @@ class ProgramBuilder {
   const uint8_t* run = nullptr;  // literal bytes that have no record yet
   int32_t runLength = 0;
   int32_t lastOfRun = -1;  // the last record made of a run
-  int32_t classEnd = -1;   // index behind the items of the last class
+  int32_t classEnd = -1;   // index after the items of the last class
 
   int32_t innermost = 0;  // serial of the innermost open group
   int32_t serial = 1;
   int32_t captureNumber = 1;
 
-  const uint8_t* quantifierEnd = nullptr;  // behind the last quantifier's text
+  const uint8_t* quantifierEnd = nullptr;  // after the last quantifier's text
   int32_t requiredLiteral = kNoLiteral;
 };
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Quantifiers: a record behind what they repeat.
+// Quantifiers: a record after what they repeat.
 
 #include "regexp/compile/pattern_text.h"
 #include "regexp/compile/program_builder.h"

@@ -46,7 +46,7 @@ struct GroupEntry {
 
   struct Compiling {
     int32_t options;       // in force outside the group
-    int32_t classEnd;      // index behind the items of the last class in front of the group
+    int32_t classEnd;      // index after the items of the last class in front of the group
     int32_t alternatives;  // how often "|" stands in it
     int32_t fixedLength;   // of the closed body, -1 if it is not fixed
   };
@@ -138,7 +138,7 @@ class FreeRoom {
  public:
   explicit FreeRoom(RegExpState* patternState) : state(patternState) {}
 
-  // All of it, behind the entries of groups up to a serial.
+  // All of it, after the entries of groups up to a serial.
   void Open(int32_t lastSerial) {
     FactsOf(state)->freeFrom =
         OffsetOf(reinterpret_cast<const uint8_t*>(GroupsOf(state) + lastSerial + 1));

@@ -52,7 +52,7 @@ inline const ProgramNode* GroupEndOf(const ProgramNode& opening) {
   return &opening + opening.b + 1;
 }
 
-// How many records further the one behind an atom is, where its quantifier is if it has one.
+// How many records further the one after an atom is, where its quantifier is if it has one.
 constexpr int32_t AtomSize(const ProgramNode& atom) {
   return 1 + (atom.op == OpClass ? atom.b : 0);
 }

@@ -60,7 +60,7 @@ struct AlternativeNote {
   }
 };
 
-// What the first byte behind a repetition must be, so that a try with another one is in vain.
+// What the first byte after a repetition must be, so that a try with another one is in vain.
 struct FollowNote {
   enum Kind : uint8_t { kAnything, kByte, kSet };
 
@@ -88,7 +88,7 @@ struct FollowNote {
 //   openings                         GroupNote
 //   OpAlternative                    AlternativeNote
 //   OpGroupEnd                       index of the opening record
-//   OpGreedy, OpLazy behind an atom  FollowNote
+//   OpGreedy, OpLazy after an atom  FollowNote
 //   OpCharType, OpClass              address of the set; of a class without one the options
 //   OpCategory                       the set of the category's classes of code points
 //   OpAssert, OpBackref, OpCodePoint the options in force

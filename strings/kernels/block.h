@@ -118,7 +118,7 @@ VEK_INLINE void StoreAligned(uint8_t* p, Block b) {
   _mm_store_si128(reinterpret_cast<__m128i*>(p), b.lanes);
 }
 
-// What is stored before and behind it is stored in this order.
+// What is stored before and after it is stored in this order.
 VEK_INLINE void KeepOrder() { __asm__ volatile("" ::: "memory"); }
 
 // Number of bytes by which p lies above the boundary of kBoundary bytes at or below it.

@@ -46,7 +46,7 @@ VEK_INLINE bool BetterFromEnd(const uint8_t* source, const uint8_t* destination)
 // A shorter walk is over before that costs anything.
 constexpr int32_t kLongCopy = 4096;
 
-// Whole groups of 64 bytes, the last one first; returns the position behind them.
+// Whole groups of 64 bytes, the last one first; returns the position after them.
 VEK_INLINE ptrdiff_t CopyGroupsFromEnd(const uint8_t* source, uint8_t* destination,
                                        ptrdiff_t length) {
   const ptrdiff_t end = length / kGroup * kGroup;

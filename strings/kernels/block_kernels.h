@@ -4,7 +4,7 @@
 // written.
 //
 // The copy and the fill store every byte once, but for the part of an unaligned first block that
-// the aligned block behind it stores again. Blocks that are large for the cache are stored past
+// the aligned block after it stores again. Blocks that are large for the cache are stored past
 // it, so that they don't drive out what the caller works with.
 
 #ifndef VEKCH_STRINGS_KERNELS_BLOCK_KERNELS_H

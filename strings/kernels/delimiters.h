@@ -27,7 +27,7 @@ struct Delimiters {
   int32_t group;  // where the 64 bytes begin whose delimiters are at hand
   uint64_t bits;  // those that are still to be handed out
 
-  // Position of the next one, the string's length behind the last.
+  // Position of the next one, the string's length after the last.
   VEK_INLINE int32_t Next() {
     while (bits == 0) {
       if (length - group <= kGroup) {

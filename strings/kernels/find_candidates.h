@@ -133,16 +133,16 @@ VEK_INLINE int32_t FindInSteps(const Task& task, const HasChosen<kBytes>& probe,
   int32_t found = -1;
   // Whether the search ends with this step.
   const auto endsWith = [&](ptrdiff_t start, uint64_t candidates) __attribute__((always_inline)) {
-    const ptrdiff_t behind = kForward ? start : last - start;
-    patience.left += (behind - paid) / kBlock * allowance.perBlock;
-    paid = behind;
+    const ptrdiff_t covered = kForward ? start : last - start;
+    patience.left += (covered - paid) / kBlock * allowance.perBlock;
+    paid = covered;
     const int32_t lane =
         verify(task.source + start, task.needle, task.needleLength, candidates, &patience);
     if (lane >= 0) {
       found = static_cast<int32_t>(start) + lane;
     } else if (lane == kGaveUp) {
-      if (behind > progress->passed) {
-        progress->passed = static_cast<int32_t>(behind);
+      if (covered > progress->passed) {
+        progress->passed = static_cast<int32_t>(covered);
       }
       progress->failedAt = patience.failedAt;
       found = kGaveUp;

@@ -17,7 +17,7 @@ struct PairRanges {
   uint8_t highest[kMostPairRanges];
 };
 
-// Fills the ranges behind the first `count` of them, of which there is one at least.
+// Fills the ranges after the first `count` of them, of which there is one at least.
 inline void RepeatLast(PairRanges* ranges, int32_t count) {
   for (int32_t i = count; i < kMostPairRanges; ++i) {
     ranges->lowest[i] = ranges->lowest[count - 1];
@@ -26,15 +26,15 @@ inline void RepeatLast(PairRanges* ranges, int32_t count) {
 }
 
 struct BytePair {
-  int32_t offsets[2];  // of the two bytes behind a place, none of them negative
+  int32_t offsets[2];  // of the two bytes after a place, none of them negative
   int32_t rangeCount;
   PairRanges sets[2];
 };
 
 // Looks at the places from `from` on, 64 at a time, as long as 64 remain before `end`: returns the
 // first of 64 places of which some have both bytes, and a bit for each of them in `hits`; or the
-// first of the places that remain, with `hits` 0. The bytes behind the places are read, also
-// behind `end`.
+// first of the places that remain, with `hits` 0. The bytes after the places are read, also
+// after `end`.
 const uint8_t* FindPairs(const uint8_t* from, const uint8_t* end, const BytePair& pair,
                          uint64_t* hits);
 

@@ -63,7 +63,7 @@ VEK_INLINE void StoreRest(const Supply& supply, uint8_t* destination, ptrdiff_t 
 
 using StoreBlock = void (*)(uint8_t*, Block);
 
-// Whole groups of 64 bytes from position `at` on; returns the position behind them.
+// Whole groups of 64 bytes from position `at` on; returns the position after them.
 template <StoreBlock kStore, class Supply>
 VEK_INLINE ptrdiff_t StoreGroups(const Supply& supply, uint8_t* destination, ptrdiff_t at,
                                  ptrdiff_t length) {
@@ -80,7 +80,7 @@ VEK_INLINE ptrdiff_t StoreGroups(const Supply& supply, uint8_t* destination, ptr
   return at;
 }
 
-// Whole blocks past the cache; returns the position behind them.
+// Whole blocks past the cache; returns the position after them.
 template <class Supply>
 VEK_INLINE ptrdiff_t StreamBlocks(const Supply& supply, uint8_t* destination, ptrdiff_t at,
                                   ptrdiff_t length) {

@@ -5,7 +5,7 @@
 //
 //   up to 128 bytes  the two ends, overlapping where the length is not a power of two
 //   beyond           64 bytes a step on the destination's block boundaries; what lies before the
-//                    first boundary and behind the last step is part of an overlapping first block
+//                    first boundary and after the last step is part of an overlapping first block
 //                    and of overlapping last 64 bytes
 //
 // The destination may be the source: whatever overlaps is read before anything is stored over it,
@@ -30,7 +30,7 @@ struct Same {
   VEK_INLINE Block operator()(Block b) const { return b; }
 };
 
-// Maps the 32 bytes at p and the 32 bytes that start `gap` bytes behind p.
+// Maps the 32 bytes at p and the 32 bytes that start `gap` bytes after p.
 template <class Map>
 VEK_INLINE FourBlocks MapFour(const uint8_t* p, ptrdiff_t gap, const Map& map) {
   const Block b0 = LoadAny(p);
