@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// The library's own copy, move and fill: argument checks in front of the kernels. Callers with a
+// The library's own copy, move and fill: argument checks before the kernels. Callers with a
 // piece that may be empty ignore the status that an empty piece gives.
 
 #ifndef VEKCH_STRINGS_BLOCK_ROUTINES_H

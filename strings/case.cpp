@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Case mapping: argument checks in front of the kernels. The copying and the in-place forms differ
+// Case mapping: argument checks before the kernels. The copying and the in-place forms differ
 // in nothing else.
 
 #include "vekch/case.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// The comparisons: argument checks in front of the kernels, both in one function each.
+// The comparisons: argument checks before the kernels, both in one function each.
 
 #include "vekch/compare.h"
 

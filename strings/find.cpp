@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// The search family: argument checks and the results fixed for empty inputs, in front of the
-// kernels.
+// The search family: argument checks and the results fixed for empty inputs, before the kernels.
 
 #include "vekch/find.h"
 

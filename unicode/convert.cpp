@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// The conversions: argument checks and empty texts, in front of the kernels.
+// The conversions: argument checks and empty texts, before the kernels.
 
 #include "frame/checks.h"
 #include "strings/kernels/block.h"

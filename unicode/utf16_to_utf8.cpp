@@ -82,7 +82,7 @@ VEK_INLINE bool ConvertCharacter(Cursor& at) {
   return true;
 }
 
-// The characters that begin in front of `stop`; there is room for whatever they make.
+// The characters that begin before `stop`; there is room for whatever they make.
 template <bool kSwapped>
 VEK_INLINE void ConvertFreely(Cursor& at, const uint8_t* stop) {
   while (at.from < stop) {

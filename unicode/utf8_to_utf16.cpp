@@ -103,7 +103,7 @@ VEK_INLINE void ConvertAsciiRun(Cursor& at) {
 
 // ---- Packing: the kept ones of eight units, in their order, to the front.
 //
-// Four units are packed in two rounds. A unit in front of which d of the four are dropped moves
+// Four units are packed in two rounds. A unit with d dropped ones before it moves
 // down by one place in the first round if d is odd, and by two in the second if d is 2 or 3:
 //
 //   kept    . B . D      round 1   B . D .  (B and D have d = 1 and 2)
@@ -315,7 +315,7 @@ VEK_INLINE bool ConvertThreeOrFour(Cursor& at, uint32_t first) {
   return true;
 }
 
-// The characters that begin in front of `stop`; there is a unit of room for every byte.
+// The characters that begin before `stop`; there is a unit of room for every byte.
 template <bool kSwapped>
 VEK_INLINE void ConvertFreely(Cursor& at, const uint8_t* stop) {
   while (at.from < stop) {

@@ -43,7 +43,7 @@ inline int32_t LineEnd(const uint8_t* text, int32_t from, int32_t length, uint8_
   return place < 0 ? length : place + 1;
 }
 
-// Where the line starts that `place` lies in, not in front of `from`, the start of a line.
+// Where the line starts that `place` lies in, not before `from`, the start of a line.
 inline int32_t LineStart(const uint8_t* text, int32_t from, int32_t place, uint8_t lineEnd = '\n') {
   const int32_t before = FindLastByte(text, {from, place}, lineEnd);
   return before < 0 ? from : before + 1;

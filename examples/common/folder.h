@@ -21,7 +21,7 @@ std::string BaseName(const std::string& name);
 enum class Links { kLeaveOut, kFollow };
 
 struct FolderEntry {
-  std::string name;  // with the folder's in front
+  std::string name;  // with the folder's before it
   bool isFolder;
 };
 

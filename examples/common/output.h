@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// What is printed: a buffer in front of standard output, and messages on standard error in their
+// What is printed: standard output through a buffer, and messages on standard error in their
 // order with what was printed before. Where both go is a sink: the streams, or memory until the
 // turn to write them has come.
 
@@ -25,7 +25,7 @@ class Sink {
   // `file` is the descriptor of standard output or standard error.
   virtual void Write(int file, const char* bytes, size_t size) = 0;
 
-  // Writes to standard output what is to be between groups of lines: nothing in front of the first.
+  // Writes to standard output what is to be between groups of lines: nothing before the first.
   virtual void WriteBetween(const char* bytes, size_t size) = 0;
 
   // Whether a write to standard output failed; from then on nothing is written to it.
@@ -35,7 +35,7 @@ class Sink {
 // The streams themselves; any thread may write.
 class StandardStreams : public Sink {
  public:
-  // `program` is the name in front of what is shown.
+  // `program` is the name that precedes what is shown.
   explicit StandardStreams(const char* program) : name(program) {}
 
   void Write(int file, const char* bytes, size_t size) override;
@@ -62,7 +62,7 @@ class StandardStreams : public Sink {
 
 class Output {
  public:
-  // `program` is the name in front of messages.
+  // `program` is the name that precedes messages.
   Output(const char* programName, Sink& target) : program(programName), sink(target) {}
 
   void Append(const char* bytes, size_t size);

@@ -35,7 +35,7 @@ void Context::ShowTrailing(const Chunk& chunk, int32_t end) {
   }
 }
 
-// Where the last lines in front of `end` start, as many as are wanted and there.
+// Where the last lines before `end` start, as many as are wanted and there.
 int32_t Context::LeadingStart(const Chunk& chunk, int32_t end, int64_t* left) const {
   int32_t start = end;
   for (*left = before; *left > 0 && start > shownTo; --*left) {

@@ -16,9 +16,9 @@ namespace examples::vekgrep {
 
 class Context {
  public:
-  // Shows a line of the context: its bytes with its end, how many lines it is in front of the
-  // chunk's first line (0 and below: in the chunk), and its place in the chunk, below 0 in front
-  // of it.
+  // Shows a line of the context: its bytes with its end, how many lines it is before the
+  // chunk's first line (0 and below: in the chunk), and its place in the chunk, below 0 if it is
+  // before the chunk.
   struct Line {
     const uint8_t* text;
     Range range;
@@ -31,7 +31,7 @@ class Context {
   Context(int64_t linesBefore, int64_t linesAfter, uint8_t lineEnd, Show show,
           std::function<void()> separate);
 
-  // Shows what is due in front of the selected lines at `begin` of the chunk.
+  // Shows what is due before the selected lines at `begin` of the chunk.
   void Approach(const Chunk& chunk, int32_t begin);
 
   // The selected lines were shown, up to `end`.
@@ -57,7 +57,7 @@ class Context {
 
   int64_t afterLeft = 0;
   int32_t shownTo = 0;  // place in the chunk up to which lines are shown or not to be
-  bool skipped = true;  // lines in front of what is held were left out
+  bool skipped = true;  // lines before what is held were left out
   std::string held;     // the last lines of the chunks before that were not shown
   int64_t heldCount = 0;
 };

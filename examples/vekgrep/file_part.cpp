@@ -23,7 +23,7 @@ PartSource::PartSource(int partFile, int64_t begin, int64_t partEnd, uint8_t end
   }
 }
 
-// From the byte in front of the part on: if that ends a line, the part starts with one of its own.
+// From the byte before the part on: if that ends a line, the part starts with one of its own.
 void PartSource::SkipForeignLine(int64_t begin) {
   std::vector<uint8_t> piece(kPiece);
   for (place = begin - 1; place < end;) {

@@ -22,7 +22,7 @@ class PartSource : public Source {
 
   int64_t Read(uint8_t* buffer, size_t size, std::string* fault) override;
 
-  // Whether a line that starts in front of the part ends in it.
+  // Whether a line that starts before the part ends in it.
   bool HasForeignEnd() const { return hasForeignEnd; }
 
  private:
@@ -41,8 +41,8 @@ class PartLines {
  public:
   explicit PartLines(size_t parts) : ends(parts, -1) {}
 
-  // Counts the part's lines and waits until those in front of it are counted; their sum. Each part
-  // is begun after those in front of it, and counting waits for nothing, so this ends.
+  // Counts the part's lines and waits until those before it are counted; their sum. Each part
+  // is begun after those before it, and counting waits for nothing, so this ends.
   int64_t Before(size_t part, int file, int64_t begin, int64_t end, uint8_t lineEnd);
 
  private:

@@ -14,7 +14,7 @@
 namespace examples::vekgrep {
 
 FileSearch::FileSearch(const SearchTools& tools, StyledOutput& fileOutput, std::string fileLabel,
-                       bool ofPart, int64_t linesInFront)
+                       bool ofPart, int64_t linesAhead)
     : options(tools.options),
       searcher(*tools.searcher),
       replacer(tools.replacer.get()),
@@ -31,7 +31,7 @@ FileSearch::FileSearch(const SearchTools& tools, StyledOutput& fileOutput, std::
       countsLines(options.report == Report::kCount || options.mostLines != Options::kNoBound),
       watched(tools.watched),
       isPart(ofPart),
-      linesBefore(linesInFront) {
+      linesBefore(linesAhead) {
   if (options.HasContext() && PrintsLines(options.report)) {
     context = std::make_unique<Context>(
         options.Before(), options.After(), lineEnd,
@@ -60,7 +60,7 @@ void FileSearch::Run(Input& input) {
   }
 }
 
-// Of a file that begins as text the lines in front of that with the first zero byte are text.
+// Of a file that begins as text the lines before that with the first zero byte are text.
 void FileSearch::SearchAround(const Chunk& whole, bool holdsZero) {
   chunk = whole;
   const int32_t zero = holdsZero ? FindByte(chunk.text, {0, chunk.length}, 0) : -1;
@@ -395,7 +395,7 @@ void FileSearch::TellOfLimit(int32_t lineBegin) {
 }
 
 // Of the line that starts at a place of the chunk. What comes next is mostly after what was asked
-// for last, and seldom in front of it.
+// for last, and seldom before it.
 int64_t FileSearch::LineNumber(int32_t lineBegin) {
   linesBefore += CountByte(chunk.text, {counted, std::max(counted, lineBegin)}, lineEnd);
   linesBefore -= CountByte(chunk.text, {lineBegin, std::max(counted, lineBegin)}, lineEnd);

@@ -32,7 +32,7 @@ struct SearchTools {
 class FileSearch {
  public:
   // `label` is what the file is called in the output. Of a part of a file, `linesBefore` is the
-  // number of lines in front of it, and that the file begins as text is known.
+  // number of lines before it, and that the file begins as text is known.
   FileSearch(const SearchTools& tools, StyledOutput& output, std::string label, bool isPart = false,
              int64_t linesBefore = 0);
 
@@ -109,7 +109,7 @@ class FileSearch {
   size_t numberWidth = 0;
   int64_t selected = 0;
   int64_t stoppedAt = -1;
-  int64_t linesBefore;  // lines in front of `counted`, the start of a line of the chunk
+  int64_t linesBefore;  // lines before `counted`, the start of a line of the chunk
   int32_t counted = 0;
 };
 

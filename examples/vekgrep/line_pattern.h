@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // One pattern, searched for in the lines of a text. A match stays in a line, of which the pattern
-// sees the bytes in front of the byte that ends it and no others.
+// sees the bytes before the byte that ends it and no others.
 
 #ifndef VEKGREP_LINE_PATTERN_H
 #define VEKGREP_LINE_PATTERN_H

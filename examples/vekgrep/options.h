@@ -75,7 +75,7 @@ struct Options : CommonSettings {
   bool byteOffsets = false;
   bool initialTab = false;
   bool nullAfterName = false;
-  bool fileNames = false;  // in front of what is told
+  bool fileNames = false;  // before what is reported
   enum class FileNames { kIfSeveral, kAlways, kNever } whenFileNames = FileNames::kIfSeveral;
   bool lineBuffered = false;
   int64_t before = -1;  // lines of context; -1: what `around` says

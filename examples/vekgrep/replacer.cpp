@@ -34,7 +34,7 @@ bool Replacer::ReadTemplate(const std::string& replacement, std::string* fault) 
     *fault = "replacement '" + text + "': \"$\" needs a group's number or \"&\" after it";
     return false;
   }
-  // An empty line is refused as a source. What a match in it is replaced by shows in front of a
+  // An empty line is refused as a source. What a match in it is replaced by shows before a
   // byte that does not match.
   CompiledPattern start;
   start.Compile("\\A", {"g"}, fault);

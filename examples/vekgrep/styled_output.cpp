@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Colours as terminals take them: a sequence in front of what is coloured and one after it.
+// Colours as terminals take them: a sequence before what is coloured and one after it.
 
 #include "styled_output.h"
 

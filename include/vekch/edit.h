@@ -55,7 +55,7 @@ VEKCH_API vekStatus veksConcat_8u_D2L(const uint8_t* const* strings, const int32
  * Joins the strings of a list with the byte `delimiter` between each two of them: `destination`
  * receives the sum of the lengths and count - 1 bytes more.
  *
- * Status as for veksConcat_8u_D2L. The delimiter in front of a bad element is not written.
+ * Status as for veksConcat_8u_D2L. The delimiter before a bad element is not written.
  *
  *     veksConcatC_8u_D2L(fields, fieldLengths, fieldCount, ',', line);
  */
@@ -64,14 +64,14 @@ VEKCH_API vekStatus veksConcatC_8u_D2L(const uint8_t* const* strings, const int3
                                        uint8_t* destination) VEKCH_NOEXCEPT;
 
 /**
- * Copies the source with a text inserted in front of the byte at `startIndex`; startIndex ==
+ * Copies the source with a text inserted before the byte at `startIndex`; startIndex ==
  * sourceLength appends. `destination` receives sourceLength + insertedLength bytes.
  *
  * Hazard: with an insertedLength of 0 the call succeeds without writing anything: the source is NOT
  * copied.
  *
  * Overlap: `destination` may equal `source`. The inserted text must not overlap the destination,
- * except, with destination == source, wholly in front of startIndex.
+ * except, with destination == source, wholly before startIndex.
  *
  * Status, in order: StatusNullPointer if `source`, `inserted` or `destination` is null;
  * StatusLengthError if a length or `startIndex` is negative, or startIndex > sourceLength;
@@ -84,9 +84,9 @@ VEKCH_API vekStatus veksInsert_8u(const uint8_t* source, int32_t sourceLength,
                                   uint8_t* destination, int32_t startIndex) VEKCH_NOEXCEPT;
 
 /**
- * Inserts a text into a buffer in front of the byte at `startIndex` and adds insertedLength to
+ * Inserts a text into a buffer before the byte at `startIndex` and adds insertedLength to
  * `*length`. The buffer has room for *length + insertedLength bytes. The text may lie inside the
- * buffer, wholly in front of startIndex; any other overlap inserts unspecified bytes.
+ * buffer, wholly before startIndex; any other overlap inserts unspecified bytes.
  *
  * Status, in order: StatusNullPointer if `inserted`, `buffer` or `length` is null;
  * StatusLengthError if `insertedLength`, `*length` or `startIndex` is negative, or startIndex >

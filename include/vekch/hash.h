@@ -29,7 +29,7 @@ VEKCH_BEGIN_DECLS
  * Shift-xor hash: h = (h << 1) ^ c for each element c, zeros included, starting from 0. An empty
  * string gives 0.
  *
- * Hazard: only the last 32 elements count, however long the string is, and zeros in front of them
+ * Hazard: only the last 32 elements count, however long the string is, and zeros before them
  * do not. The time does not grow with the length either.
  *
  * `hash` may overlap the string: it is written once, after all reading.
@@ -50,7 +50,7 @@ VEKCH_API vekStatus veksHash_16u32u(const uint16_t* string, int32_t length,
 
 /**
  * Multiply-31 hash: h = h * 31 + c for each element c, zeros included, starting from 0. An empty
- * string gives 0; zeros in front of a string do not count.
+ * string gives 0; zeros before a string do not count.
  *
  * Hazard: `hash` may overlap the string, but then it counts as part of it. 0 is stored before the
  * first element is read, and h after each element, before the next is read; so elements that lie
@@ -71,7 +71,7 @@ VEKCH_API vekStatus veksHashSJ2_16u32u(const uint16_t* string, int32_t length,
                                        uint32_t* hash) VEKCH_NOEXCEPT;
 
 /**
- * Multiply-33 hash: h = (h * 33) ^ c for each element c in front of the first zero element, or all
+ * Multiply-33 hash: h = (h * 33) ^ c for each element c before the first zero element, or all
  * elements if there is none, starting from 5381. An empty string, and one that starts with a zero
  * element, give 5381.
  *

@@ -119,14 +119,14 @@ enum { RegExpNewlineNever = 0, RegExpNewlineAlways, RegExpNewlineByOptionS };
 /*
  * The assertions, by whose letters OpAssert records name them: name, letter, whether option m makes
  * it ask of its line alone, and what it asks in words. The last one no pattern can spell: it stands
- * in front of one that begins with ".*" or ".+".
+ * before one that begins with ".*" or ".+".
  */
 #define VEKCH_REGEXP_ASSERTIONS(X)                                    \
   X(LineOrSubjectStart, '^', 1, "the start, with option m of a line") \
   X(LineOrSubjectEnd, '$', 1, "the end, with option m of a line")     \
   X(SubjectStart, 'A', 0, "the start")                                \
   X(SearchStart, 'G', 0, "the start")                                 \
-  X(LastLineEnd, 'Z', 0, "the end, or a last newline in front of it") \
+  X(LastLineEnd, 'Z', 0, "the end, or a last newline before it")      \
   X(SubjectEnd, 'z', 0, "the end")                                    \
   X(WordBoundary, 'b', 1, "a word begins or ends")                    \
   X(NoWordBoundary, 'B', 1, "no word begins or ends")                 \

@@ -79,8 +79,8 @@ VEKCH_API vekStatus veksRegExpReplaceInit(const uint8_t* replacement,
  * at `src + *srcLen` with what is left (where "^", "\b" and look-behind see a new start).
  * Text is copied only where it leaves a byte of the capacity unused, so pass one byte more than the
  * result takes at least. Where it would not, the call ends
- *   - in front of the text before a match; without option g both lengths are then 0;
- *   - in front of a match whose template did not fit, or
+ *   - before the text before a match; without option g both lengths are then 0;
+ *   - before a match whose template did not fit, or
  *   - after the last match that was replaced, where the rest of the source did not fit.
  * Only a source without a match is copied up to the last byte of `dst`, and `*srcLen` and `*dstLen`
  * are the number of bytes copied.

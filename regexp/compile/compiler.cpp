@@ -2,7 +2,7 @@
 
 // The compiler's stages, in the order in which they run.
 //
-//   1  the anchor in front of a leading ".*" or ".+"
+//   1  the anchor before a leading ".*" or ".+"
 //   2  the options string
 //   3  the pre-scan (prescan.cpp)
 //   4  the pass that builds the program (program_builder.h)

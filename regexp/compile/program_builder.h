@@ -25,7 +25,7 @@
 //   "[:punct:]"                  four, the most of all names, for nine bytes
 //   a run that is split          two for two bytes or more
 //
-// and the anchor in front of a leading ".*" is the one record for which the object has room beyond
+// and the anchor before a leading ".*" is the one record for which the object has room beyond
 // the pattern's bytes. The copies of literals fit as well: a run of n bytes, 2 or more, is one
 // record, so that n - 1 records of 24 bytes stay free for its n bytes.
 
@@ -117,8 +117,8 @@ class ProgramBuilder {
   }
   ProgramNode& Last() { return nodes[nodeCount - 1]; }
 
-  // Whether a record is an item of the class that was built last, and not one of its own. In front
-  // of the last record or after it no other class can end.
+  // Whether a record is an item of the class that was built last, and not one of its own. Before
+  // the last record or after it no other class can end.
   bool IsItem(int32_t index) const { return index + 1 == classEnd; }
 
   bool AtTopLevel() const { return innermost == 0; }

@@ -6,7 +6,7 @@
 // The shift-xor and the multiply-31 hash are linear in h: the hash of a string is that of its
 // front, scaled by as many steps as its rear has elements, joined with the hash of its rear. So
 // neighbours can be joined pairwise, in the lanes of a word or of a block, instead of one element
-// after the other; and since the hash of nothing is 0, zeros in front of a string change nothing.
+// after the other; and since the hash of nothing is 0, zeros before a string change nothing.
 // The multiply-33 hash is not linear: its exclusive-or stands between the multiplications.
 //
 // The ways for short strings are inline for the fronts, which lie in the kernels' section with
@@ -79,7 +79,7 @@ VEK_INLINE uint32_t HashOfFew(const uint8_t* p, int32_t count) {
 }
 
 // A string of at least 8 bytes, 8 bytes a step. The first step takes what the others leave over,
-// with zeros in front of it.
+// with zeros before it.
 template <class Mix, class Element>
 VEK_INLINE uint32_t HashOfWords(const uint8_t* p, int32_t count) {
   const int32_t bytes = count * static_cast<int32_t>(sizeof(Element));
@@ -141,7 +141,7 @@ VEK_INLINE bool MixMultiply33(const uint8_t* p, uint32_t* h) {
   return true;
 }
 
-// h = (h * 33) ^ c for each element c in front of the first zero element.
+// h = (h * 33) ^ c for each element c before the first zero element.
 //
 // A shift, an addition and an exclusive-or, each waiting for the one before: three cycles an
 // element are the least that the chain through h takes. Four elements a step leave room for all
