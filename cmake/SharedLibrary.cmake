@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 
-# How the shared library is linked: which names it exports, and that it stands alone.
+# How the shared library is linked: which names it exports, and that it needs nothing else.
 set(symbolMap ${PROJECT_BINARY_DIR}/vekchm7.map)
 set(moduleDefinition ${PROJECT_BINARY_DIR}/vekchm7.def)
 vekch_write_export_files(${PROJECT_SOURCE_DIR}/frame/exports.list ${symbolMap} ${moduleDefinition})

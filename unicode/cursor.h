@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Where a conversion stands: the rest of the source and the rest of the destination's room, in
+// How far a conversion has come: the rest of the source and the rest of the destination's room, in
 // bytes on both sides.
 
 #ifndef VEKCH_UNICODE_CURSOR_H

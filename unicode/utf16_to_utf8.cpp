@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // UTF-16 to UTF-8. Far from both ends 32 units of ASCII or 8 units of anything well-formed are
-// taken a step; near the ends, and where surrogates stand alone, one character at a time.
+// taken a step; near the ends, and where surrogates are unpaired, one character at a time.
 //
 // A step computes the bytes of every unit, then stores unit after unit, each where the bytes of the
 // one before end, so that the surplus of one store is overwritten by the next. A surrogate makes
@@ -245,7 +245,7 @@ VEK_INLINE void StoreBytes(Cursor& at, Units units, const UnitBytes& bytes, int 
   at.Advance(count * kUnit, EndOf(ends, count - 1));
 }
 
-// Units with surrogates among them; false where one of these stands alone.
+// Units with surrogates among them; false where one of these is unpaired.
 VEK_INLINE bool ConvertPairs(Cursor& at, Units units) {
   const Units kind = units & SplatUnit(0xFC00);
   const Units high = kind == SplatUnit(0xD800);

@@ -3,7 +3,7 @@
 // Two questions are asked of each record.
 //
 // Can it see beyond the line? The pattern is compiled with option m and without s, so that "^", "$"
-// and "." see each line of the text as if it stood alone. Where no record can consume the byte that
+// and "." see each line of the text as if it were alone. Where no record can consume the byte that
 // ends a line, or assert anything about what is beyond it, the tries at a place of a line are the
 // same in the text as in the line alone, and so is what comes of them: a look-around's body that
 // would need a byte of another line fails where the line alone has none. Where single characters

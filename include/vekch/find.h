@@ -95,7 +95,7 @@ VEKCH_API vekStatus veksFindRevCAny_8u(const uint8_t* source, int32_t sourceLeng
  * Hazards: a string of 2^31 bytes or more is the caller's fault. Nobody knows beforehand where the
  * strings end, so they are read in groups of up to 64 bytes aligned to 64, each of which holds a
  * byte of the string or its terminator: up to 63 bytes before a string and after its terminator are
- * read, in its own cache lines and thus never in another page. Nothing depends on what stands
+ * read, in its own cache lines and thus never in another page. Nothing depends on what is
  * there.
  *
  * An occurrence is found without a look at the whole source: what is read after its start is at

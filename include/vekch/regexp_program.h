@@ -46,7 +46,7 @@ enum {
  *
  * Items of a class (OpChar, OpClassRange, OpCharType, OpCodePoint, OpCategory, OpRange, OpScript,
  * OpGrapheme after an OpClass) are never executed on their own. The `c` of an OpChar, an
- * OpClassRange or an OpCharType among them is -1 where a negated name such as "[:^alpha:]" stands
+ * OpClassRange or an OpCharType among them is -1 where a negated name such as "[:^alpha:]" is
  * for them, and 0 otherwise. The complement is that of all items of the name together: `ptr` of
  * the first of them is their number. (An OpCharType has its letter changed instead, to 'W'.)
  *
@@ -118,7 +118,7 @@ enum { RegExpNewlineNever = 0, RegExpNewlineAlways, RegExpNewlineByOptionS };
 
 /*
  * The assertions, by whose letters OpAssert records name them: name, letter, whether option m makes
- * it ask of its line alone, and what it asks in words. The last one no pattern can spell: it stands
+ * it ask of its line alone, and what it asks in words. The last one no pattern can spell: it is
  * before one that begins with ".*" or ".+".
  */
 #define VEKCH_REGEXP_ASSERTIONS(X)                                    \

@@ -22,7 +22,7 @@ enum class Wide : uint8_t {
 struct CharacterSet {
   uint8_t member[256];  // 0xFF for a byte that is a member where it is a character by itself
   Wide wide;
-  uint8_t options;  // in force where the class stands
+  uint8_t options;  // in force where the class is
   uint8_t unused[6];
 };
 
@@ -32,7 +32,7 @@ const CharacterSet& ShorthandSet(int32_t letter, int32_t options);
 // Whether a character belongs to a class, given by its head record.
 bool InClass(int32_t codePoint, const ProgramNode& head, bool caseless);
 
-// Fills the set of a class that stands where `options` are in force.
+// Fills the set of a class that was read with `options` in force.
 void FillClassSet(const ProgramNode& head, int32_t options, CharacterSet* set);
 
 }  // namespace vekch::regexp

@@ -104,7 +104,7 @@ void ProgramBuilder::Quote(const uint8_t* text) {
 }
 
 // A shorthand that repeats the one before it becomes that one's quantifier, or adds 1 to it. If a
-// quantifier follows, it will be added to what stands here for the shorthand alone.
+// quantifier follows, it will be added to what is here for the shorthand alone.
 Fault ProgramBuilder::CharType(uint8_t letter, const uint8_t* next) {
   FlushRun();
   at = next;

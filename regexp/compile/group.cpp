@@ -88,7 +88,7 @@ Fault ProgramBuilder::InlineOptions() {
   return kNoFault;
 }
 
-// "(?(1)" has its condition read here; "(?(?=" and the like are left standing at the condition,
+// "(?(1)" has its condition read here; "(?(?=" and the like are left at the condition,
 // which is a group of its own.
 Fault ProgramBuilder::Conditional() {
   const uint8_t* condition = at + 3;

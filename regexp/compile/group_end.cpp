@@ -112,7 +112,7 @@ bool ProgramBuilder::SettleLookbehind(const GroupEntry& group) {
 // fixed; what is longer than any subject counts as the longest.
 //
 // Of groups inside the body (of the rule RegExpWidthGroup) the length is known since they closed.
-// So there is no recursion, and each record is walked once for the group that it stands in.
+// So there is no recursion, and each record is walked once for the group that it is in.
 int32_t ProgramBuilder::FixedBodyLength(int32_t opening) const {
   int64_t length = 0;
   int64_t lastWidth = 0;  // of what a quantifier would repeat

@@ -161,7 +161,7 @@ class PrescanPass {
   int32_t depth = 0;
   int32_t captureCount = 1;
   bool extended;
-  // A condition may stand one level below the deepest group.
+  // A condition may be one level below the deepest group.
   bool outside[kDeepest + 2];
 };
 

@@ -46,7 +46,7 @@ constexpr int32_t kAlternatives = -2;
 
 class ProgramBuilder {
  public:
-  // The object's flags and number of captures are set; `recordsThere` records stand already in its
+  // The object's flags and number of captures are set; `recordsThere` records are already in its
   // program.
   ProgramBuilder(const uint8_t* pattern, const uint8_t* textEnd, RegExpState* state,
                  int32_t recordsThere)

@@ -20,7 +20,7 @@ int32_t AddBounds(int32_t first, int32_t second) {
   return sum < RegExpUnbounded ? sum : RegExpUnbounded;
 }
 
-// A number, 0 where no digit stands; it stops growing at RegExpUnbounded.
+// A number, 0 where there is no digit; it stops growing at RegExpUnbounded.
 int32_t ReadNumber(const uint8_t** position) {
   int32_t number = 0;
   for (; IsDigit(**position); ++*position) {

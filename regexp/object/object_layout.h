@@ -47,7 +47,7 @@ struct GroupEntry {
   struct Compiling {
     int32_t options;       // in force outside the group
     int32_t classEnd;      // index after the items of the last class before the group
-    int32_t alternatives;  // how often "|" stands in it
+    int32_t alternatives;  // how often "|" is in it
     int32_t fixedLength;   // of the closed body, -1 if it is not fixed
   };
   struct Analysing {

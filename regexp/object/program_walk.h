@@ -23,7 +23,7 @@ struct ProgramWalk {
     return regexp::QuantifierAt(nodes + index, nodes + count);
   }
 
-  // The index after an atom, where its quantifier stands if it has one.
+  // The index after an atom, where its quantifier is if it has one.
   int32_t BehindAtom(int32_t index) const { return index + AtomSize(nodes[index]); }
 
   int32_t GroupEnd(int32_t opening) const { return opening + nodes[opening].b + 1; }
@@ -60,7 +60,7 @@ struct ProgramWalk {
     return index;
   }
 
-  // Whether what stands at an index occurs at least once there, if it is an atom.
+  // Whether what is at an index occurs at least once there, if it is an atom.
   bool IsCertain(int32_t index) const {
     if (index >= count) {
       return false;

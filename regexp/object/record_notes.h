@@ -131,7 +131,7 @@ inline const CharacterSet* SetOf(const ProgramNode& node) {
   return node.ptr < kOptionsEnd ? nullptr : PointerFrom<CharacterSet>(node.ptr);
 }
 
-// The options in force where a record stands that asks for them.
+// The options in force at a record that asks for them.
 inline int32_t OptionsOf(const ProgramNode& node) {
   VEK_EXPECT(node.op == OpAssert || node.op == OpBackref || node.op == OpCodePoint ||
              (node.op == OpClass && SetOf(node) == nullptr));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // Search for a needle by a few of its bytes. A position of the source is a candidate if the chosen
-// bytes stand at their places after it; candidates are found 64 positions a step, and each is
+// bytes are at their positions after it; candidates are found 64 positions a step, and each is
 // compared with the whole needle.
 //
 // A text can be made so that false candidates abound. The bytes spent on them are counted, and what
@@ -75,7 +75,7 @@ struct Patience {
 };
 
 // The first in scan order of the candidates, of which there are some, at which the whole needle
-// stands; -1 if there is none. Candidates are given by a bit for each position from `start` on.
+// occurs; -1 if there is none. Candidates are given by a bit for each position from `start` on.
 template <Direction kDirection>
 VEK_INLINE int32_t Verify(const uint8_t* start, const uint8_t* needle, int32_t needleLength,
                           uint64_t candidates, Patience* patience) {

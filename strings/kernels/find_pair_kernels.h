@@ -11,7 +11,7 @@ namespace vekch::kernels {
 
 constexpr int32_t kMostPairRanges = 4;
 
-// A set of bytes as ranges, of which there are 1, 2 or 4; the last may stand there repeatedly.
+// A set of bytes as ranges, of which there are 1, 2 or 4; the last may be repeated.
 struct PairRanges {
   uint8_t lowest[kMostPairRanges];
   uint8_t highest[kMostPairRanges];

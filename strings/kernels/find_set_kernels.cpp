@@ -44,7 +44,7 @@ struct Rest {
 
 // ---- Member after member
 
-// Where members stand in some blocks of bytes. The members come four at a time; where their number
+// Where members are in some blocks of bytes. The members come four at a time; where their number
 // is no multiple of four, some are compared twice.
 template <int32_t kBlocks>
 VEK_INLINE uint64_t MemberBits(const Block (&bytes)[kBlocks], const uint8_t* set,

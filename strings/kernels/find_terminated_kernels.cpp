@@ -91,7 +91,7 @@ constexpr int32_t kUnsure = -2;       // more would have to be spent
 constexpr int32_t kMostCompared = 40;  // bytes at each candidate
 
 // The first of some candidates, given by a bit for each position of the source, at which the needle
-// of at least two bytes stands, the first two of which are known to be equal.
+// of at least two bytes occurs, the first two of which are known to be equal.
 __attribute__((noinline)) VEK_KERNEL int32_t FindAmong(uint64_t candidates, const uint8_t* source,
                                                        const uint8_t* needle, int32_t* patience) {
   for (; candidates != 0; candidates &= candidates - 1) {
@@ -113,7 +113,8 @@ __attribute__((noinline)) VEK_KERNEL int32_t FindAmong(uint64_t candidates, cons
   return -1;
 }
 
-// Compares a needle whose first two bytes stand at a place: how many bytes do, up to kMostCompared.
+// Compares a needle whose first two bytes match at a position: how many bytes do, up to
+// kMostCompared.
 VEK_INLINE int32_t EqualBytes(const uint8_t* place, const uint8_t* needle) {
   int32_t i = 2;
   while (i < kMostCompared && needle[i] != 0 && place[i] == needle[i]) {

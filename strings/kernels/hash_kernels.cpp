@@ -33,7 +33,7 @@ VEK_INLINE Halves HashHalves(Block b) {
 
 // Two blocks a step: each lane sums one half of every block, as a polynomial in the power of 31 for
 // a whole block, and at the end the lanes are joined as the halves of one block. Before the first
-// step the string's front, what the steps leave over, stands as the lower half of an earlier block.
+// step the string's front, what the steps leave over, is the lower half of an earlier block.
 template <class Element>
 VEK_INLINE uint32_t HashBlocks(const uint8_t* p, int32_t count) {
   constexpr int32_t kPerBlock = kBlock / sizeof(Element);

@@ -7,7 +7,7 @@
 // front, scaled by as many steps as its rear has elements, joined with the hash of its rear. So
 // neighbours can be joined pairwise, in the lanes of a word or of a block, instead of one element
 // after the other; and since the hash of nothing is 0, zeros before a string change nothing.
-// The multiply-33 hash is not linear: its exclusive-or stands between the multiplications.
+// The multiply-33 hash is not linear: its exclusive-or comes between the multiplications.
 //
 // The ways for short strings are inline for the fronts, which lie in the kernels' section with
 // them: a short hash costs little more than the call.
