@@ -33,7 +33,7 @@ VEK_INLINE vekStatus CheckedFindByte(const uint8_t* source, int32_t length, uint
   return StatusNoError;
 }
 
-// `pattern` is a needle or a set; `canOccur` tells whether a search makes sense at these lengths.
+// `pattern` is a needle or a set; `canOccur` says whether a search makes sense at these lengths.
 template <class CanOccur, class Kernel>
 inline vekStatus CheckedFind(const uint8_t* source, int32_t length, const uint8_t* pattern,
                              int32_t patternLength, int32_t* index, CanOccur canOccur,

@@ -80,7 +80,7 @@ VEK_INLINE Utf8Character ReadUtf8(const uint8_t* p, const uint8_t* end) {
 constexpr int32_t kLongestUtf8 = 6;
 
 // Where a walk over the characters from `first` on was before it came to `at`, or over it. A lead
-// byte never lies within a sequence, so the nearest one tells.
+// byte never lies within a sequence, so the nearest one decides.
 inline const uint8_t* PreviousUtf8(const uint8_t* at, const uint8_t* first, const uint8_t* end) {
   const uint8_t* const last = at - 1;
   if (*last < 0x80) {

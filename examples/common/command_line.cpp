@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // The parser goes through the arguments once; what the options mean is the rows' affair. The texts
-// that tell of them go through the rows in their order.
+// that describe them go through the rows in their order.
 
 #include "common/command_line.h"
 

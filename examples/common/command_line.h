@@ -42,7 +42,7 @@ struct Option {
   void (*apply)(Settings& settings, const std::string& value);
 };
 
-// What a program tells of itself. The texts end with a newline.
+// What a program says of itself. The texts end with a newline.
 struct Manual {
   const char* program;
   const char* purpose;  // a few words

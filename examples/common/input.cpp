@@ -97,7 +97,7 @@ bool Input::ReadMore() {
     return false;
   }
   const int32_t end = used + static_cast<int32_t>(count);
-  const bool asked = lines == Lines::kWholeTellBinary || lines == Lines::kWholeUnlessBinary;
+  const bool asked = lines == Lines::kWholeReportBinary || lines == Lines::kWholeUnlessBinary;
   binary = binary || (asked && FindByte(buffer.get(), {used, end}, 0) >= 0);
   used = end;
   return true;

@@ -41,7 +41,7 @@ class File : public Source {
   File& operator=(const File&) = delete;
 
   // Goes over to another file; "-" is standard input. `output` is the descriptor that must not be
-  // the same file, or -1. After false, `fault` tells why.
+  // the same file, or -1. After false, `fault` says why.
   bool Open(const std::string& name, int output, std::string* fault);
   int64_t Read(uint8_t* buffer, size_t size, std::string* fault) override;
 
@@ -66,8 +66,8 @@ class Input {
  public:
   enum class Lines {
     kWhole,
-    kWholeTellBinary,    // and IsBinary is told
-    kWholeUnlessBinary,  // and IsBinary is told
+    kWholeReportBinary,  // and IsBinary is known
+    kWholeUnlessBinary,  // and IsBinary is known
     kPieces
   };
 

@@ -17,7 +17,7 @@ constexpr size_t kBufferSize = 64 << 10;
 
 }  // namespace
 
-// Status and messages that can't be written have nowhere to go; the exit status still tells.
+// Status and messages that can't be written have nowhere to go; the exit status still reports it.
 void StandardStreams::Write(int file, const char* bytes, size_t size) {
   const std::lock_guard<std::mutex> lock(mutex);
   EraseLocked();

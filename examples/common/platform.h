@@ -22,7 +22,7 @@ constexpr int kStandardError = 2;
 void PrepareStreams();
 
 // Whether a program ends silently when nobody reads its output any longer. Where the system sees
-// to that a write never fails for it, unless whoever started us wants it to be told.
+// to that a write never fails for it, unless whoever started us wants it reported.
 bool EndsOnBrokenPipe();
 
 // A descriptor, or -1 with the reason in errno.

@@ -15,7 +15,7 @@ namespace examples {
 constexpr int kTrouble = 2;  // the exit status after any error
 
 // Prepares the streams and runs the work with the program's arguments; its result is the exit
-// status. Memory that runs out is told of on standard error.
+// status. Memory that runs out is reported on standard error.
 int RunWork(const char* program, const std::vector<std::string>& arguments,
             int (*work)(const std::vector<std::string>& arguments));
 

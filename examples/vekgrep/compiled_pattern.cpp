@@ -22,7 +22,7 @@ std::string Bounded(const std::string& pattern, const PatternSettings& settings)
 
 }  // namespace
 
-// A pattern at fault is told of as it was written.
+// A pattern at fault is reported as it was written.
 bool CompiledPattern::Compile(const std::string& pattern, const PatternSettings& settings,
                               std::string* fault) {
   return CompileText(pattern, settings, fault) &&

@@ -57,7 +57,7 @@ bool IsCharacter(std::string_view label) {
          label == "code point";
 }
 
-// "" where there is nothing to tell.
+// "" where there is nothing to report.
 std::string Operand(std::string_view label, int32_t value) {
   const bool onlyIfSet = label == "options" || label == "negated" || label == "flag";
   if (label.empty() || (onlyIfSet && value == 0)) {

@@ -13,7 +13,7 @@
 namespace examples::vekgrep {
 
 // One record a line: its index, its operation and its operands by name, indented by groups and
-// classes; options, negations and flags only where they are set. The last line tells what a search
+// classes; options, negations and flags only where they are set. The last line says what a search
 // knows of the whole.
 //
 //      0  OpString length=3 "abc"

@@ -69,7 +69,7 @@ int64_t PartLines::Before(size_t part, int file, int64_t begin, int64_t end, uin
     const int64_t count =
         ReadSomeAt(file, begin, piece.data(), static_cast<size_t>(std::min(kPiece, end - begin)));
     if (count <= 0) {
-      break;  // searching meets it as well, and tells
+      break;  // searching meets it as well, and reports it
     }
     lines += CountByte(piece.data(), {0, static_cast<int32_t>(count)}, lineEnd);
     begin += count;

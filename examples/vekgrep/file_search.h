@@ -42,7 +42,7 @@ class FileSearch {
   // Reads the input to its end, or to where the result is certain.
   void Run(Input& input);
 
-  // Tells what is to be told of a file as a whole.
+  // Reports what is to be reported of a file as a whole.
   void PrintSummary(bool readToItsEnd);
 
   // What came of it.

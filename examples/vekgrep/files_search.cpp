@@ -29,7 +29,7 @@ int64_t FileSize(const std::string& name) {
   return unknown ? 0 : static_cast<int64_t>(size);
 }
 
-// The encoding that the first bytes tell; UTF-8 where they tell none. What looks like the mark of
+// The encoding that the first bytes mark; UTF-8 where they mark none. What looks like the mark of
 // UTF-32 is none of UTF-16.
 Encoding MarkedEncoding(const std::string& start) {
   using namespace std::string_literals;
@@ -215,7 +215,7 @@ class PartTask : public Task {
   const SearchTools* tellSummary = nullptr;  // of the last part
 };
 
-// A folder or file that can't be read, told of in its place.
+// A folder or file that can't be read, reported in its turn.
 class ComplaintTask : public Task {
  public:
   ComplaintTask(std::string what, std::string reason)

@@ -2,7 +2,7 @@
 
 // The filter names lines that may match, and where it isn't exact each of them is searched alone.
 // All matches of a line are taken from a replacement of all of them by nothing: the search with
-// option g tells of groups alone where there are any. Where the filter is exact and all matches are
+// option g reports groups alone where there are any. Where the filter is exact and all matches are
 // wanted, those of a text are found in one call.
 
 #include "line_pattern.h"

@@ -9,7 +9,7 @@
 //   name_rules        which of them by their names
 //   file_part         a large one in parts
 //   ordered_tasks     several at once
-//   file_search       which lines of a file are selected, and what is told of them
+//   file_search       which lines of a file are selected, and what is reported of them
 //   context           the lines around them
 //   searcher          what it asks where a chunk of lines matches; of this, for fixed text,
 //   text_searcher     occurrences, and for patterns
@@ -22,7 +22,7 @@
 //   explain           what a pattern compiles to
 //   pattern_fault     what is wrong with one that doesn't
 //   styled_output     colours
-//   progress          a line that tells how far a long run is
+//   progress          a line that shows how far a long run is
 //
 // What any such program needs is in the folder common: reading chunks of whole lines in bounded
 // memory, output, command lines, and what differs between the systems.
@@ -142,7 +142,7 @@ InputNeeds NeedsOf(const Options& options, const Wanted& wanted) {
       (PrintsLines(options.report) || options.binaryFiles == BinaryFiles::kLeaveOut);
   if (!wanted.fixedText || options.settings.bounds != Bounds::kNone ||
       options.mostLines != Options::kNoBound) {
-    return {asksForBinary ? Input::Lines::kWholeTellBinary : Input::Lines::kWhole, 0};
+    return {asksForBinary ? Input::Lines::kWholeReportBinary : Input::Lines::kWhole, 0};
   }
   size_t longest = 1;
   for (const std::string& text : wanted.patterns) {

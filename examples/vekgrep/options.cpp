@@ -189,7 +189,7 @@ std::vector<Row> MakeRows() {
       {{0, "limit", kRequired, "N",
         "give up a line whose tries nest too deep\n"
         "About a fourth of N is how deep; usually N is 10000, and at most 100000. A line\n"
-        "that is given up counts as one without a match; its file and number are told on\n"
+        "that is given up counts as one without a match; its file and number are reported on\n"
         "standard error. It bounds time as well, generously: about ten\n"
         "seconds for a search at 10000."},
        [](Options& o, Text value) {
@@ -316,7 +316,7 @@ std::vector<Row> MakeRows() {
        }},
       {{0, "binary-files", kRequired, "binary|text|without-match",
         "what to do with files that hold a zero byte\n"
-        "binary, the default, tells only that one matches; text treats them like others;\n"
+        "binary, the default, reports only that one matches; text treats them like others;\n"
         "without-match, as if nothing in them matched."},
        SetBinaryFiles},
       {{'a', "text", kNone, "", "the same as --binary-files=text"},
@@ -375,7 +375,7 @@ const Manual kManual = {
       "search of that file ends there with a message. Fixed text is found in lines of any\n"
       "length with -c, -l, -L and -q, and in binary files.\n"
       "\n"
-      "Of a run that takes longer than a second, a line on the terminal tells how far it\n"
+      "Of a run that takes longer than a second, a line on the terminal shows how far it\n"
       "has come.\n"},
      {"Exit status",
       "0 if a line was selected, 1 if none was, 2 if there was an error, also if lines were\n"

@@ -16,7 +16,7 @@
 
 namespace examples::vekgrep {
 
-// What is told about the lines selected in a file.
+// What is reported about the lines selected in a file.
 enum class Report {
   kLines,
   kMatches,
@@ -35,7 +35,7 @@ constexpr bool PrintsMatches(Report report) {
   return report == Report::kMatches || report == Report::kGroups;
 }
 
-// Whether the first selected line tells everything.
+// Whether the first selected line decides everything.
 constexpr bool EndsAtFirst(Report report) { return report >= Report::kFileName; }
 
 enum class ColorMode { kAuto, kAlways, kNever };
@@ -68,7 +68,7 @@ struct Options : CommonSettings {
   int64_t mostLines = kNoBound;
   uint8_t lineEnd = '\n';
 
-  // What is told of them.
+  // What is reported of them.
   Report report = Report::kLines;
   bool counts = false;
   bool lineNumbers = false;

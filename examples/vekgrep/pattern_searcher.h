@@ -17,7 +17,7 @@ namespace examples::vekgrep {
 
 class PatternSearcher : public Searcher {
  public:
-  // After false, `fault` tells what is wrong with the pattern.
+  // After false, `fault` says what is wrong with the pattern.
   bool Add(const std::string& pattern, const PatternSettings& settings, bool marks,
            std::string* fault);
 

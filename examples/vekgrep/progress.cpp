@@ -8,7 +8,7 @@ constexpr auto kPatience = std::chrono::seconds(1);
 constexpr auto kInterval = std::chrono::milliseconds(200);
 constexpr size_t kLongestLabel = 48;  // keeps the line within the width of a terminal
 
-// The end of it, which tells more than its beginning.
+// The end of it, which says more than its beginning.
 std::string Shortened(const std::string& label) {
   if (label.size() <= kLongestLabel) {
     return label;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// A line on the terminal of standard error that tells how far a long run has come.
+// A line on the terminal of standard error that shows how far a long run has come.
 
 #ifndef VEKGREP_PROGRESS_H
 #define VEKGREP_PROGRESS_H
@@ -20,7 +20,7 @@ class Progress {
   // Nothing is ever shown where nobody watches.
   Progress(StandardStreams& streams, bool watched);
 
-  // Bytes that were searched, and the file that they are of; any thread may tell.
+  // Bytes that were searched, and the file that they are of; any thread may report.
   void Advance(int32_t bytes, const std::string& label);
 
  private:

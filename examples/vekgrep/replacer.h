@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Replaces the matches of a pattern in a text by a template, and tells what they were. Without a
+// Replaces the matches of a pattern in a text by a template, and reports what they were. Without a
 // template the matches are left out.
 
 #ifndef VEKGREP_REPLACER_H
@@ -21,7 +21,7 @@ class Replacer {
   Replacer(const Replacer&) = delete;
   Replacer& operator=(const Replacer&) = delete;
 
-  // After false, `fault` tells what is wrong with the template.
+  // After false, `fault` says what is wrong with the template.
   bool ReadTemplate(const std::string& replacement, std::string* fault);
 
   // `all` is the pattern with option g, `first` without it. False if the match limit ran out; there

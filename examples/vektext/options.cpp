@@ -157,7 +157,7 @@ std::vector<Row> MakeRows() {
   std::vector<Row> rows = {
       {{0, "from", kRequired, "utf8|utf16le|utf16be|latin1",
         "the encoding that is read; utf8 is the default\n"
-        "A byte order mark at the start of a file tells its encoding, whatever is given\n"
+        "A byte order mark at the start of a file determines its encoding, whatever is given\n"
         "here, and is dropped; but in latin1 it is text."},
        [](Options& o, Text value) { SetEncoding(o, value, &o.from); }},
       {{0, "to", kRequired, "utf8|utf16le|utf16be|latin1",
@@ -234,7 +234,7 @@ const Manual kManual = {
       "\n"
       "No text is refused. A byte that is no UTF-8 becomes the character of its value on the\n"
       "way to UTF-16, and a surrogate without its partner three bytes on the way back. Half\n"
-      "a UTF-16 unit at the end of the input is an error, told after all before it was\n"
+      "a UTF-16 unit at the end of the input is an error, reported after all before it was\n"
       "written.\n"
       "\n"
       "Input of any size is handled in little memory. Only --trim, -f and --hash hold lines\n"

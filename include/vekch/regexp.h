@@ -3,7 +3,7 @@
  * @file
  * Regular expressions: a pattern is compiled once into an object that the caller owns.
  *
- *   1. veksRegExpGetSize tells how large the object of a pattern is; the caller allocates it.
+ *   1. veksRegExpGetSize reports how large the object of a pattern is; the caller allocates it.
  *   2. veksRegExpInit compiles the pattern into it.
  *   3. veksRegExpSetMatchLimit and veksRegExpSetFormat adjust it, if need be.
  *   4. veksRegExpFind_8u searches with it, as often as wanted.
@@ -99,7 +99,7 @@
 
 VEKCH_BEGIN_DECLS
 
-/** A compiled pattern. What it holds is told in vekch/regexp_program.h, for tools. */
+/** A compiled pattern. What it holds is described in vekch/regexp_program.h, for tools. */
 typedef struct RegExpState RegExpState;
 
 /** One piece of a subject that a search reports: the whole match, or what a group captured. */

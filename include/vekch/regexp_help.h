@@ -281,7 +281,7 @@ static inline int32_t vekRegExpDropInner_(const uint8_t* src, int32_t len, int u
  * times the empty text, as in engines that step on after an empty match.)
  *
  * On entry `*numFind` is the number of elements of `results`, on return the number filled, always
- * whole matches. StatusRegExpResultsTruncated tells that not all of them may have had room: call
+ * whole matches. StatusRegExpResultsTruncated reports that not all of them may have had room: call
  * again with more. It comes also where the elements were just enough, so have room for one match
  * more than you expect.
  *

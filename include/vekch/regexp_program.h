@@ -105,7 +105,7 @@ enum { RegExpNewlineNever = 0, RegExpNewlineAlways, RegExpNewlineByOptionS };
  * The shorthands, by whose letters OpCharType records name them: name, letter, bytes as pairs of a
  * first and a last one, whether all others are meant instead, when a newline is one of them, and
  * the set in words. A shorthand is nothing but its line here: the escape, what the compiler makes
- * of it, the sets that searches test and what tools tell of it are made of the line.
+ * of it, the sets that searches test and what tools report of it are made of the line.
  */
 #define VEKCH_REGEXP_SHORTHANDS(X)                                                             \
   X(Any, '.', "\n\n", 1, RegExpNewlineByOptionS, "any character, with option s a newline too") \
@@ -142,7 +142,7 @@ enum { RegExpDefaultMatchLimit = 10000, RegExpDepthShare = 4 };
 /** One record of the program, 24 bytes. */
 typedef struct ProgramNode {
   uint32_t op; /* RegExpFirstOperation plus the operation's place in the list */
-  int32_t a;   /* directly after `op`: both are read as one word where that tells an operation */
+  int32_t a; /* directly after `op`: both are read as one word where that determines an operation */
   int32_t b;
   int32_t c;
   uint64_t ptr; /* address of a literal run or of a script's ranges; else a note of the library's */

@@ -3,7 +3,7 @@
  * @file
  * Replacing what a compiled pattern matches by an expanded template.
  *
- *   1. veksRegExpReplaceGetSize tells how large the object of a template is; the caller allocates
+ *   1. veksRegExpReplaceGetSize reports how large the object of a template is; the caller allocates
  *      it.
  *   2. veksRegExpReplaceInit reads the template into it.
  *   3. veksRegExpReplace_8u replaces with it, as often as wanted and with any pattern.
@@ -34,7 +34,7 @@
 
 VEKCH_BEGIN_DECLS
 
-/** A template that was read. What it holds is told in vekch/regexp_program.h, for tools. */
+/** A template that was read. What it holds is described in vekch/regexp_program.h, for tools. */
 typedef struct RegExpReplaceState RegExpReplaceState;
 
 /**
@@ -74,7 +74,7 @@ VEKCH_API vekStatus veksRegExpReplaceInit(const uint8_t* replacement,
  * On entry `*dstLen` is the capacity of `dst` in bytes, on return the bytes of the result. No zero
  * byte is added. Bytes after the result may have been written, up to the capacity.
  *
- * On return `*srcLen` tells how much of the source the result stands for. Where that is less than
+ * On return `*srcLen` reports how much of the source the result stands for. Where that is less than
  * all, `dst` was too small, which is no error: try again with a larger one or, with option g, go on
  * at `src + *srcLen` with what is left (where "^", "\b" and look-behind see a new start).
  * Text is copied only where it leaves a byte of the capacity unused, so pass one byte more than the
@@ -90,7 +90,7 @@ VEKCH_API vekStatus veksRegExpReplaceInit(const uint8_t* replacement,
  * groups and one more, and a group whose element had no room counts as one that does not exist.
  * With option g every match fills that many, the whole match and then each group: `results` has to
  * have room for all matches. When it has not, the matches without room stay as they are, and the
- * groups of the last match that have none expand to nothing; no status tells of it. (Without groups
+ * groups of the last match that have none expand to nothing; no status reports it. (Without groups
  * a match fills one element in both modes.)
  *
  * Hazards, all of them without option g:
@@ -99,7 +99,7 @@ VEKCH_API vekStatus veksRegExpReplaceInit(const uint8_t* replacement,
  *     it was, though as 2^31 - 1 at most: keep room for twice the capacity that you pass, or pass
  *     one that is larger than the text before the match and the expanded template together.
  *   - With an empty template the rest of the source after the match is copied WITHOUT REGARD TO
- *     THE CAPACITY, though `*dstLen` tells only of the bytes before the match. Keep room for the
+ *     THE CAPACITY, though `*dstLen` reports only the bytes before the match. Keep room for the
  *     whole source.
  *
  * A match that is reported longer than it is (see veksRegExpFind_8u) counts up to the end of the
@@ -112,7 +112,7 @@ VEKCH_API vekStatus veksRegExpReplaceInit(const uint8_t* replacement,
  * source is copied as for no match, both lengths are set, and the status is the search's:
  * StatusSizeError if `*numFind` is below 1; StatusRegExpError if `state` is no compiled object;
  * StatusRegExpMatchLimit if the match limit ran out. The first two leave `*numFind` as it was,
- * and with the third it means nothing. Otherwise, as told above,
+ * and with the third it means nothing. Otherwise, as said above,
  * StatusRegExpResultsTruncated, a warning, if not all elements of a match had room, with option g
  * only where it was the first; StatusNoError for a replacement, and for no match, with `*numFind`
  * 0.

@@ -4,8 +4,8 @@
  * Conversion between UTF-8 and UTF-16, in native or in swapped unit order.
  *
  * The rules that both functions share:
- *   - No text is refused: whatever is malformed passes through as told below, and the only error
- *     is a null pointer.
+ *   - No text is refused: whatever is malformed passes through as described below, and the only
+ * error is a null pointer.
  *   - Both lengths are read and written. On entry `*sourceLength` is the number of source elements
  *     and `*destinationLength` the capacity of the destination; on return they are the numbers of
  *     elements consumed and written. An element is a byte of UTF-8 or a 16-bit unit of UTF-16.

@@ -379,7 +379,7 @@ std::string join(const Texts& texts, std::string_view delimiter = {}) {
   return result;
 }
 
-// ---- Hashes; the C functions of the same names tell which.
+// ---- Hashes; the C functions of the same names say which.
 
 inline std::uint32_t hash(std::string_view text) {  // only the last 32 bytes count
   text.remove_prefix(text.size() - std::min<std::size_t>(text.size(), 32));
@@ -404,7 +404,7 @@ inline std::uint32_t hash_mscs(std::string_view text) {
   return value;
 }
 
-// ---- UTF. Malformed text passes through as vekch/utf.h tells.
+// ---- UTF. Malformed text passes through as vekch/utf.h says.
 
 inline std::u16string to_utf16(std::string_view text) {
   constexpr std::size_t kPiece = std::min(detail::kCachedPiece, detail::kLargestPiece);
@@ -426,7 +426,7 @@ inline std::u16string to_utf16(std::string_view text) {
   return result;
 }
 
-/** `swapped` tells that the two bytes of each unit are swapped (big-endian text). */
+/** `swapped` says that the two bytes of each unit are swapped (big-endian text). */
 inline std::string to_utf8(std::u16string_view text, bool swapped = false) {
   constexpr std::size_t kPiece = std::min(detail::kCachedPiece / 4, detail::kLargestPiece / 3);
   std::string result;
@@ -665,7 +665,7 @@ class Matches {
 
 /**
  * What matches are replaced by. "$&" is the match, "$1" to "$9" are groups; "$10" is group 11, and
- * a backslash vanishes, as vekch/regexp_replace.h tells. Template::literal takes a text as it is.
+ * a backslash vanishes, as vekch/regexp_replace.h says. Template::literal takes a text as it is.
  */
 class Template {
  public:
@@ -971,7 +971,7 @@ class Pattern {
     // The library looks for two matches at each place at most, and asks for one more at the end.
     const std::size_t most = std::min<std::size_t>((2 * text.size() + 2) * slots_, 0x7FFFFFFF);
     // A first guess costs memory that is never touched; where that would be much, a search that
-    // ends after some matches tells how many there will be.
+    // ends after some matches shows how many there will be.
     const std::size_t guess = slots_ * (text.size() / 4 + 15);
     Reserve(std::min(most, guess < kLargestGuess ? guess : 4096 * slots_));
     for (;;) {

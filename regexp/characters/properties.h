@@ -16,7 +16,7 @@
 namespace vekch::regexp {
 
 // A general category: one bit for the major class, and for a two-letter category one minor bit
-// that tells it from the others of its class.
+// that distinguishes it from the others of its class.
 enum CategoryMask : int32_t {
   kCategoryL = 0x80,
   kCategoryM = 0x100,
@@ -59,7 +59,7 @@ inline bool InCategorySet(int32_t codePoint, uint64_t set) {
 }
 
 // Whether a code point lies in a script's list, given as an OpScript record holds it in `ptr`: no
-// list is walked, its address tells the script.
+// list is walked, its address identifies the script.
 inline bool InScript(int32_t codePoint, uint64_t list) {
   return list == reinterpret_cast<uintptr_t>(ScriptList(ScriptOf(codePoint)));
 }

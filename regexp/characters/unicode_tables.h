@@ -36,7 +36,7 @@ constexpr int32_t kScriptCount = 77;
 constexpr int32_t kScriptCommon = 0;
 constexpr int32_t kScriptLatin = 1;
 
-// A class tells a code point's category and how the database knows it. Below these the classes of
+// A class gives a code point's category and how the database knows it. Below these the classes of
 // listed characters, one for each category.
 enum CategoryClass : uint8_t {
   kClassRangeLo = 27,

@@ -215,7 +215,7 @@ class ClassBuilder {
       AppendItem(set.items[i].op, set.items[i].a, set.items[i].b, bracket.negated ? -1 : 0);
     }
     if (bracket.negated) {
-      // Where the name's items end can't be told otherwise: the next name may be negated as well.
+      // Where the name's items end is known in no other way: the next name may be negated as well.
       builder.nodes[builder.nodeCount - set.count].ptr = static_cast<uint64_t>(set.count);
     }
   }

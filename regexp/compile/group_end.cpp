@@ -95,7 +95,7 @@ bool ProgramBuilder::IsConditional(const GroupEntry& group) const {
          group.compiling.alternatives <= 1;
 }
 
-// The body must be of one length, told record by record wherever it lies in the body.
+// The body must be of one length, checked record by record wherever it lies in the body.
 bool ProgramBuilder::SettleLookbehind(const GroupEntry& group) {
   for (int32_t i = group.opening + 1; i < nodeCount; ++i) {
     const ProgramNode& node = nodes[i];

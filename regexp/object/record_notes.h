@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // What is noted of a program for those who match it, once it is compiled: in the records' `ptr`,
-// which the program itself needs for strings, scripts and items of classes alone. Notes tell
+// which the program itself needs for strings, scripts and items of classes alone. Notes say
 // nothing that the records don't; they save looking for it. Each is read through a getter of its
 // own, which expects a record that has it.
 

@@ -32,10 +32,10 @@ struct CopiedBytes {
 
 VEK_INLINE void Touch(const uint8_t* p) { *static_cast<const volatile uint8_t*>(p); }
 
-// A processor tells a load from the stores before it by the low 12 bits of their addresses at
-// first. Where a destination lies just above its source in these bits, as large buffers that begin
-// on a page do, every load of a walk from the start waits for a store that has nothing to do with
-// it; those of a walk from the end meet none, and take up to a tenth less.
+// A processor distinguishes a load from the stores before it by the low 12 bits of their addresses
+// at first. Where a destination lies just above its source in these bits, as large buffers that
+// begin on a page do, every load of a walk from the start waits for a store that has nothing to do
+// with it; those of a walk from the end meet none, and take up to a tenth less.
 VEK_INLINE bool BetterFromEnd(const uint8_t* source, const uint8_t* destination) {
   constexpr uintptr_t kPage = 4096;
   constexpr uintptr_t kNear = 320;

@@ -5,11 +5,10 @@
 //
 //   needle      |.......................|         of m bytes: s = m - 7 grams
 //   positions   at, at + 1, ..., at + s - 1
-//   the gram    |....... ********|                at at + s - 1 lies in every occurrence that
-//   starts
-//                                                 at one of these s positions
+//   the gram    |....... ********|                at at + s - 1 lies in every occurrence
+//                                                 that starts at one of these s positions
 //
-// A table tells by a gram's hash where in the needle it last occurs. A gram that does not occur at
+// A table holds by a gram's hash where in the needle it last occurs. A gram that does not occur at
 // all, the usual case, rules out all s positions; one that does, those before the position at which
 // it would lie under its last occurrence. Four steps are tried at once.
 //

@@ -35,7 +35,7 @@ constexpr int32_t kFewForMembers = 4;
 constexpr int32_t kFewForLargeSet = 2;
 
 // Drops the bytes for which `drops` holds: up to kMost from each end here, and what remains by
-// `dropRest`, which is told the ends that are still open. At least one byte is left then.
+// `dropRest`, which is given the ends that are still open. At least one byte is left then.
 template <int32_t kMost, class Drops, class DropRest>
 VEK_INLINE Kept Trim(const uint8_t* source, int32_t length, Ends ends, Drops drops,
                      DropRest dropRest) {

@@ -289,7 +289,7 @@ def utf8_to_utf16(data: bytes) -> bytes:
 
 
 def utf16_to_utf8(data: bytes, swapped: bool = False) -> bytes:
-    """`swapped` tells that the units are big-endian."""
+    """`swapped` says that the units are big-endian."""
     if len(data) % 2 != 0:
         raise ValueError("half a unit at the end")
     if len(data) >= _MOST // 2:
