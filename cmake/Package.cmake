@@ -21,7 +21,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/vekchConfigVersion.cmake
 install(FILES cmake/vekchConfig.cmake ${PROJECT_BINARY_DIR}/vekchConfigVersion.cmake
         DESTINATION ${configFolder})
 
-# The folders of vekch.pc follow its place, so that an installation can be moved; a folder that was
+# The folders of vekch.pc follow its position, so that an installation can be moved; a folder that was
 # given with its whole path stays where it is, and so does all else if the library's was.
 set(pkgConfigPrefix ${CMAKE_INSTALL_PREFIX})
 if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})

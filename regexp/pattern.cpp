@@ -29,7 +29,7 @@ vekStatus veksRegExpInit(const uint8_t* pattern, const uint8_t* options, RegExpS
   vekch::kernels::ClearWords(state, vekch::regexp::ObjectSize(length) / 8);
   const vekch::regexp::Fault fault = vekch::regexp::Compile(pattern, length, options, state);
   if (vekch::regexp::Failed(fault)) {
-    *errorOffset = static_cast<int32_t>(fault.place - pattern);
+    *errorOffset = static_cast<int32_t>(fault.position - pattern);
     return fault.status;
   }
   vekch::regexp::Analyse(state);

@@ -44,7 +44,7 @@ VEK_INLINE bool Overlaps(const uint8_t* hash, const uint8_t* string, int64_t byt
 }
 
 // A hash that overlaps the string is stored after every element, so that later elements are read
-// with it in their place; otherwise when it is stored can't be observed.
+// with it written over them; otherwise when it is stored can't be observed.
 template <class Element>
 struct Multiply31Kernel {
   VEK_INLINE vekStatus operator()(const uint8_t* string, int32_t length, uint8_t* hash) const {

@@ -224,7 +224,7 @@ VEK_INLINE Units LowSurrogateBytes(Units units) {
          ((units << 8) & SplatUnit(0x3F00)) | SplatUnit(0x8080);
 }
 
-// Four units' bytes, each in four lanes, to the places that follow from the ends.
+// Four units' bytes, each in four lanes, to the positions that follow from the ends.
 VEK_INLINE void StoreFourUnits(uint8_t* to, Units bytes, uint64_t ends) {
   const uint64_t low = LowHalf(bytes);
   const uint64_t high = HighHalf(bytes);

@@ -104,36 +104,36 @@ VEK_INLINE void ConvertAsciiRun(Cursor& at) {
 // ---- Packing: the kept ones of eight units, in their order, to the front.
 //
 // Four units are packed in two rounds. A unit with d dropped ones before it moves
-// down by one place in the first round if d is odd, and by two in the second if d is 2 or 3:
+// down by one position in the first round if d is odd, and by two in the second if d is 2 or 3:
 //
 //   kept    . B . D      round 1   B . D .  (B and D have d = 1 and 2)
 //                        round 2   B D . .
 
 struct PackRow {
-  uint64_t byOne;  // places to which the unit one place above moves
+  uint64_t byOne;  // positions to which the unit one position above moves
   uint64_t byTwo;
   uint64_t bytes;  // that the kept units fill
   uint64_t unused;
 };
 
 struct PackTable {
-  alignas(32) PackRow rows[16];  // for each set of kept places
+  alignas(32) PackRow rows[16];  // for each set of kept positions
 };
 
 constexpr PackRow MakePackRow(int kept) {
   PackRow row = {};
   int dropped = 0;
-  for (int place = 0; place < 4; ++place) {
-    if ((kept >> place & 1) == 0) {
+  for (int position = 0; position < 4; ++position) {
+    if ((kept >> position & 1) == 0) {
       ++dropped;
       continue;
     }
     row.bytes += kUnit;
     if ((dropped & 1) != 0) {
-      row.byOne |= uint64_t{0xFFFF} << (16 * (place - 1));
+      row.byOne |= uint64_t{0xFFFF} << (16 * (position - 1));
     }
     if ((dropped & 2) != 0) {
-      row.byTwo |= uint64_t{0xFFFF} << (16 * (place - dropped));
+      row.byTwo |= uint64_t{0xFFFF} << (16 * (position - dropped));
     }
   }
   return row;
@@ -177,7 +177,7 @@ VEK_INLINE UnitBytes UnitsOfTwos(Block bytes, Block leads) {
   return {Select(leads, low, bytes), high & leads & Splat(0x07)};
 }
 
-// False where a byte is neither ASCII nor in its place in a character of two bytes.
+// False where a byte is neither ASCII nor in its position in a character of two bytes.
 template <bool kSwapped>
 VEK_INLINE bool ConvertTwos(Cursor& at, Block bytes) {
   const Block leads = InRange(bytes, MakeRange(0xC2, 0xDF));

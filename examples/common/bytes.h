@@ -39,13 +39,14 @@ inline int32_t FindLastByte(const uint8_t* text, Range range, uint8_t value) {
 // Position after the line that `from` lies in: after the byte that ends it, or the end of the
 // text.
 inline int32_t LineEnd(const uint8_t* text, int32_t from, int32_t length, uint8_t lineEnd = '\n') {
-  const int32_t place = FindByte(text, {from, length}, lineEnd);
-  return place < 0 ? length : place + 1;
+  const int32_t position = FindByte(text, {from, length}, lineEnd);
+  return position < 0 ? length : position + 1;
 }
 
-// Where the line starts that `place` lies in, not before `from`, the start of a line.
-inline int32_t LineStart(const uint8_t* text, int32_t from, int32_t place, uint8_t lineEnd = '\n') {
-  const int32_t before = FindLastByte(text, {from, place}, lineEnd);
+// Where the line starts that `position` lies in, not before `from`, the start of a line.
+inline int32_t LineStart(const uint8_t* text, int32_t from, int32_t position,
+                         uint8_t lineEnd = '\n') {
+  const int32_t before = FindLastByte(text, {from, position}, lineEnd);
   return before < 0 ? from : before + 1;
 }
 

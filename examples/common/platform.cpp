@@ -57,12 +57,12 @@ int64_t WriteOnce(int file, const void* data, size_t size) {
 }
 
 int64_t ReadOnceAt(int file, int64_t offset, void* buffer, size_t size) {
-  OVERLAPPED place = {};
-  place.Offset = static_cast<DWORD>(offset);
-  place.OffsetHigh = static_cast<DWORD>(offset >> 32);
+  OVERLAPPED position = {};
+  position.Offset = static_cast<DWORD>(offset);
+  position.OffsetHigh = static_cast<DWORD>(offset >> 32);
   DWORD count = 0;
   const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(file));
-  if (ReadFile(handle, buffer, static_cast<DWORD>(size), &count, &place) == 0 &&
+  if (ReadFile(handle, buffer, static_cast<DWORD>(size), &count, &position) == 0 &&
       GetLastError() != ERROR_HANDLE_EOF) {
     errno = EIO;
     return -1;
@@ -134,7 +134,7 @@ int64_t SizeOf(int file) {
 
 int64_t PlaceOf(int file) { return SizeOf(file) < 0 ? -1 : _lseeki64(file, 0, SEEK_CUR); }
 
-void GoTo(int file, int64_t place) { _lseeki64(file, place, SEEK_SET); }
+void GoTo(int file, int64_t position) { _lseeki64(file, position, SEEK_SET); }
 
 int OpenForReading(const std::string& name) {
   const std::wstring wide = Widen(name);
@@ -199,7 +199,7 @@ std::vector<std::string> ExpandWildcards(const std::string& name) {
 
 #else
 
-// What holds the place can't be used the way the stream is.
+// What holds the position can't be used the way the stream is.
 void PrepareStreams() {
   for (const int file : {kStandardInput, kStandardOutput, kStandardError}) {
     if (fcntl(file, F_GETFD) < 0 && errno == EBADF) {
@@ -217,7 +217,7 @@ int64_t SizeOf(int file) {
 
 int64_t PlaceOf(int file) { return SizeOf(file) < 0 ? -1 : lseek(file, 0, SEEK_CUR); }
 
-void GoTo(int file, int64_t place) { lseek(file, place, SEEK_SET); }
+void GoTo(int file, int64_t position) { lseek(file, position, SEEK_SET); }
 
 int OpenForReading(const std::string& name) { return open(name.c_str(), O_RDONLY | O_CLOEXEC); }
 

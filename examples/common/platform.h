@@ -32,15 +32,15 @@ void Close(int file);
 // Bytes read, 0 at the end, or -1 with the reason in errno.
 int64_t ReadSome(int file, uint8_t* buffer, size_t size);
 
-// The same from a place of a regular file.
+// The same from a position of a regular file.
 int64_t ReadSomeAt(int file, int64_t offset, uint8_t* buffer, size_t size);
 
 // Bytes of a regular file; -1 of any other.
 int64_t SizeOf(int file);
 
-// Where the next byte is read from; -1 where there are no places.
+// Where the next byte is read from; -1 where there are no positions.
 int64_t PlaceOf(int file);
-void GoTo(int file, int64_t place);
+void GoTo(int file, int64_t position);
 
 // Writes everything; false with the reason in errno.
 bool WriteAll(int file, const void* data, size_t size);

@@ -29,7 +29,7 @@ struct PatternSettings {
 
 class CompiledPattern {
  public:
-  // After false, `fault` says what is wrong, with the place in the pattern.
+  // After false, `fault` says what is wrong, with the position in the pattern.
   bool Compile(const std::string& pattern, const PatternSettings& settings, std::string* fault);
 
   RegExpState* State() { return reinterpret_cast<RegExpState*>(block.data()); }

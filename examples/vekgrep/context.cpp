@@ -87,11 +87,11 @@ void Context::EndChunk(const Chunk& chunk) {
               static_cast<size_t>(chunk.length - start));
   heldCount += before - left;
   if (heldCount > before) {
-    int32_t place = 0;
+    int32_t position = 0;
     for (; heldCount > before; --heldCount) {
-      place = LineEnd(Bytes(held), place, static_cast<int32_t>(held.size()), lineEnd);
+      position = LineEnd(Bytes(held), position, static_cast<int32_t>(held.size()), lineEnd);
     }
-    held.erase(0, static_cast<size_t>(place));
+    held.erase(0, static_cast<size_t>(position));
     skipped = true;
   }
   shownTo = 0;

@@ -17,13 +17,13 @@ namespace examples::vekgrep {
 class Context {
  public:
   // Shows a line of the context: its bytes with its end, how many lines it is before the
-  // chunk's first line (0 and below: in the chunk), and its place in the chunk, below 0 if it is
+  // chunk's first line (0 and below: in the chunk), and its position in the chunk, below 0 if it is
   // before the chunk.
   struct Line {
     const uint8_t* text;
     Range range;
     int64_t linesAhead;
-    int32_t place;
+    int32_t position;
   };
   using Show = std::function<void(const Line& line)>;
 
@@ -56,7 +56,7 @@ class Context {
   const std::function<void()> separate;
 
   int64_t afterLeft = 0;
-  int32_t shownTo = 0;  // place in the chunk up to which lines are shown or not to be
+  int32_t shownTo = 0;  // position in the chunk up to which lines are shown or not to be
   bool skipped = true;  // lines before what is held were left out
   std::string held;     // the last lines of the chunks before that were not shown
   int64_t heldCount = 0;

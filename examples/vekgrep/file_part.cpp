@@ -17,7 +17,7 @@ constexpr int64_t kPiece = 64 << 10;
 }  // namespace
 
 PartSource::PartSource(int partFile, int64_t begin, int64_t partEnd, uint8_t endOfLine)
-    : file(partFile), end(partEnd), lineEnd(endOfLine), place(begin) {
+    : file(partFile), end(partEnd), lineEnd(endOfLine), position(begin) {
   if (begin > 0) {
     SkipForeignLine(begin);
   }
@@ -26,35 +26,35 @@ PartSource::PartSource(int partFile, int64_t begin, int64_t partEnd, uint8_t end
 // From the byte before the part on: if that ends a line, the part starts with one of its own.
 void PartSource::SkipForeignLine(int64_t begin) {
   std::vector<uint8_t> piece(kPiece);
-  for (place = begin - 1; place < end;) {
-    const int64_t count =
-        ReadSomeAt(file, place, piece.data(), static_cast<size_t>(std::min(kPiece, end - place)));
+  for (position = begin - 1; position < end;) {
+    const int64_t count = ReadSomeAt(file, position, piece.data(),
+                                     static_cast<size_t>(std::min(kPiece, end - position)));
     const int32_t newline = FindByte(piece.data(), {0, static_cast<int32_t>(count)}, lineEnd);
     if (count <= 0 || newline >= 0) {
-      place += std::max<int64_t>(newline + 1, 0);
+      position += std::max<int64_t>(newline + 1, 0);
       done = count <= 0;
       break;
     }
-    place += count;
+    position += count;
   }
-  hasForeignEnd = place > begin;
-  done = done || place >= end;
+  hasForeignEnd = position > begin;
+  done = done || position >= end;
 }
 
 int64_t PartSource::Read(uint8_t* buffer, size_t size, std::string* fault) {
   if (done) {
     return 0;
   }
-  const bool inside = place < end;
-  const int64_t wanted = std::min(static_cast<int64_t>(size), inside ? end - place : kPiece);
-  const int64_t count = ReadSomeAt(file, place, buffer, static_cast<size_t>(wanted));
+  const bool inside = position < end;
+  const int64_t wanted = std::min(static_cast<int64_t>(size), inside ? end - position : kPiece);
+  const int64_t count = ReadSomeAt(file, position, buffer, static_cast<size_t>(wanted));
   if (count <= 0) {
     *fault = count < 0 ? std::strerror(errno) : "";
     return count;
   }
-  place += count;
+  position += count;
   if (inside) {
-    done = place == end && buffer[count - 1] == lineEnd;
+    done = position == end && buffer[count - 1] == lineEnd;
     return count;
   }
   const int32_t newline = FindByte(buffer, {0, static_cast<int32_t>(count)}, lineEnd);

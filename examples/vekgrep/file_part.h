@@ -31,7 +31,7 @@ class PartSource : public Source {
   const int file;
   const int64_t end;
   const uint8_t lineEnd;
-  int64_t place;
+  int64_t position;
   bool done = false;
   bool hasForeignEnd = false;
 };

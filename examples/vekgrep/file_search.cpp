@@ -229,9 +229,9 @@ void FileSearch::PrintContextLine(const Context::Line& line) {
   }
   int64_t number = 0;
   if (options.lineNumbers) {
-    number = line.linesAhead > 0 ? LineNumber(0) - line.linesAhead : LineNumber(line.place);
+    number = line.linesAhead > 0 ? LineNumber(0) - line.linesAhead : LineNumber(line.position);
   }
-  PrintPrefix(number, chunk.offset + line.place, "-");
+  PrintPrefix(number, chunk.offset + line.position, "-");
   Range range = line.range;
   range.end -= line.text[range.end - 1] == lineEnd ? 1 : 0;
   PrintContextText(line.text, range);
@@ -372,10 +372,10 @@ void FileSearch::PrintPrefix(int64_t number, int64_t offset, const char* separat
   }
 }
 
-// `place`: of what is shown in the line.
-void FileSearch::PrintSelectedPrefix(int32_t lineBegin, int32_t place) {
+// `position`: of what is shown in the line.
+void FileSearch::PrintSelectedPrefix(int32_t lineBegin, int32_t position) {
   if (hasPrefix) {
-    PrintPrefix(options.lineNumbers ? LineNumber(lineBegin) : 0, chunk.offset + place, ":");
+    PrintPrefix(options.lineNumbers ? LineNumber(lineBegin) : 0, chunk.offset + position, ":");
   }
 }
 
@@ -394,8 +394,8 @@ void FileSearch::TellOfLimit(int32_t lineBegin) {
                   vekStatusText(StatusRegExpMatchLimit));
 }
 
-// Of the line that starts at a place of the chunk. What comes next is mostly after what was asked
-// for last, and seldom before it.
+// Of the line that starts at a position of the chunk. What comes next is mostly after what was
+// asked for last, and seldom before it.
 int64_t FileSearch::LineNumber(int32_t lineBegin) {
   linesBefore += CountByte(chunk.text, {counted, std::max(counted, lineBegin)}, lineEnd);
   linesBefore -= CountByte(chunk.text, {lineBegin, std::max(counted, lineBegin)}, lineEnd);

@@ -76,7 +76,7 @@ class FileSearch {
   void PrintGroups(Range line, const Mark& mark);
   void PrintReplaced(Range line);
   void PrintPrefix(int64_t number, int64_t offset, const char* separator);
-  void PrintSelectedPrefix(int32_t lineBegin, int32_t place);
+  void PrintSelectedPrefix(int32_t lineBegin, int32_t position);
   void PrintName(const char* separator);
   void PrintNumber(Style style, int64_t number, const char* separator);
   void EndLine();

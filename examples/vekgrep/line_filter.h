@@ -51,7 +51,7 @@ class LineFilter {
   // Whether the matches in the text are, one by one, the matches in its lines.
   bool IsExact() const { return exact && wholeNow; }
 
-  // A place in the first such line at or after `from`, the start of a line; -1 if there is none.
+  // A position in the first such line at or after `from`, the start of a line; -1 if there is none.
   // Where the filter is exact it is the first match. Within one text `from` must not decrease.
   int32_t Next(int32_t from, Range* match);
 

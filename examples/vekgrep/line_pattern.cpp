@@ -59,17 +59,17 @@ Outcome LinePattern::Seek(int32_t from, Range* range) {
     nextLine = std::max(nextLine, from);
     outcome = Outcome::kNothing;
     while (outcome == Outcome::kNothing && nextLine < length) {
-      const int32_t place = filter->Next(nextLine, &found);
-      if (place < 0 || (place == length && text[length - 1] == lineEnd)) {
+      const int32_t position = filter->Next(nextLine, &found);
+      if (position < 0 || (position == length && text[length - 1] == lineEnd)) {
         break;
       }
       const int32_t begin = nextLine;
-      nextLine = LineEnd(text, place, length, lineEnd);
+      nextLine = LineEnd(text, position, length, lineEnd);
       if (filter->IsExact()) {
         outcome = Outcome::kMatch;
         found.end = std::min(found.end, nextLine);
       } else {
-        outcome = SearchLine({LineStart(text, begin, place, lineEnd),
+        outcome = SearchLine({LineStart(text, begin, position, lineEnd),
                               nextLine - (text[nextLine - 1] == lineEnd ? 1 : 0)});
       }
     }

@@ -4,12 +4,13 @@
 //
 // Can it see beyond the line? The pattern is compiled with option m and without s, so that "^", "$"
 // and "." see each line of the text as if it were alone. Where no record can consume the byte that
-// ends a line, or assert anything about what is beyond it, the tries at a place of a line are the
-// same in the text as in the line alone, and so is what comes of them: a look-around's body that
-// would need a byte of another line fails where the line alone has none. Where single characters
-// may be that byte ("\s", "[^a]"), a match of the line is still a way to match in the text, as long
-// as nothing in the pattern asks what does *not* match; the line is then searched again, alone.
-// Such characters may not be repeated often, or each line would be the start of a long search.
+// ends a line, or assert anything about what is beyond it, the tries at a position of a line are
+// the same in the text as in the line alone, and so is what comes of them: a look-around's body
+// that would need a byte of another line fails where the line alone has none. Where single
+// characters may be that byte ("\s", "[^a]"), a match of the line is still a way to match in the
+// text, as long as nothing in the pattern asks what does *not* match; the line is then searched
+// again, alone. Such characters may not be repeated often, or each line would be the start of a
+// long search.
 //
 // Can the match limit run out? Where it does, what is found depends on all that was tried before,
 // in other lines. A record takes a few levels each time that it is passed on one way through the

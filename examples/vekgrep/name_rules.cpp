@@ -62,7 +62,7 @@ bool AnyEnd(const std::string& name, bool wasNamed, Test test) {
 
 }  // namespace
 
-// Only the last "*" is ever gone back to: one before it has no better place.
+// Only the last "*" is ever gone back to: one before it has no better position.
 bool MatchesGlob(const std::string& glob, const std::string& name) {
   size_t at = 0;
   size_t star = std::string::npos;

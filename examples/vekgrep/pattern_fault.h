@@ -13,7 +13,7 @@
 
 namespace examples::vekgrep {
 
-// The cause, and what is around it in its line of the pattern, with a caret under the place.
+// The cause, and what is around it in its line of the pattern, with a caret under the position.
 // `options` are the letters that it was compiled with.
 std::string DescribeFault(const std::string& pattern, const std::string& options, vekStatus status,
                           int32_t offset);

@@ -19,7 +19,7 @@ enum class Outcome {
   kGivenUp  // a pattern's match limit ran out in a line, which counts as one without a match
 };
 
-// A match to be shown, with what its groups captured: places in the text.
+// A match to be shown, with what its groups captured: positions in the text.
 struct Mark {
   Range range;
   const RegExpFindResult* groups;
@@ -40,8 +40,8 @@ class Searcher {
   virtual void Begin(const uint8_t* text, int32_t length) = 0;
 
   // The first match at or after `from`, the start of a line; within one text `from` must not
-  // decrease. With kGivenUp `match` is a place in the line, and the search goes on from there when
-  // asked again.
+  // decrease. With kGivenUp `match` is a position in the line, and the search goes on from there
+  // when asked again.
   virtual Outcome Next(int32_t from, Range* match) = 0;
 
   // Goes over to showing the matches of the line that Next found last; `line` is without the byte

@@ -12,7 +12,7 @@
 // estimated from the first chunk.
 //
 // Ignoring case, text and patterns are turned into small letters, which leaves every byte at its
-// place. Looking for the rarest letter in both cases and comparing there was tried: it wins by a
+// position. Looking for the rarest letter in both cases and comparing there was tried: it wins by a
 // fifth where that letter never occurs, and takes up to three times as long where it is common.
 
 #include "text_searcher.h"
@@ -109,7 +109,7 @@ void TextSearcher::FillShifts() {
   }
 }
 
-// A place where something has to be compared counts for some.
+// A position where something has to be compared counts for some.
 int64_t TextSearcher::StepsTogether(int32_t sampled) const {
   constexpr int64_t kComparing = 10;
   int64_t steps = 0;
@@ -161,7 +161,7 @@ void TextSearcher::NextTogether(int32_t from, Range* match) const {
   }
 }
 
-// The longest text at a place.
+// The longest text at a position.
 void TextSearcher::Check(int32_t begin, uint16_t pair, Range* match) const {
   for (const size_t i : byPair.at(pair)) {
     const Text& one = texts[i];

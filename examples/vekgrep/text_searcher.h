@@ -31,7 +31,7 @@ class TextSearcher : public Searcher {
 
   void Begin(const uint8_t* text, int32_t length) override;
 
-  // Of the occurrences that start first the longest. `from` may be any place.
+  // Of the occurrences that start first the longest. `from` may be any position.
   Outcome Next(int32_t from, Range* match) override;
 
   void BeginLine(Range line) override;

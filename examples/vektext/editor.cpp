@@ -62,7 +62,7 @@ void Editor::EditLine(uint8_t* line, int32_t length, bool hasNewline) {
   }
 }
 
-// Puts the wanted fields together, and their length in place of the line's. False where the line
+// Puts the wanted fields together, and their length instead of the line's. False where the line
 // has no delimiter, and so no fields.
 bool Editor::CutFields(const uint8_t* line, int32_t* length) {
   int32_t end = FindByte(line, {0, *length}, options.delimiter);

@@ -78,8 +78,9 @@ class Filter {
     }
     if (!output.Failed() && !input.Fault().empty()) {
       encoder.Flush();
-      const std::string place = byLine ? "line " + std::to_string(editor.Lines() + 1) + ": " : "";
-      Complain(label + ": " + place + input.Fault());
+      const std::string position =
+          byLine ? "line " + std::to_string(editor.Lines() + 1) + ": " : "";
+      Complain(label + ": " + position + input.Fault());
     }
   }
 

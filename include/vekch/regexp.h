@@ -138,7 +138,7 @@ VEKCH_API vekStatus veksRegExpGetSize(const uint8_t* pattern, int32_t* size) VEK
  *
  * On success the match limit is 10000 and the format 1 (UTF-8), and nothing is written through
  * `errorOffset`. If the pattern or an option is at fault, `*errorOffset` is set to the offset of
- * the place in the pattern (0 for an option), the length of the pattern where its end comes too
+ * the position in the pattern (0 for an option), the length of the pattern where its end comes too
  * early. The block is then of no use, though it may look like a compiled object: don't search with
  * it.
  *
@@ -147,11 +147,11 @@ VEKCH_API vekStatus veksRegExpGetSize(const uint8_t* pattern, int32_t* size) VEK
  * Status, in order: StatusNullPointer if `pattern`, `state` or `errorOffset` is null, and nothing
  * is written; StatusRegExpOptionError for another letter. Then, for the whole pattern,
  * StatusRegExpSyntaxError if groups are not balanced or too many and StatusRegExpClassError if a
- * class is not closed. Then, at the first place at fault: StatusRegExpEscapeError for a malformed
- * escape; StatusRegExpClassError for a malformed class; StatusRegExpFormatError for a reference to
- * a group that does not exist; StatusRegExpQuantifierError for a quantifier with nothing to
- * repeat, a second quantifier, or numbers too large or in the wrong order; StatusRegExpSyntaxError
- * for any other malformed structure. Otherwise StatusNoError.
+ * class is not closed. Then, at the first position at fault: StatusRegExpEscapeError for a
+ * malformed escape; StatusRegExpClassError for a malformed class; StatusRegExpFormatError for a
+ * reference to a group that does not exist; StatusRegExpQuantifierError for a quantifier with
+ * nothing to repeat, a second quantifier, or numbers too large or in the wrong order;
+ * StatusRegExpSyntaxError for any other malformed structure. Otherwise StatusNoError.
  *
  *     int32_t size, offset;
  *     veksRegExpGetSize(pattern, &size);
@@ -215,12 +215,12 @@ VEKCH_API vekStatus veksRegExpSetMatchLimit(int32_t limit, RegExpState* state) V
  *
  * Without option g element 0 is the match and element k what group k captured. As many elements are
  * written as there are groups and one more, or as fit. A pattern that is nothing but alternatives
- * of literal text reports in the same way: the leftmost of them, and of two that begin at one place
- * the first.
+ * of literal text reports in the same way: the leftmost of them, and of two that begin at one
+ * position the first.
  *
  * With option g a pattern without groups gives one element for each match, and a pattern with
  * groups an element for each of its groups, but none for the match as a whole. After a match the
- * search goes on where it ends; at the place of an empty match it asks for one of a single byte,
+ * search goes on where it ends; at the position of an empty match it asks for one of a single byte,
  * then goes on a byte further. It ends where the subject ends or the elements are used up.
  *
  * What is reported lies in the subject, but for one case: a code point written as "\x{E9}" counts
@@ -233,10 +233,10 @@ VEKCH_API vekStatus veksRegExpSetMatchLimit(int32_t limit, RegExpState* state) V
  * calling thread needs 72 bytes of stack for each, and 61440 bytes beyond: at the limit that an
  * object starts with, a stack of 256 KiB is enough for every pattern and subject. **A thread with
  * less needs a lower limit**: 3000 for 128 KiB, which musl gives to threads. Repetitions of an
- * atomic group take none of the limit; but where their lengths change, the places to go back to are
- * kept in that stack. When there are more bytes between the first and the last of them than it has
- * room for, about 1,300,000 at the limit that an object starts with and 300,000 at the lowest, the
- * limit counts as run out.
+ * atomic group take none of the limit; but where their lengths change, the positions to go back to
+ * are kept in that stack. When there are more bytes between the first and the last of them than it
+ * has room for, about 1,300,000 at the limit that an object starts with and 300,000 at the lowest,
+ * the limit counts as run out.
  *
  * Status, in order, of which the first four write nothing: StatusNullPointer if `src`, `state`,
  * `results` or `numFind` is null; StatusLengthError if `len` is negative; StatusSizeError if

@@ -191,7 +191,7 @@ static inline const char* vekRegExpQuantifierFault_(const char* pattern, int32_t
  * What is wrong with a pattern that veksRegExpInit has refused, as a short English text without a
  * full stop: "missing )", "named groups are not supported". For any other status the text of
  * vekStatusText. `pattern` and `options` are those that were refused, `offset` is what
- * veksRegExpInit has stored as the fault's place. The text is constant.
+ * veksRegExpInit has stored as the fault's position. The text is constant.
  *
  *     status = veksRegExpInit(pattern, options, state, &offset);
  *     puts(vekRegExpFaultText(pattern, options, status, offset));
@@ -246,7 +246,7 @@ static inline int32_t vekUtf8Length_(const uint8_t* text, int32_t left) {
   return length;
 }
 
-/* Drops the matches at places where a match can't begin once an empty one was found: the library
+/* Drops the matches at positions where a match can't begin once an empty one was found: the library
  * goes on by a byte there, and asks for a match of that byte alone first. */
 static inline int32_t vekRegExpDropInner_(const uint8_t* src, int32_t len, int utf8,
                                           RegExpFindResult* results, int32_t count, int32_t slots) {
@@ -277,8 +277,8 @@ static inline int32_t vekRegExpDropInner_(const uint8_t* src, int32_t len, int u
  * option g.
  *
  * A match begins where the one before ends, or after an empty match at the next character: none
- * lies inside a character, and no two begin at one place. ("|b" on "b" matches at 0 and at 1, both
- * times the empty text, as in engines that step on after an empty match.)
+ * lies inside a character, and no two begin at one position. ("|b" on "b" matches at 0 and at 1,
+ * both times the empty text, as in engines that step on after an empty match.)
  *
  * On entry `*numFind` is the number of elements of `results`, on return the number filled, always
  * whole matches. StatusRegExpResultsTruncated reports that not all of them may have had room: call

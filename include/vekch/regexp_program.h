@@ -50,8 +50,8 @@ enum {
  * for them, and 0 otherwise. The complement is that of all items of the name together: `ptr` of
  * the first of them is their number. (An OpCharType has its letter changed instead, to 'W'.)
  *
- * `serial` is the group's place in the order of all opening brackets that open groups, from 1; it
- * is negative in the records of atomic groups and look-arounds. `extent` counts the records
+ * `serial` is the group's position in the order of all opening brackets that open groups, from 1;
+ * it is negative in the records of atomic groups and look-arounds. `extent` counts the records
  * between a group's opening record and its OpGroupEnd. The `flag` of an OpGroupEnd is 1 if the body
  * is one character and its quantifier, -1 if the group is quantified as well, else 0.
  */
@@ -141,7 +141,7 @@ enum { RegExpDefaultMatchLimit = 10000, RegExpDepthShare = 4 };
 
 /** One record of the program, 24 bytes. */
 typedef struct ProgramNode {
-  uint32_t op; /* RegExpFirstOperation plus the operation's place in the list */
+  uint32_t op; /* RegExpFirstOperation plus the operation's position in the list */
   int32_t a; /* directly after `op`: both are read as one word where that determines an operation */
   int32_t b;
   int32_t c;

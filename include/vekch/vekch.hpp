@@ -455,7 +455,7 @@ inline std::string to_utf8(std::u16string_view text, bool swapped = false) {
 /** Why a pattern or a template was refused. */
 struct Fault {
   vekStatus status = StatusNoError;
-  std::size_t offset = 0;  // of the place in `source`
+  std::size_t offset = 0;  // of the position in `source`
   std::string_view cause;  // "missing )"
   std::string source;
 
@@ -968,7 +968,7 @@ class Pattern {
       all_ = Compile(letters_ + "g", &fault_);
       Adjust(all_);
     }
-    // The library looks for two matches at each place at most, and asks for one more at the end.
+    // The library looks for two matches at each position at most, and asks for one more at the end.
     const std::size_t most = std::min<std::size_t>((2 * text.size() + 2) * slots_, 0x7FFFFFFF);
     // A first guess costs memory that is never touched; where that would be much, a search that
     // ends after some matches shows how many there will be.

@@ -44,21 +44,21 @@ constexpr CharacterSet SetOf(const Shorthand& shorthand, bool withNewline) {
   return set;
 }
 
-// By the places of the list: the sets, and where option s makes a difference, those with it.
+// By the positions in the list: the sets, and where option s makes a difference, those with it.
 struct ShorthandSets {
   CharacterSet sets[kShorthandCount];
   CharacterSet setsByOptionS[kShorthandCount];
   CharacterSet nothing;
-  uint8_t placeOf[256];  // of a letter, kShorthandCount for any other
+  uint8_t positionOf[256];  // of a letter, kShorthandCount for any other
 
-  constexpr ShorthandSets() : sets(), setsByOptionS(), nothing(), placeOf() {
-    for (uint8_t& place : placeOf) {
-      place = kShorthandCount;
+  constexpr ShorthandSets() : sets(), setsByOptionS(), nothing(), positionOf() {
+    for (uint8_t& position : positionOf) {
+      position = kShorthandCount;
     }
     for (int32_t i = 0; i < kShorthandCount; ++i) {
       sets[i] = SetOf(kShorthands[i], false);
       setsByOptionS[i] = SetOf(kShorthands[i], kShorthands[i].newline == RegExpNewlineByOptionS);
-      placeOf[kShorthands[i].letter] = static_cast<uint8_t>(i);
+      positionOf[kShorthands[i].letter] = static_cast<uint8_t>(i);
     }
   }
 
@@ -222,12 +222,13 @@ void Negate(CharacterSet* set) {
 }  // namespace
 
 const CharacterSet& ShorthandSet(int32_t letter, int32_t options) {
-  const int32_t place = InRange(letter, 0, 255) ? kShorthandSets.placeOf[letter] : kShorthandCount;
-  if (place == kShorthandCount) {
+  const int32_t position =
+      InRange(letter, 0, 255) ? kShorthandSets.positionOf[letter] : kShorthandCount;
+  if (position == kShorthandCount) {
     return kShorthandSets.nothing;
   }
-  return (options & RegExpOptionS) != 0 ? kShorthandSets.setsByOptionS[place]
-                                        : kShorthandSets.sets[place];
+  return (options & RegExpOptionS) != 0 ? kShorthandSets.setsByOptionS[position]
+                                        : kShorthandSets.sets[position];
 }
 
 bool InClass(int32_t codePoint, const ProgramNode& head, bool caseless) {

@@ -72,8 +72,8 @@ extern const uint32_t kBlockBounds[kBlockCount];
 
 // ---- The look-ups.
 
-inline uint8_t FromPages(const uint8_t* pageOf, const uint8_t* pages, int32_t place) {
-  return pages[(pageOf[place >> kPageBits] << kPageBits) | (place & ((1 << kPageBits) - 1))];
+inline uint8_t FromPages(const uint8_t* pageOf, const uint8_t* pages, int32_t position) {
+  return pages[(pageOf[position >> kPageBits] << kPageBits) | (position & ((1 << kPageBits) - 1))];
 }
 
 constexpr bool InRange(int32_t value, int32_t first, int32_t last) {
@@ -81,8 +81,8 @@ constexpr bool InRange(int32_t value, int32_t first, int32_t last) {
          static_cast<uint32_t>(last) - static_cast<uint32_t>(first);
 }
 
-// Place of a code point in the pages, negative for one that has no page.
-constexpr int32_t PagedPlace(int32_t codePoint) {
+// Position of a code point in the pages, negative for one that has no page.
+constexpr int32_t PagedPosition(int32_t codePoint) {
   if (InRange(codePoint, 0, kMainEnd - 1)) {
     return codePoint;
   }
@@ -104,8 +104,9 @@ inline uint8_t ClassOf(int32_t codePoint) {
   if (InRange(codePoint, 0, 127)) {
     return kAsciiClass[codePoint];
   }
-  const int32_t place = PagedPlace(codePoint);
-  return place >= 0 ? FromPages(kCategoryPageOf, kCategoryPages, place) : UnpagedClass(codePoint);
+  const int32_t position = PagedPosition(codePoint);
+  return position >= 0 ? FromPages(kCategoryPageOf, kCategoryPages, position)
+                       : UnpagedClass(codePoint);
 }
 
 // Number of a code point's script, kScriptCount for one in none.
@@ -113,8 +114,8 @@ inline int32_t ScriptOf(int32_t codePoint) {
   if (InRange(codePoint, 0, 127)) {
     return InRange(codePoint | 0x20, 'a', 'z') ? kScriptLatin : kScriptCommon;
   }
-  const int32_t place = PagedPlace(codePoint);
-  return place >= 0 ? FromPages(kScriptPageOf, kScriptPages, place) : kScriptCount;
+  const int32_t position = PagedPosition(codePoint);
+  return position >= 0 ? FromPages(kScriptPageOf, kScriptPages, position) : kScriptCount;
 }
 
 // The list of a script; for kScriptCount an address that is no list's.

@@ -46,7 +46,7 @@ class ClassBuilder {
     bool isSequence;  // written as several bytes that make up one character
   };
 
-  static Fault Malformed(const uint8_t* place) { return {StatusRegExpClassError, place}; }
+  static Fault Malformed(const uint8_t* position) { return {StatusRegExpClassError, position}; }
 
   void OpenClass() {
     ++at;
@@ -89,27 +89,27 @@ class ClassBuilder {
 
   // A whole UTF-8 character, or the byte where none begins.
   Fault LiteralMember() {
-    const uint8_t* place = at;
+    const uint8_t* position = at;
     const Utf8Character character = ReadUtf8(at, builder.patternEnd);
     at += character.length;
     const auto value = static_cast<int32_t>(character.value);
     const bool isByte = character.value < 256;
     return TakeMember({isByte ? CharacterKind::kByte : CharacterKind::kCodePoint, value,
                        isByte && character.length > 1},
-                      place);
+                      position);
   }
 
   Fault Escape() {
-    const uint8_t* place = at;
+    const uint8_t* position = at;
     const uint8_t* text = at + 1;
     const EscapeKind kind = kEscapes.of[*text].inClass;
     switch (kind) {
       case EscapeKind::kShorthand:
         at = text + 1;
-        return TakeItem(OpCharType, *text, place);
+        return TakeItem(OpCharType, *text, position);
       case EscapeKind::kGrapheme:
         at = text + 1;
-        return TakeItem(OpGrapheme, 0, place);
+        return TakeItem(OpGrapheme, 0, position);
       case EscapeKind::kProperty:
         return Property(text, *text == 'P' ? -1 : 0);
       default:
@@ -121,7 +121,7 @@ class ClassBuilder {
       return fault;
     }
     at = escape.next;
-    return TakeMember({escape.kind, escape.value, false}, place);
+    return TakeMember({escape.kind, escape.value, false}, position);
   }
 
   Fault Property(const uint8_t* text, int32_t negated) {
@@ -137,20 +137,20 @@ class ClassBuilder {
     return kNoFault;
   }
 
-  Fault TakeItem(uint32_t op, int32_t a, const uint8_t* place) {
+  Fault TakeItem(uint32_t op, int32_t a, const uint8_t* position) {
     if (waiting == Waiting::kDash) {
-      return Malformed(place);
+      return Malformed(position);
     }
     Settle();
     AppendItem(op, a);
     return kNoFault;
   }
 
-  Fault TakeMember(Member member, const uint8_t* place) {
+  Fault TakeMember(Member member, const uint8_t* position) {
     if (waiting == Waiting::kDash) {
       if (waitingMember.value < 0 ||
           member.value < waitingMember.value) {  // below 0: from 0x80000000 up
-        return Malformed(place);
+        return Malformed(position);
       }
       AppendItem(OpClassRange, waitingMember.value, member.value);
       waiting = Waiting::kNothing;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// What ends a compilation: the status, and the place in the pattern that it concerns.
+// What ends a compilation: the status, and the position in the pattern that it concerns.
 
 #ifndef VEKCH_REGEXP_COMPILE_FAULT_H
 #define VEKCH_REGEXP_COMPILE_FAULT_H
@@ -13,7 +13,7 @@ namespace vekch::regexp {
 
 struct Fault {
   vekStatus status;
-  const uint8_t* place;
+  const uint8_t* position;
 };
 
 constexpr Fault kNoFault = {StatusNoError, nullptr};

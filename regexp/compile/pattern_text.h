@@ -58,7 +58,7 @@ constexpr bool StartsWith(const uint8_t* text, const char* constant) {
   return true;
 }
 
-// The first place from `text` on that is `byte`, or the terminating zero byte.
+// The first position from `text` on that is `byte`, or the terminating zero byte.
 constexpr const uint8_t* FindInPattern(const uint8_t* text, uint8_t byte) {
   while (*text != 0 && *text != byte) {
     ++text;
@@ -75,19 +75,19 @@ constexpr const uint8_t* FindPair(const uint8_t* text, uint8_t first, uint8_t se
   return text;
 }
 
-// The place after a comment that runs to the end of its line.
+// The position after a comment that runs to the end of its line.
 constexpr const uint8_t* SkipLine(const uint8_t* text) {
   text = FindInPattern(text, '\n');
   return *text == 0 ? text : text + 1;
 }
 
-// The place after the ")" that ends "(?#", or the terminating zero byte.
+// The position after the ")" that ends "(?#", or the terminating zero byte.
 constexpr const uint8_t* SkipComment(const uint8_t* text) {
   text = FindInPattern(text, ')');
   return *text == 0 ? text : text + 1;
 }
 
-// The place after the "\E" that ends a quotation, or the terminating zero byte.
+// The position after the "\E" that ends a quotation, or the terminating zero byte.
 constexpr const uint8_t* SkipQuotation(const uint8_t* text) {
   text = FindPair(text, '\\', 'E');
   return *text == 0 ? text : text + 2;

@@ -69,9 +69,9 @@ class ProgramBuilder {
  private:
   friend class ClassBuilder;
 
-  // Each of these starts at its construct and ends after it; a fault names its place.
+  // Each of these starts at its construct and ends after it; a fault names its position.
   Fault Construct();
-  Fault Fail(vekStatus status, const uint8_t* place) const { return {status, place}; }
+  Fault Fail(vekStatus status, const uint8_t* position) const { return {status, position}; }
 
   // literal.cpp
   Fault LiteralByte();

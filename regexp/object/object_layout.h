@@ -160,11 +160,11 @@ class FreeRoom {
     return taken;
   }
 
-  // Back to a place in what was taken last.
-  void GiveBack(const uint8_t* place) { FactsOf(state)->freeFrom = OffsetOf(place); }
+  // Back to a position in what was taken last.
+  void GiveBack(const uint8_t* position) { FactsOf(state)->freeFrom = OffsetOf(position); }
 
-  uint32_t OffsetOf(const uint8_t* place) const {
-    return static_cast<uint32_t>(place - reinterpret_cast<const uint8_t*>(state));
+  uint32_t OffsetOf(const uint8_t* position) const {
+    return static_cast<uint32_t>(position - reinterpret_cast<const uint8_t*>(state));
   }
 
  private:

@@ -144,7 +144,7 @@ VEK_INLINE int32_t CompareFewIgnoringCase(const uint8_t* first, const uint8_t* s
   return DifferenceOfFolded(first[i + skipped], second[i + skipped]);
 }
 
-// As Compare, of small letters in place of capitals; for strings of less than 16 bytes.
+// As Compare, of small letters instead of capitals; for strings of less than 16 bytes.
 VEK_INLINE int32_t CompareShortIgnoringCase(const uint8_t* first, const uint8_t* second,
                                             int32_t length) {
   if (length >= 4) {

@@ -20,7 +20,7 @@ VEK_INLINE Block BlockOf32(uint32_t bytes) {
   return {_mm_cvtsi32_si128(static_cast<int32_t>(bytes))};
 }
 
-// The four bytes at each of four places.
+// The four bytes at each of four positions.
 VEK_INLINE Block FourWords(const uint8_t* p0, const uint8_t* p1, const uint8_t* p2,
                            const uint8_t* p3) {
   const auto word = [](const uint8_t* p) __attribute__((always_inline)) {

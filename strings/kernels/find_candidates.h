@@ -19,7 +19,7 @@
 
 namespace vekch::kernels {
 
-constexpr int32_t kGaveUp = -2;  // in place of a position: misled too often
+constexpr int32_t kGaveUp = -2;  // instead of a position: misled too often
 
 struct Task {
   const uint8_t* source;
@@ -36,7 +36,7 @@ struct Choice {
 
 VEK_INLINE Choice<2> Ends(int32_t needleLength) { return {{0, needleLength - 1}}; }
 
-// Four places from end to end, all different from a needle of four bytes on.
+// Four positions from end to end, all different from a needle of four bytes on.
 VEK_INLINE Choice<4> SpreadFour(int32_t needleLength) {
   const int32_t third = needleLength / 3;
   return {{0, third, needleLength - 1 - third, needleLength - 1}};
@@ -46,28 +46,28 @@ VEK_INLINE Choice<4> SpreadFour(int32_t needleLength) {
 template <int32_t kBytes>
 struct HasChosen {
   static constexpr Hits kHits = Hits::kSetLanes;
-  const uint8_t* places[kBytes];
+  const uint8_t* positions[kBytes];
   Block bytes[kBytes];
 
   VEK_INLINE HasChosen(const Task& task, const Choice<kBytes>& choice) {
     for (int32_t i = 0; i < kBytes; ++i) {
-      places[i] = task.source + choice.offsets[i];
+      positions[i] = task.source + choice.offsets[i];
       bytes[i] = Splat(task.needle[choice.offsets[i]]);
     }
   }
 
   template <class Load>
   VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
-    Block hits = load(places[0] + i) == bytes[0];
+    Block hits = load(positions[0] + i) == bytes[0];
 #pragma GCC unroll 4
     for (int32_t k = 1; k < kBytes; ++k) {
-      hits = hits & (load(places[k] + i) == bytes[k]);
+      hits = hits & (load(positions[k] + i) == bytes[k]);
     }
     return hits;
   }
 };
 
-// What may still be spent on false candidates, and the place in the needle at which the last of
+// What may still be spent on false candidates, and the position in the needle at which the last of
 // them failed.
 struct Patience {
   int64_t left;
@@ -106,7 +106,7 @@ VEK_INLINE int32_t Verify(const uint8_t* start, const uint8_t* needle, int32_t n
 // How far a search came that gave up: so many positions in scan order are known to be none.
 struct Progress {
   int32_t passed;
-  int32_t failedAt;  // place in the needle at which the last false candidate failed
+  int32_t failedAt;  // position in the needle at which the last false candidate failed
 };
 
 // What may be spent on false candidates: so many bytes at once, and so many per 16 positions.
@@ -151,7 +151,7 @@ VEK_INLINE int32_t FindInSteps(const Task& task, const HasChosen<kBytes>& probe,
   };
   ptrdiff_t start = kForward ? progress->passed : last - progress->passed;
   if (last - progress->passed > kAlignFrom && progress->passed >= kGroup) {
-    const ptrdiff_t beyond = Misalignment<kGroup>(probe.places[0] + start);
+    const ptrdiff_t beyond = Misalignment<kGroup>(probe.positions[0] + start);
     start += kForward ? -beyond : kGroup - beyond;
   }
   for (; kForward ? start < last : start > 0; start += kForward ? kGroup : -kGroup) {

@@ -10,12 +10,12 @@ namespace {
 template <int32_t kRanges>
 struct HasPair {
   static constexpr Hits kHits = Hits::kSetLanes;
-  const uint8_t* places[2];
+  const uint8_t* positions[2];
   ByteRange ranges[2][kRanges];
 
   VEK_INLINE HasPair(const uint8_t* source, const BytePair& pair) {
     for (int32_t side = 0; side < 2; ++side) {
-      places[side] = source + pair.offsets[side];
+      positions[side] = source + pair.offsets[side];
       for (int32_t r = 0; r < kRanges; ++r) {
         ranges[side][r] = MakeRange(pair.sets[side].lowest[r], pair.sets[side].highest[r]);
       }
@@ -24,7 +24,7 @@ struct HasPair {
 
   template <class Load>
   VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
-    return InAny(load(places[0] + i), ranges[0]) & InAny(load(places[1] + i), ranges[1]);
+    return InAny(load(positions[0] + i), ranges[0]) & InAny(load(positions[1] + i), ranges[1]);
   }
 
   VEK_INLINE static Block InAny(Block b, const ByteRange* ranges) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // Search for a long needle by looking at few bytes of the source, after Horspool, with grams of
-// eight bytes in place of single ones (compare Lecroq, "Fast exact string matching algorithms").
+// eight bytes instead of single ones (compare Lecroq, "Fast exact string matching algorithms").
 //
 //   needle      |.......................|         of m bytes: s = m - 7 grams
 //   positions   at, at + 1, ..., at + s - 1
@@ -23,14 +23,14 @@
 namespace vekch::kernels {
 
 constexpr int32_t kGram = sizeof(uint64_t);
-constexpr int32_t kMostGrams = 255;  // of a needle that count: their places fit bytes
+constexpr int32_t kMostGrams = 255;  // of a needle that count: their positions fit bytes
 
 // Where in the needle a gram with some hash last occurs, from 1 on; 0 if nowhere.
-struct GramPlaces {
+struct GramPositions {
   static constexpr int32_t kHashBits = 10;
   alignas(kBlock) uint8_t ofHash[1 << kHashBits];
 
-  VEK_INLINE GramPlaces() {
+  VEK_INLINE GramPositions() {
     for (int32_t i = 0; i < 1 << kHashBits; i += kBlock) {
       StoreAligned(ofHash + i, ZeroBlock());
     }
@@ -55,9 +55,9 @@ VEK_INLINE int32_t FindBySkipping(const Task& task, const Allowance& allowance,
   const int32_t n = task.needleLength;
   const ptrdiff_t length = ptrdiff_t{task.positions} + n - 1;
   const int32_t step = n - kGram + 1 < kMostGrams ? n - kGram + 1 : kMostGrams;
-  GramPlaces places;
+  GramPositions last;
   for (int32_t i = 0; i < step; ++i) {
-    places.Of(GramAt<kDirection>(task.needle, n, i)) = static_cast<uint8_t>(i + 1);
+    last.Of(GramAt<kDirection>(task.needle, n, i)) = static_cast<uint8_t>(i + 1);
   }
   int64_t effort = 0;
   for (ptrdiff_t at = progress->passed; at < task.positions;) {
@@ -65,24 +65,24 @@ VEK_INLINE int32_t FindBySkipping(const Task& task, const Allowance& allowance,
       return GramAt<kDirection>(task.source, length, i + step - 1);
     };
     while (at + 3 * step < task.positions &&
-           (places.Of(gram(at)) | places.Of(gram(at + step)) | places.Of(gram(at + 2 * step)) |
-            places.Of(gram(at + 3 * step))) == 0) {
+           (last.Of(gram(at)) | last.Of(gram(at + step)) | last.Of(gram(at + 2 * step)) |
+            last.Of(gram(at + 3 * step))) == 0) {
       at += 4 * step;
     }
     if (at >= task.positions) {
       break;
     }
     const uint64_t seen = gram(at);
-    const int32_t place = places.Of(seen);
-    at += step - place;
-    if (place == 0) {
+    const int32_t lastSeen = last.Of(seen);
+    at += step - lastSeen;
+    if (lastSeen == 0) {
       continue;
     }
     if (at >= task.positions) {
       break;
     }
     effort += kBlock;
-    if (seen == GramAt<kDirection>(task.needle, n, place - 1)) {
+    if (seen == GramAt<kDirection>(task.needle, n, lastSeen - 1)) {
       const auto position = static_cast<int32_t>(kForward ? at : task.positions - 1 - at);
       const int32_t difference = FirstHit(Differs{task.source + position, task.needle}, n);
       if (difference < 0) {

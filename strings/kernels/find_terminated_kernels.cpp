@@ -115,9 +115,9 @@ __attribute__((noinline)) VEK_KERNEL int32_t FindAmong(uint64_t candidates, cons
 
 // Compares a needle whose first two bytes match at a position: how many bytes do, up to
 // kMostCompared.
-VEK_INLINE int32_t EqualBytes(const uint8_t* place, const uint8_t* needle) {
+VEK_INLINE int32_t EqualBytes(const uint8_t* position, const uint8_t* needle) {
   int32_t i = 2;
-  while (i < kMostCompared && needle[i] != 0 && place[i] == needle[i]) {
+  while (i < kMostCompared && needle[i] != 0 && position[i] == needle[i]) {
     ++i;
   }
   return i;

@@ -65,7 +65,7 @@ VEK_INLINE Units operator>>(Units u, int count) { return {_mm_srli_epi16(u.lanes
 
 VEK_INLINE Units SwapBytes(Units u) { return (u << 8) | (u >> 8); }
 
-// Every unit at an even place, there and at the odd place that follows.
+// Every unit at an even position, there and at the odd position that follows.
 VEK_INLINE Units RepeatEven(Units u) {
   return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(u.lanes, 0xA0), 0xA0)};
 }
@@ -86,7 +86,7 @@ VEK_INLINE Quads MultiplyAdd(Units u, int16_t even, int16_t odd) {
   return {_mm_madd_epi16(u.lanes, _mm_set1_epi32(both))};
 }
 
-// The quads at two places, in the low half.
+// The quads at two positions, in the low half.
 VEK_INLINE Quads LoadQuads(const uint8_t* p, const uint8_t* q) {
   return {_mm_unpacklo_epi32(_mm_cvtsi32_si128(LoadWord<int32_t>(p)),
                              _mm_cvtsi32_si128(LoadWord<int32_t>(q)))};

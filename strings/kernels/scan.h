@@ -68,7 +68,7 @@ VEK_INLINE uint64_t GroupBits(const Probe& probe, ptrdiff_t i) {
 }
 
 // Hits in a string of kHalf to 2 * kHalf bytes, below 16 of one byte less: those of its last kHalf
-// bytes are shifted to their places after those of the first.
+// bytes are shifted to their positions after those of the first.
 template <int32_t kHalf, class Probe>
 VEK_INLINE uint64_t EndsBits(const Probe& probe, int32_t length) {
   const int32_t tail = length - kHalf;

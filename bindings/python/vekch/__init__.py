@@ -33,7 +33,7 @@ _library.vekch_python_cause.restype = ctypes.c_char_p
 
 
 class Error(ValueError):
-    """A pattern or a template that was refused. str() shows the cause, and a caret at the place."""
+    """A pattern or a template that was refused. str() shows the cause and a caret."""
 
     def __init__(self, cause: str, source: Union[str, bytes], offset: int) -> None:
         self.cause = cause
