@@ -6,14 +6,14 @@
  * The rules that all eight functions share:
  *   - Bytes are unsigned; zero bytes are ordinary bytes except in the _Z functions. Lengths count
  *     bytes.
- *   - The result is written through `index`: the zero-based position, from the start of `source`,
+ *   - The result is written through `index`: the zero-based position, from the start of `haystack`,
  *     of the first byte of the occurrence, or -1 where there is none. Not finding something is
  *     StatusNoError.
  *   - The strings are only read, so they may overlap; `index` must not lie inside them. No byte
  *     outside the given lengths is read (see the _Z functions for theirs).
  *   - On an error nothing is written.
  *
- * Time grows linearly with the length of the source for every needle and every set.
+ * Time grows linearly with the length of the haystack for every needle and every set.
  */
 #ifndef VEKCH_FIND_H
 #define VEKCH_FIND_H
@@ -26,37 +26,38 @@
 VEKCH_BEGIN_DECLS
 
 /**
- * Lowest index at which the whole needle occurs in the source.
+ * Lowest index at which the whole needle occurs in the haystack.
  *
- * An empty needle is found nowhere: it gives -1, not 0. So does a needle longer than the source.
+ * An empty needle is found nowhere: it gives -1, not 0. So does a needle longer than the haystack.
  *
- * Status, in order: StatusNullPointer if `source`, `needle` or `index` is null; StatusLengthError
- * if `sourceLength`, then `needleLength`, is negative; StatusNoError.
+ * Status, in order: StatusNullPointer if `haystack`, `needle` or `index` is null; StatusLengthError
+ * if `haystackLength`, then `needleLength`, is negative; StatusNoError.
  *
  *     veksFind_8u(text, textLength, (const uint8_t*)"error", 5, &index);
  */
-VEKCH_API vekStatus veksFind_8u(const uint8_t* source, int32_t sourceLength, const uint8_t* needle,
-                                int32_t needleLength, int32_t* index) VEKCH_NOEXCEPT;
+VEKCH_API vekStatus veksFind_8u(const uint8_t* haystack, int32_t haystackLength,
+                                const uint8_t* needle, int32_t needleLength,
+                                int32_t* index) VEKCH_NOEXCEPT;
 
 /**
- * Highest index at which the whole needle occurs in the source; occurrences may overlap, so "aa"
+ * Highest index at which the whole needle occurs in the haystack; occurrences may overlap, so "aa"
  * in "aaa" gives 1. Empty and too long needles, and the statuses, as for veksFind_8u.
  *
  *     veksFindRev_8u(path, pathLength, (const uint8_t*)"..", 2, &index);
  */
-VEKCH_API vekStatus veksFindRev_8u(const uint8_t* source, int32_t sourceLength,
+VEKCH_API vekStatus veksFindRev_8u(const uint8_t* haystack, int32_t haystackLength,
                                    const uint8_t* needle, int32_t needleLength,
                                    int32_t* index) VEKCH_NOEXCEPT;
 
 /**
- * Lowest index of the byte `value`; -1 for an empty source.
+ * Lowest index of the byte `value`; -1 for an empty haystack.
  *
- * Status, in order: StatusNullPointer if `source` or `index` is null; StatusLengthError if
- * `sourceLength` is negative; StatusNoError.
+ * Status, in order: StatusNullPointer if `haystack` or `index` is null; StatusLengthError if
+ * `haystackLength` is negative; StatusNoError.
  *
  *     veksFindC_8u(text, textLength, '\n', &index);
  */
-VEKCH_API vekStatus veksFindC_8u(const uint8_t* source, int32_t sourceLength, uint8_t value,
+VEKCH_API vekStatus veksFindC_8u(const uint8_t* haystack, int32_t haystackLength, uint8_t value,
                                  int32_t* index) VEKCH_NOEXCEPT;
 
 /**
@@ -64,27 +65,28 @@ VEKCH_API vekStatus veksFindC_8u(const uint8_t* source, int32_t sourceLength, ui
  *
  *     veksFindRevC_8u(path, pathLength, '/', &index);
  */
-VEKCH_API vekStatus veksFindRevC_8u(const uint8_t* source, int32_t sourceLength, uint8_t value,
+VEKCH_API vekStatus veksFindRevC_8u(const uint8_t* haystack, int32_t haystackLength, uint8_t value,
                                     int32_t* index) VEKCH_NOEXCEPT;
 
 /**
  * Lowest index of a byte that belongs to the set of byte values listed in `set`. Order and
- * repetitions in the list do not matter. An empty set or an empty source gives -1.
+ * repetitions in the list do not matter. An empty set or an empty haystack gives -1.
  *
- * Status, in order: StatusNullPointer if `source`, `set` or `index` is null; StatusLengthError if
- * `sourceLength`, then `setLength`, is negative; StatusNoError.
+ * Status, in order: StatusNullPointer if `haystack`, `set` or `index` is null; StatusLengthError if
+ * `haystackLength`, then `setLength`, is negative; StatusNoError.
  *
  *     veksFindCAny_8u(text, textLength, (const uint8_t*)" \t\r\n", 4, &index);
  */
-VEKCH_API vekStatus veksFindCAny_8u(const uint8_t* source, int32_t sourceLength, const uint8_t* set,
-                                    int32_t setLength, int32_t* index) VEKCH_NOEXCEPT;
+VEKCH_API vekStatus veksFindCAny_8u(const uint8_t* haystack, int32_t haystackLength,
+                                    const uint8_t* set, int32_t setLength,
+                                    int32_t* index) VEKCH_NOEXCEPT;
 
 /**
  * Highest index of a byte that belongs to the set; otherwise as veksFindCAny_8u.
  *
  *     veksFindRevCAny_8u(path, pathLength, (const uint8_t*)"/\\", 2, &index);
  */
-VEKCH_API vekStatus veksFindRevCAny_8u(const uint8_t* source, int32_t sourceLength,
+VEKCH_API vekStatus veksFindRevCAny_8u(const uint8_t* haystack, int32_t haystackLength,
                                        const uint8_t* set, int32_t setLength,
                                        int32_t* index) VEKCH_NOEXCEPT;
 
@@ -98,14 +100,14 @@ VEKCH_API vekStatus veksFindRevCAny_8u(const uint8_t* source, int32_t sourceLeng
  * read, in its own cache lines and thus never in another page. Nothing depends on what is
  * there.
  *
- * An occurrence is found without a look at the whole source: what is read after its start is at
+ * An occurrence is found without a look at the whole haystack: what is read after its start is at
  * most 16 KiB, or eight times the needle, and the rest of a group.
  *
- * Status, in order: StatusNullPointer if `source`, `needle` or `index` is null; StatusNoError.
+ * Status, in order: StatusNullPointer if `haystack`, `needle` or `index` is null; StatusNoError.
  *
  *     veksFind_Z_8u((const uint8_t*)"haystack", (const uint8_t*)"st", &index);
  */
-VEKCH_API vekStatus veksFind_Z_8u(const uint8_t* source, const uint8_t* needle,
+VEKCH_API vekStatus veksFind_Z_8u(const uint8_t* haystack, const uint8_t* needle,
                                   int32_t* index) VEKCH_NOEXCEPT;
 
 /**
@@ -115,12 +117,12 @@ VEKCH_API vekStatus veksFind_Z_8u(const uint8_t* source, const uint8_t* needle,
  * Hazards: for the value 0 the index pointer is NOT tested: a null `index` is then written to.
  * String length and reads of groups as for veksFind_Z_8u.
  *
- * Status, in order: StatusNullPointer if `source` is null, or if `value` is not 0 and `index` is
+ * Status, in order: StatusNullPointer if `haystack` is null, or if `value` is not 0 and `index` is
  * null; StatusNoError.
  *
  *     veksFindC_Z_8u((const uint8_t*)"name=value", '=', &index);
  */
-VEKCH_API vekStatus veksFindC_Z_8u(const uint8_t* source, uint8_t value,
+VEKCH_API vekStatus veksFindC_Z_8u(const uint8_t* haystack, uint8_t value,
                                    int32_t* index) VEKCH_NOEXCEPT;
 
 VEKCH_END_DECLS

@@ -209,24 +209,24 @@ inline std::size_t CharactersWithin(std::string_view text, std::size_t most) {
 
 // ---- Searching. A position, or npos; an empty needle is found nowhere, as in C.
 
-inline std::size_t find(std::string_view text, char value) {
-  return detail::FindForward(text, 0, [value](std::string_view piece, std::int32_t* index) {
+inline std::size_t find(std::string_view haystack, char value) {
+  return detail::FindForward(haystack, 0, [value](std::string_view piece, std::int32_t* index) {
     veksFindC_8u(detail::Bytes(piece), detail::Length(piece.size()),
                  static_cast<std::uint8_t>(value), index);
   });
 }
 
-inline std::size_t find(std::string_view text, std::string_view needle) {
-  if (text.size() <= detail::kLargestPiece && needle.size() <= detail::kLargestPiece) {
+inline std::size_t find(std::string_view haystack, std::string_view needle) {
+  if (haystack.size() <= detail::kLargestPiece && needle.size() <= detail::kLargestPiece) {
     std::int32_t index = -1;
-    veksFind_8u(detail::Bytes(text), detail::Length(text.size()), detail::Bytes(needle),
+    veksFind_8u(detail::Bytes(haystack), detail::Length(haystack.size()), detail::Bytes(needle),
                 detail::Length(needle.size()), &index);
     return detail::Position(index);
   }
   if (needle.size() >= detail::kLargestPiece) {
-    return text.find(needle);
+    return haystack.find(needle);
   }
-  return detail::FindForward(text, needle.empty() ? 0 : needle.size() - 1,
+  return detail::FindForward(haystack, needle.empty() ? 0 : needle.size() - 1,
                              [needle](std::string_view piece, std::int32_t* index) {
                                veksFind_8u(detail::Bytes(piece), detail::Length(piece.size()),
                                            detail::Bytes(needle), detail::Length(needle.size()),
@@ -234,18 +234,18 @@ inline std::size_t find(std::string_view text, std::string_view needle) {
                              });
 }
 
-inline std::size_t rfind(std::string_view text, char value) {
-  return detail::FindBackward(text, 0, [value](std::string_view piece, std::int32_t* index) {
+inline std::size_t rfind(std::string_view haystack, char value) {
+  return detail::FindBackward(haystack, 0, [value](std::string_view piece, std::int32_t* index) {
     veksFindRevC_8u(detail::Bytes(piece), detail::Length(piece.size()),
                     static_cast<std::uint8_t>(value), index);
   });
 }
 
-inline std::size_t rfind(std::string_view text, std::string_view needle) {
+inline std::size_t rfind(std::string_view haystack, std::string_view needle) {
   if (needle.size() >= detail::kLargestPiece) {
-    return text.rfind(needle);
+    return haystack.rfind(needle);
   }
-  return detail::FindBackward(text, needle.empty() ? 0 : needle.size() - 1,
+  return detail::FindBackward(haystack, needle.empty() ? 0 : needle.size() - 1,
                               [needle](std::string_view piece, std::int32_t* index) {
                                 veksFindRev_8u(detail::Bytes(piece), detail::Length(piece.size()),
                                                detail::Bytes(needle), detail::Length(needle.size()),

@@ -58,14 +58,14 @@ struct EqualsMember {
 template <int32_t kCount>
 struct InRanges {
   static constexpr Hits kHits = Hits::kSetLanes;
-  const uint8_t* source;
+  const uint8_t* haystack;
   ByteRange ranges[kCount];
 
-  VEK_INLINE const uint8_t* Anchor() const { return source; }
+  VEK_INLINE const uint8_t* Anchor() const { return haystack; }
 
   template <class Load>
   VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
-    const Block b = load(source + i);
+    const Block b = load(haystack + i);
     Block hits = InRange(b, ranges[0]);
 #pragma GCC unroll 4
     for (int32_t r = 1; r < kCount; ++r) {

@@ -7,12 +7,12 @@
 
 namespace vekch::kernels {
 
-VEK_KERNEL int32_t FindByte(const uint8_t* source, int32_t length, uint8_t value) {
-  return FirstHit(EqualsByte{source, Splat(value)}, length);
+VEK_KERNEL int32_t FindByte(const uint8_t* haystack, int32_t length, uint8_t value) {
+  return FirstHit(EqualsByte{haystack, Splat(value)}, length);
 }
 
-VEK_KERNEL int32_t FindLastByte(const uint8_t* source, int32_t length, uint8_t value) {
-  return LastHit(EqualsByte{source, Splat(value)}, length);
+VEK_KERNEL int32_t FindLastByte(const uint8_t* haystack, int32_t length, uint8_t value) {
+  return LastHit(EqualsByte{haystack, Splat(value)}, length);
 }
 
 }  // namespace vekch::kernels

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 
-// Search for a needle by a few of its bytes. A position of the source is a candidate if the chosen
-// bytes are at their positions after it; candidates are found 64 positions a step, and each is
-// compared with the whole needle.
+// Search for a needle by a few of its bytes. A position of the haystack is a candidate if the
+// chosen bytes are at their positions after it; candidates are found 64 positions a step, and each
+// is compared with the whole needle.
 //
 // A text can be made so that false candidates abound. The bytes spent on them are counted, and what
 // may be spent is bounded by a multiple of the positions passed: beyond that, the search gives up
@@ -22,7 +22,7 @@ namespace vekch::kernels {
 constexpr int32_t kGaveUp = -2;  // instead of a position: misled too often
 
 struct Task {
-  const uint8_t* source;
+  const uint8_t* haystack;
   const uint8_t* needle;
   int32_t needleLength;
   int32_t positions;  // at which the needle could start: 0 to positions - 1
@@ -51,7 +51,7 @@ struct HasChosen {
 
   VEK_INLINE HasChosen(const Task& task, const Choice<kBytes>& choice) {
     for (int32_t i = 0; i < kBytes; ++i) {
-      positions[i] = task.source + choice.offsets[i];
+      positions[i] = task.haystack + choice.offsets[i];
       bytes[i] = Splat(task.needle[choice.offsets[i]]);
     }
   }
@@ -117,8 +117,8 @@ struct Allowance {
 
 // The positions after those passed, of 64 and more in all. `verify` is Verify in this direction, as
 // a function of its own, so that the search for candidates pays for nothing else. The last step
-// ends with the last position and overlaps the one before it, and one of a long source starts on a
-// boundary of 64: false candidates are then refused twice.
+// ends with the last position and overlaps the one before it, and one of a long haystack starts on
+// a boundary of 64: false candidates are then refused twice.
 //
 // Tried and not kept: fetching 512 bytes ahead (no faster beyond the first cache, and slower in
 // it).
@@ -137,7 +137,7 @@ VEK_INLINE int32_t FindInSteps(const Task& task, const HasChosen<kBytes>& probe,
     patience.left += (covered - paid) / kBlock * allowance.perBlock;
     paid = covered;
     const int32_t lane =
-        verify(task.source + start, task.needle, task.needleLength, candidates, &patience);
+        verify(task.haystack + start, task.needle, task.needleLength, candidates, &patience);
     if (lane >= 0) {
       found = static_cast<int32_t>(start) + lane;
     } else if (lane == kGaveUp) {

@@ -56,12 +56,12 @@ VEK_INLINE bool StopsIn(const uint8_t* group, Stop stop) {
 }
 
 template <class Stop>
-VEK_INLINE int32_t FindEnd(const uint8_t* source, Stop stop) {
-  const ptrdiff_t offset = Misalignment<kGroup>(source);
-  const uint8_t* group = source - offset;
+VEK_INLINE int32_t FindEnd(const uint8_t* haystack, Stop stop) {
+  const ptrdiff_t offset = Misalignment<kGroup>(haystack);
+  const uint8_t* group = haystack - offset;
   const ptrdiff_t last = kGroup - kBlock;
   if (__builtin_expect(offset <= last, 1)) {
-    if (const uint32_t bits = ZeroBits(stop(LoadAny(source))); __builtin_expect(bits != 0, 1)) {
+    if (const uint32_t bits = ZeroBits(stop(LoadAny(haystack))); __builtin_expect(bits != 0, 1)) {
       return LowestBit(bits);
     }
     if (const uint64_t bits = StopBits(group, stop) >> offset; bits != 0) {
@@ -74,7 +74,7 @@ VEK_INLINE int32_t FindEnd(const uint8_t* source, Stop stop) {
   do {
     group += kGroup;
   } while (!StopsIn(group, stop));
-  return static_cast<int32_t>(group - source) + LowestBit(StopBits(group, stop));
+  return static_cast<int32_t>(group - haystack) + LowestBit(StopBits(group, stop));
 }
 
 }  // namespace vekch::kernels

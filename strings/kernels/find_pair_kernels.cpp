@@ -13,9 +13,9 @@ struct HasPair {
   const uint8_t* positions[2];
   ByteRange ranges[2][kRanges];
 
-  VEK_INLINE HasPair(const uint8_t* source, const BytePair& pair) {
+  VEK_INLINE HasPair(const uint8_t* haystack, const BytePair& pair) {
     for (int32_t side = 0; side < 2; ++side) {
-      positions[side] = source + pair.offsets[side];
+      positions[side] = haystack + pair.offsets[side];
       for (int32_t r = 0; r < kRanges; ++r) {
         ranges[side][r] = MakeRange(pair.sets[side].lowest[r], pair.sets[side].highest[r]);
       }

@@ -4,19 +4,18 @@
 //
 //   one member       a search for that byte
 //   up to 4          each block is compared with every member
-//   more             first the 16 bytes where the scan starts are compared with member after
-//   member,
-//                    so that a hit nearby costs no preparation; with up to 8 members, then 64
-//                    bytes. Short sources are compared so as a whole. Exceptions are sets of more
-//                    than 32 members, and of more than 16 in up to 8 bytes, each of which is then
-//                    searched for in the set
+//   more             first the 16 bytes where the scan starts are compared with one member after
+//                    the other, so that a hit nearby costs no preparation; with up to 8 members,
+//                    then 64 bytes. Short haystacks are compared so as a whole. Exceptions are sets
+//                    of more than 32 members, and of more than 16 in up to 8 bytes, each of which
+//                    is then searched for in the set
 //   further on       up to 8 members are compared with 64 bytes a step; for more, a table of 256
 //                    entries is filled and bytes are looked up
-//   in long sources  ranges that cover the set are tested instead, and hits looked up, until the
-//                    source has had too many bytes that are in a range but not in the set
+//   in long ones     ranges that cover the set are tested instead, and hits looked up, until the
+//                    haystack has had too many bytes that are in a range but not in the set
 //
 // Tried and not kept: members kept splatted, in registers or on the stack, instead of splatting
-// them anew for every 64 bytes (as fast in long sources, but twice the time for the first 16
+// them anew for every 64 bytes (as fast in long haystacks, but twice the time for the first 16
 // bytes); 64 bytes compared with 9 and more members before the table is filled (as much time as it
 // takes to fill it and to look these bytes up); ranges from 256 bytes on (finding those of 20
 // scattered members takes as long as looking 300 bytes up).
@@ -29,16 +28,16 @@
 namespace vekch::kernels {
 namespace {
 
-constexpr int32_t kFewSourceBytes = 8;  // searched for in a large set one by one
+constexpr int32_t kFewBytes = 8;        // searched for in a large set one by one
 constexpr int32_t kFewMembers = 8;      // comparing with so many is faster than looking up
 constexpr int32_t kMostAtOnce = 32;     // members with which the first bytes are compared
-constexpr int32_t kLongSource = 320;    // from here on, finding the ranges pays
+constexpr int32_t kLongHaystack = 320;  // from here on, finding the ranges pays
 constexpr int32_t kLookedUp = 64;       // bytes looked up before that
 
-// A source of which the bytes where the scan starts are known to be no members.
+// A haystack of which the bytes where the scan starts are known to be no members.
 struct Rest {
-  const uint8_t* source;
-  int32_t length;  // of the whole source
+  const uint8_t* haystack;
+  int32_t length;  // of the whole haystack
   int32_t passed;
 };
 
@@ -116,7 +115,7 @@ VEK_INLINE int32_t FindInGroups(const Rest& rest, const uint8_t* set, int32_t se
   for (ptrdiff_t passed = rest.passed; passed < rest.length; passed += kGroup) {
     const ptrdiff_t begin = passed < last ? passed : last;
     const ptrdiff_t start = kDirection == Direction::kForward ? begin : last - begin;
-    if (const uint64_t bits = MembersInGroup(rest.source + start, set, setLength); bits != 0) {
+    if (const uint64_t bits = MembersInGroup(rest.haystack + start, set, setLength); bits != 0) {
       return static_cast<int32_t>(start) + HitOf<kDirection>(bits);
     }
   }
@@ -133,7 +132,7 @@ VEK_INLINE uint32_t EntriesOf(uint32_t word, const uint8_t* entries) {
 }
 
 template <Direction kDirection>
-VEK_INLINE int32_t FindInTable(const uint8_t* source, int32_t length, const Table& table) {
+VEK_INLINE int32_t FindInTable(const uint8_t* haystack, int32_t length, const Table& table) {
   constexpr int32_t kStep = 8;
   const auto noneAt = [&](const uint8_t* p) __attribute__((always_inline)) {
     return (EntriesOf(LoadWord<uint32_t>(p), table.entries) |
@@ -141,19 +140,19 @@ VEK_INLINE int32_t FindInTable(const uint8_t* source, int32_t length, const Tabl
   };
   if constexpr (kDirection == Direction::kForward) {
     int32_t i = 0;
-    while (length - i >= kStep && noneAt(source + i)) {
+    while (length - i >= kStep && noneAt(haystack + i)) {
       i += kStep;
     }
-    while (i < length && !table.Has(source[i])) {
+    while (i < length && !table.Has(haystack[i])) {
       ++i;
     }
     return i < length ? i : -1;
   } else {
     int32_t end = length;
-    while (end >= kStep && noneAt(source + end - kStep)) {
+    while (end >= kStep && noneAt(haystack + end - kStep)) {
       end -= kStep;
     }
-    while (end > 0 && !table.Has(source[end - 1])) {
+    while (end > 0 && !table.Has(haystack[end - 1])) {
       --end;
     }
     return end - 1;
@@ -177,13 +176,13 @@ VEK_INLINE int32_t FindInRanges(Rest* rest, const RangeList& list, const Table& 
   int32_t allowed = 4 + (rest->length - rest->passed) / 128;
   while (rest->passed < rest->length) {
     const int32_t offset = kForward ? rest->passed : 0;
-    probe.source = rest->source + offset;
+    probe.haystack = rest->haystack + offset;
     const int32_t hit = ScanFor<kDirection>(probe, rest->length - rest->passed);
     if (hit < 0) {
       return -1;
     }
     const int32_t at = offset + hit;
-    if (table.Has(rest->source[at])) {
+    if (table.Has(rest->haystack[at])) {
       return at;
     }
     rest->passed = kForward ? at + 1 : rest->length - at;
@@ -198,7 +197,7 @@ template <Direction kDirection>
 VEK_INLINE int32_t FindRestInTable(const Rest& rest, const Table& table) {
   const int32_t offset = kDirection == Direction::kForward ? rest.passed : 0;
   const int32_t at =
-      FindInTable<kDirection>(rest.source + offset, rest.length - rest.passed, table);
+      FindInTable<kDirection>(rest.haystack + offset, rest.length - rest.passed, table);
   return at < 0 ? -1 : offset + at;
 }
 
@@ -227,7 +226,7 @@ VEK_OUT_OF_LINE int32_t In4RangesBackward(Rest* rest, const RangeList& list, con
   return FindInRanges<Direction::kBackward, kMostRanges>(rest, list, table);
 }
 
-// In a long source.
+// In a long haystack.
 template <Direction kDirection>
 VEK_INLINE int32_t FindByRanges(Rest* rest, const Table& table) {
   RangeList list;
@@ -248,7 +247,7 @@ VEK_INLINE int32_t FindByRanges(Rest* rest, const Table& table) {
 // A set of which 64 bytes were compared with every member.
 template <Direction kDirection>
 VEK_INLINE int32_t FindOfSmallSet(Rest rest, const uint8_t* set, int32_t setLength) {
-  if (rest.length >= kLongSource) {
+  if (rest.length >= kLongHaystack) {
     const Table table(set, setLength);
     if (const int32_t at = FindByRanges<kDirection>(&rest, table); at != kMisledTooOften) {
       return at;
@@ -260,13 +259,13 @@ VEK_INLINE int32_t FindOfSmallSet(Rest rest, const uint8_t* set, int32_t setLeng
 template <Direction kDirection>
 VEK_INLINE int32_t FindOfLargeSet(Rest rest, const uint8_t* set, int32_t setLength) {
   const Table table(set, setLength);
-  if (rest.length >= kLongSource) {
+  if (rest.length >= kLongHaystack) {
     const Rest near = {kDirection == Direction::kForward
-                           ? rest.source
-                           : rest.source + rest.length - rest.passed - kLookedUp,
+                           ? rest.haystack
+                           : rest.haystack + rest.length - rest.passed - kLookedUp,
                        rest.passed + kLookedUp, rest.passed};
     if (const int32_t at = FindRestInTable<kDirection>(near, table); at >= 0) {
-      return static_cast<int32_t>(near.source - rest.source) + at;
+      return static_cast<int32_t>(near.haystack - rest.haystack) + at;
     }
     rest.passed += kLookedUp;
     if (const int32_t at = FindByRanges<kDirection>(&rest, table); at != kMisledTooOften) {
@@ -294,11 +293,11 @@ VEK_OUT_OF_LINE int32_t OfLargeSetBackward(const Rest& rest, const uint8_t* set,
 // ---- A hit nearby
 
 template <Direction kDirection>
-VEK_INLINE int32_t FindByteByByte(const uint8_t* source, int32_t length, const uint8_t* set,
+VEK_INLINE int32_t FindByteByByte(const uint8_t* haystack, int32_t length, const uint8_t* set,
                                   int32_t setLength) {
   for (int32_t step = 0; step < length; ++step) {
     const int32_t i = kDirection == Direction::kForward ? step : length - 1 - step;
-    if (FirstHit(EqualsByte{set, Splat(source[i])}, setLength) >= 0) {
+    if (FirstHit(EqualsByte{set, Splat(haystack[i])}, setLength) >= 0) {
       return i;
     }
   }
@@ -306,41 +305,42 @@ VEK_INLINE int32_t FindByteByByte(const uint8_t* source, int32_t length, const u
 }
 
 template <Direction kDirection>
-VEK_INLINE int32_t FindOfMany(const uint8_t* source, int32_t length, const uint8_t* set,
+VEK_INLINE int32_t FindOfMany(const uint8_t* haystack, int32_t length, const uint8_t* set,
                               int32_t setLength) {
   constexpr bool kForward = kDirection == Direction::kForward;
   if (length < kBlock) {
-    return length <= kFewSourceBytes && setLength > kMostMembers
-               ? FindByteByByte<kDirection>(source, length, set, setLength)
-               : HitOf<kDirection>(MembersInFew(source, length, set, setLength));
+    return length <= kFewBytes && setLength > kMostMembers
+               ? FindByteByByte<kDirection>(haystack, length, set, setLength)
+               : HitOf<kDirection>(MembersInFew(haystack, length, set, setLength));
   }
   int32_t passed = 0;
   if (setLength <= kMostAtOnce) {
     if (length <= 2 * kBlock) {
       const int32_t tail = length - kBlock;
       const uint64_t bits =
-          MemberBits<2>({LoadAny(source), LoadAny(source + tail)}, set, setLength);
+          MemberBits<2>({LoadAny(haystack), LoadAny(haystack + tail)}, set, setLength);
       return HitOf<kDirection>((bits & 0xFFFFU) | ((bits >> kBlock) << tail));
     }
     const int32_t block = kForward ? 0 : length - kBlock;
-    if (const uint64_t bits = MemberBits<1>({LoadAny(source + block)}, set, setLength); bits != 0) {
+    if (const uint64_t bits = MemberBits<1>({LoadAny(haystack + block)}, set, setLength);
+        bits != 0) {
       return block + HitOf<kDirection>(bits);
     }
     passed = kBlock;
   }
   if (length <= kGroup && setLength <= kMostMembers) {
     const int32_t tail = length - 2 * kBlock;
-    const uint64_t bits = MembersInHalves(source, source + tail, set, setLength);
+    const uint64_t bits = MembersInHalves(haystack, haystack + tail, set, setLength);
     return HitOf<kDirection>((bits & 0xFFFFFFFFU) | ((bits >> 32) << tail));
   }
   if (setLength <= kFewMembers) {
     const int32_t group = kForward ? 0 : length - kGroup;
-    if (const uint64_t bits = MembersInGroup(source + group, set, setLength); bits != 0) {
+    if (const uint64_t bits = MembersInGroup(haystack + group, set, setLength); bits != 0) {
       return group + HitOf<kDirection>(bits);
     }
     passed = kGroup;
   }
-  const Rest rest = {source, length, passed};
+  const Rest rest = {haystack, length, passed};
   if constexpr (kForward) {
     return (setLength <= kFewMembers ? OfSmallSetForward : OfLargeSetForward)(rest, set, setLength);
   } else {
@@ -350,52 +350,52 @@ VEK_INLINE int32_t FindOfMany(const uint8_t* source, int32_t length, const uint8
 }
 
 template <Direction kDirection, int32_t kCount>
-VEK_INLINE int32_t FindMember(const uint8_t* source, int32_t length, const uint8_t* set,
+VEK_INLINE int32_t FindMember(const uint8_t* haystack, int32_t length, const uint8_t* set,
                               int32_t setLength) {
-  return ScanFor<kDirection>(EqualsMember<kCount>(source, set, setLength), length);
+  return ScanFor<kDirection>(EqualsMember<kCount>(haystack, set, setLength), length);
 }
 
-VEK_OUT_OF_LINE int32_t OfManyForward(const uint8_t* source, int32_t length, const uint8_t* set,
+VEK_OUT_OF_LINE int32_t OfManyForward(const uint8_t* haystack, int32_t length, const uint8_t* set,
                                       int32_t setLength) {
-  return FindOfMany<Direction::kForward>(source, length, set, setLength);
+  return FindOfMany<Direction::kForward>(haystack, length, set, setLength);
 }
-VEK_OUT_OF_LINE int32_t OfManyBackward(const uint8_t* source, int32_t length, const uint8_t* set,
+VEK_OUT_OF_LINE int32_t OfManyBackward(const uint8_t* haystack, int32_t length, const uint8_t* set,
                                        int32_t setLength) {
-  return FindOfMany<Direction::kBackward>(source, length, set, setLength);
+  return FindOfMany<Direction::kBackward>(haystack, length, set, setLength);
 }
-VEK_OUT_OF_LINE int32_t Of4Forward(const uint8_t* source, int32_t length, const uint8_t* set,
+VEK_OUT_OF_LINE int32_t Of4Forward(const uint8_t* haystack, int32_t length, const uint8_t* set,
                                    int32_t setLength) {
-  return FindMember<Direction::kForward, 4>(source, length, set, setLength);
+  return FindMember<Direction::kForward, 4>(haystack, length, set, setLength);
 }
-VEK_OUT_OF_LINE int32_t Of4Backward(const uint8_t* source, int32_t length, const uint8_t* set,
+VEK_OUT_OF_LINE int32_t Of4Backward(const uint8_t* haystack, int32_t length, const uint8_t* set,
                                     int32_t setLength) {
-  return FindMember<Direction::kBackward, 4>(source, length, set, setLength);
+  return FindMember<Direction::kBackward, 4>(haystack, length, set, setLength);
 }
 
 }  // namespace
 
-VEK_KERNEL int32_t FindAnyOf(const uint8_t* source, int32_t length, const uint8_t* set,
+VEK_KERNEL int32_t FindAnyOf(const uint8_t* haystack, int32_t length, const uint8_t* set,
                              int32_t setLength) {
   if (setLength == 1) {
-    return FindByte(source, length, set[0]);
+    return FindByte(haystack, length, set[0]);
   }
   if (setLength > 4) {
-    return OfManyForward(source, length, set, setLength);
+    return OfManyForward(haystack, length, set, setLength);
   }
-  return setLength > 2 ? Of4Forward(source, length, set, setLength)
-                       : FindMember<Direction::kForward, 2>(source, length, set, setLength);
+  return setLength > 2 ? Of4Forward(haystack, length, set, setLength)
+                       : FindMember<Direction::kForward, 2>(haystack, length, set, setLength);
 }
 
-VEK_KERNEL int32_t FindLastOf(const uint8_t* source, int32_t length, const uint8_t* set,
+VEK_KERNEL int32_t FindLastOf(const uint8_t* haystack, int32_t length, const uint8_t* set,
                               int32_t setLength) {
   if (setLength == 1) {
-    return FindLastByte(source, length, set[0]);
+    return FindLastByte(haystack, length, set[0]);
   }
   if (setLength > 4) {
-    return OfManyBackward(source, length, set, setLength);
+    return OfManyBackward(haystack, length, set, setLength);
   }
-  return setLength > 2 ? Of4Backward(source, length, set, setLength)
-                       : FindMember<Direction::kBackward, 2>(source, length, set, setLength);
+  return setLength > 2 ? Of4Backward(haystack, length, set, setLength)
+                       : FindMember<Direction::kBackward, 2>(haystack, length, set, setLength);
 }
 
 }  // namespace vekch::kernels

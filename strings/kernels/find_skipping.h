@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Search for a long needle by looking at few bytes of the source, after Horspool, with grams of
+// Search for a long needle by looking at few bytes of the haystack, after Horspool, with grams of
 // eight bytes instead of single ones (compare Lecroq, "Fast exact string matching algorithms").
 //
 //   needle      |.......................|         of m bytes: s = m - 7 grams
@@ -62,7 +62,7 @@ VEK_INLINE int32_t FindBySkipping(const Task& task, const Allowance& allowance,
   int64_t effort = 0;
   for (ptrdiff_t at = progress->passed; at < task.positions;) {
     const auto gram = [&](ptrdiff_t i) __attribute__((always_inline)) {
-      return GramAt<kDirection>(task.source, length, i + step - 1);
+      return GramAt<kDirection>(task.haystack, length, i + step - 1);
     };
     while (at + 3 * step < task.positions &&
            (last.Of(gram(at)) | last.Of(gram(at + step)) | last.Of(gram(at + 2 * step)) |
@@ -84,7 +84,7 @@ VEK_INLINE int32_t FindBySkipping(const Task& task, const Allowance& allowance,
     effort += kBlock;
     if (seen == GramAt<kDirection>(task.needle, n, lastSeen - 1)) {
       const auto position = static_cast<int32_t>(kForward ? at : task.positions - 1 - at);
-      const int32_t difference = FirstHit(Differs{task.source + position, task.needle}, n);
+      const int32_t difference = FirstHit(Differs{task.haystack + position, task.needle}, n);
       if (difference < 0) {
         return position;
       }

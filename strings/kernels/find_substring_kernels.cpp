@@ -4,9 +4,9 @@
 //
 //   nearby      the positions where the scan starts, by masks of the needle's first and last byte:
 //               one mask for up to 64, two for up to 128
-//   further on  in a source that is not long, by the same two bytes. In a long one by bytes chosen
-//               for being rare there and in texts: by one, if the 64 bytes before do not hold it,
-//               else by two; for a very long needle by skipping
+//   further on  in a haystack that is not long, by the same two bytes. In a long one by bytes
+//               chosen for being rare there and in texts: by one, if the 64 bytes before do not
+//               hold it, else by two; for a very long needle by skipping
 //
 // and where candidates turn out false too often:
 //
@@ -15,7 +15,7 @@
 //   by the two-way method, which can't be misled
 //
 // Tried and not kept: choosing by how common bytes are in texts alone (in a text over few letters
-// the choice was as good as none); four bytes at once in sources up to 1 KiB (half the speed of
+// the choice was as good as none); four bytes at once in haystacks up to 1 KiB (half the speed of
 // two); skipping for needles of 24 to 47 bytes before anything else (in periodic texts half of the
 // time).
 
@@ -28,18 +28,19 @@
 namespace vekch::kernels {
 namespace {
 
-constexpr int32_t kLongSource = 1024;      // positions from which choosing bytes pays
-constexpr int32_t kVeryLongSource = 8192;  // and filling a table for skipping
+constexpr int32_t kLongHaystack = 1024;      // positions from which choosing bytes pays
+constexpr int32_t kVeryLongHaystack = 8192;  // and filling a table for skipping
 
-constexpr int32_t kMostToChooseFrom = 32;  // of the needle's bytes; a part of them in a long source
-constexpr int32_t kFewToChooseFrom = 12;   // that is not very long
+// Of the needle's bytes, in a long haystack; in one that is not very long, fewer.
+constexpr int32_t kMostToChooseFrom = 32;
+constexpr int32_t kFewToChooseFrom = 12;
 
 constexpr int32_t kSkipWhenMisled = 16;  // needle lengths from which skipping is faster than four
 constexpr int32_t kSkipAtOnce = 48;      // bytes, and than two
 
 constexpr int64_t kPatienceNearby = 64;
 constexpr int64_t kPatienceShort = 2048;  // where there are no more positions than those nearby
-constexpr int32_t kNearby = 256;          // positions by the first and the last byte in any source
+constexpr int32_t kNearby = 256;  // positions by the first and the last byte in any haystack
 constexpr Allowance kForOne = {64, 2};
 constexpr Allowance kForTwo = {256, 2};
 constexpr Allowance kForFour = {1024, 64};
@@ -63,10 +64,10 @@ VEK_INLINE uint32_t CountIn(const uint8_t* sample, uint8_t value) {
   return SumOfBytes(ZeroBlock() - minusCounts);
 }
 
-// Of the needle's first and last bytes, those that a sample of the source, then texts at large hold
-// least often.
+// Of the needle's first and last bytes, those that a sample of the haystack, then texts at large
+// hold least often.
 VEK_INLINE RareBytes ChooseRareBytes(const Task& task, const uint8_t* sample) {
-  const int32_t most = task.positions < kVeryLongSource ? kFewToChooseFrom : kMostToChooseFrom;
+  const int32_t most = task.positions < kVeryLongHaystack ? kFewToChooseFrom : kMostToChooseFrom;
   const int32_t count = task.needleLength < most ? task.needleLength : most;
   RareBytes rare = {Ends(task.needleLength), false};
   uint32_t rarest = UINT32_MAX;
@@ -144,22 +145,22 @@ VEK_OUT_OF_LINE int32_t BySkippingBackward(const Task& task, Progress* progress)
 
 // The length is summed up in this order since it may be the largest that there is.
 VEK_OUT_OF_LINE int32_t ByTwoWayForward(const Task& task, int32_t passed) {
-  return TwoWay<Direction::kForward>(task.source, task.needleLength - 1 + task.positions,
+  return TwoWay<Direction::kForward>(task.haystack, task.needleLength - 1 + task.positions,
                                      task.needle, task.needleLength, passed);
 }
 VEK_OUT_OF_LINE int32_t ByTwoWayBackward(const Task& task, int32_t passed) {
-  return TwoWay<Direction::kBackward>(task.source, task.needleLength - 1 + task.positions,
+  return TwoWay<Direction::kBackward>(task.haystack, task.needleLength - 1 + task.positions,
                                       task.needle, task.needleLength, passed);
 }
 
 // ---- The ways in their order, each going on where the one before it gave up.
 
-// 64 bytes of the source where those already passed end.
+// 64 bytes of the haystack where those already passed end.
 template <Direction kDirection>
 VEK_INLINE const uint8_t* SampleAt(const Task& task, int32_t passed) {
   const int32_t reached = passed > kGroup ? passed : kGroup;
-  return kDirection == Direction::kForward ? task.source + reached - kGroup
-                                           : task.source + task.positions - reached;
+  return kDirection == Direction::kForward ? task.haystack + reached - kGroup
+                                           : task.haystack + task.positions - reached;
 }
 
 template <Direction kDirection>
@@ -185,13 +186,13 @@ VEK_INLINE int32_t FindByFailure(const Task& task, Progress* progress) {
              : (kForward ? ByOneForward : ByOneBackward)(task, progress->failedAt, progress);
 }
 
-// The next positions in scan order by the needle's ends too, in a short source all of them.
+// The next positions in scan order by the needle's ends too, in a short haystack all of them.
 template <Direction kDirection>
 VEK_INLINE int32_t FindNearby(const Task& task, Progress* progress) {
   constexpr bool kForward = kDirection == Direction::kForward;
-  const int32_t positions = task.positions < kLongSource ? task.positions : kNearby;
+  const int32_t positions = task.positions < kLongHaystack ? task.positions : kNearby;
   const int32_t offset = kForward ? 0 : task.positions - positions;
-  const Task nearby = {task.source + offset, task.needle, task.needleLength, positions};
+  const Task nearby = {task.haystack + offset, task.needle, task.needleLength, positions};
   const int32_t at = FindByBytes<kDirection>(nearby, Ends(task.needleLength), kForTwo, progress);
   if (at == -1) {
     progress->passed = positions;
@@ -203,13 +204,13 @@ VEK_INLINE int32_t FindNearby(const Task& task, Progress* progress) {
 template <Direction kDirection>
 VEK_INLINE int32_t FindFurther(const Task& task, Progress progress) {
   constexpr bool kForward = kDirection == Direction::kForward;
-  const bool isLong = task.positions >= kLongSource;
+  const bool isLong = task.positions >= kLongHaystack;
   bool skipped = false;
   int32_t at = kGaveUp;
   if (progress.passed != 0) {
     at = FindNearby<kDirection>(task, &progress);
     if (at == -1 && isLong) {
-      skipped = task.positions >= kVeryLongSource && task.needleLength >= kSkipAtOnce;
+      skipped = task.positions >= kVeryLongHaystack && task.needleLength >= kSkipAtOnce;
       at = skipped ? (kForward ? BySkippingForward : BySkippingBackward)(task, &progress)
                    : FindByRareBytes<kDirection>(task, &progress);
     }
@@ -261,7 +262,7 @@ VEK_INLINE int32_t GoOnWith(const Task& task, uint64_t candidates, int32_t start
                                                              : kPatienceNearby,
                        0};
   for (;;) {
-    const int32_t lane = Verify<kDirection>(task.source + start, task.needle, task.needleLength,
+    const int32_t lane = Verify<kDirection>(task.haystack + start, task.needle, task.needleLength,
                                             candidates, &patience);
     if (lane >= 0) {
       return start + lane;
@@ -285,59 +286,60 @@ VEK_INLINE int32_t GoOnWith(const Task& task, uint64_t candidates, int32_t start
   }
 }
 
-VEK_OUT_OF_LINE int32_t RefuteForward(const uint8_t* source, int32_t positions,
+VEK_OUT_OF_LINE int32_t RefuteForward(const uint8_t* haystack, int32_t positions,
                                       const uint8_t* needle, int32_t needleLength,
                                       uint64_t candidates, int32_t start) {
-  return GoOnWith<Direction::kForward>({source, needle, needleLength, positions}, candidates,
+  return GoOnWith<Direction::kForward>({haystack, needle, needleLength, positions}, candidates,
                                        start);
 }
-VEK_OUT_OF_LINE int32_t RefuteBackward(const uint8_t* source, int32_t positions,
+VEK_OUT_OF_LINE int32_t RefuteBackward(const uint8_t* haystack, int32_t positions,
                                        const uint8_t* needle, int32_t needleLength,
                                        uint64_t candidates, int32_t start) {
-  return GoOnWith<Direction::kBackward>({source, needle, needleLength, positions}, candidates,
+  return GoOnWith<Direction::kBackward>({haystack, needle, needleLength, positions}, candidates,
                                         start);
 }
 
 // Mostly the first candidate is right, and a short needle quickly compared.
-VEK_OUT_OF_LINE int32_t GoOnForward(const uint8_t* source, int32_t positions, const uint8_t* needle,
-                                    int32_t needleLength, uint64_t candidates, int32_t start) {
+VEK_OUT_OF_LINE int32_t GoOnForward(const uint8_t* haystack, int32_t positions,
+                                    const uint8_t* needle, int32_t needleLength,
+                                    uint64_t candidates, int32_t start) {
   const int32_t at = start + LowestBit(candidates);
-  return needleLength < kBlock && Equal(source + at, needle, needleLength)
+  return needleLength < kBlock && Equal(haystack + at, needle, needleLength)
              ? at
-             : RefuteForward(source, positions, needle, needleLength, candidates, start);
+             : RefuteForward(haystack, positions, needle, needleLength, candidates, start);
 }
-VEK_OUT_OF_LINE int32_t GoOnBackward(const uint8_t* source, int32_t positions,
+VEK_OUT_OF_LINE int32_t GoOnBackward(const uint8_t* haystack, int32_t positions,
                                      const uint8_t* needle, int32_t needleLength,
                                      uint64_t candidates, int32_t start) {
   const int32_t at = start + HighestBit(candidates);
-  return needleLength < kBlock && Equal(source + at, needle, needleLength)
+  return needleLength < kBlock && Equal(haystack + at, needle, needleLength)
              ? at
-             : RefuteBackward(source, positions, needle, needleLength, candidates, start);
+             : RefuteBackward(haystack, positions, needle, needleLength, candidates, start);
 }
 
-VEK_OUT_OF_LINE int32_t AfterNearbyForward(const uint8_t* source, int32_t positions,
+VEK_OUT_OF_LINE int32_t AfterNearbyForward(const uint8_t* haystack, int32_t positions,
                                            const uint8_t* needle, int32_t needleLength) {
-  return FurtherForward({source, needle, needleLength, positions}, {2 * kGroup, 0});
+  return FurtherForward({haystack, needle, needleLength, positions}, {2 * kGroup, 0});
 }
-VEK_OUT_OF_LINE int32_t AfterNearbyBackward(const uint8_t* source, int32_t positions,
+VEK_OUT_OF_LINE int32_t AfterNearbyBackward(const uint8_t* haystack, int32_t positions,
                                             const uint8_t* needle, int32_t needleLength) {
-  return FurtherBackward({source, needle, needleLength, positions}, {2 * kGroup, 0});
+  return FurtherBackward({haystack, needle, needleLength, positions}, {2 * kGroup, 0});
 }
 
 // Every call is the last thing done, so that a search without candidates saves no registers.
 template <Direction kDirection>
-VEK_INLINE int32_t FindNeedle(const uint8_t* source, int32_t length, const uint8_t* needle,
+VEK_INLINE int32_t FindNeedle(const uint8_t* haystack, int32_t length, const uint8_t* needle,
                               int32_t needleLength) {
   constexpr bool kForward = kDirection == Direction::kForward;
   const int32_t positions = length - needleLength + 1;
   if (positions == 1) {
-    return Equal(source, needle, needleLength) ? 0 : -1;
+    return Equal(haystack, needle, needleLength) ? 0 : -1;
   }
-  const HasChosen<2> ends({source, needle, needleLength, positions}, Ends(needleLength));
+  const HasChosen<2> ends({haystack, needle, needleLength, positions}, Ends(needleLength));
   const auto goOnIfAny = [&](uint64_t candidates, int32_t start) __attribute__((always_inline)) {
     return candidates == 0 ? -1
                            : (kForward ? GoOnForward : GoOnBackward)(
-                                 source, positions, needle, needleLength, candidates, start);
+                                 haystack, positions, needle, needleLength, candidates, start);
   };
   if (positions <= kGroup) {
     return UseBitsOfShort(
@@ -355,21 +357,23 @@ VEK_INLINE int32_t FindNeedle(const uint8_t* source, int32_t length, const uint8
   }
   return positions <= 2 * kGroup ? -1
                                  : (kForward ? AfterNearbyForward : AfterNearbyBackward)(
-                                       source, positions, needle, needleLength);
+                                       haystack, positions, needle, needleLength);
 }
 
 }  // namespace
 
-VEK_KERNEL int32_t FindSubstring(const uint8_t* source, int32_t length, const uint8_t* needle,
+VEK_KERNEL int32_t FindSubstring(const uint8_t* haystack, int32_t length, const uint8_t* needle,
                                  int32_t needleLength) {
-  return needleLength == 1 ? FindByte(source, length, needle[0])
-                           : FindNeedle<Direction::kForward>(source, length, needle, needleLength);
+  return needleLength == 1
+             ? FindByte(haystack, length, needle[0])
+             : FindNeedle<Direction::kForward>(haystack, length, needle, needleLength);
 }
 
-VEK_KERNEL int32_t FindLastSubstring(const uint8_t* source, int32_t length, const uint8_t* needle,
+VEK_KERNEL int32_t FindLastSubstring(const uint8_t* haystack, int32_t length, const uint8_t* needle,
                                      int32_t needleLength) {
-  return needleLength == 1 ? FindLastByte(source, length, needle[0])
-                           : FindNeedle<Direction::kBackward>(source, length, needle, needleLength);
+  return needleLength == 1
+             ? FindLastByte(haystack, length, needle[0])
+             : FindNeedle<Direction::kBackward>(haystack, length, needle, needleLength);
 }
 
 }  // namespace vekch::kernels

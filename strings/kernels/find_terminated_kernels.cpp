@@ -6,7 +6,7 @@
 //               needle's first two bytes, up to the first candidate that turns out false
 //   nearby      the same, and then group after group, until the candidates were false too often
 //   further on  in pieces that grow, each of them looked through for the terminator before it is
-//               searched as any other source: what was looked through is still in the cache
+//               searched as any other haystack: what was looked through is still in the cache
 //
 // So an occurrence early in a long string is found without a look at the rest, and neither string
 // is measured where that can be helped.
@@ -36,9 +36,9 @@ struct Known {
 };
 
 // Goes on to a length of at least `wanted`, if the string is so long.
-VEK_INLINE Known GoOn(const uint8_t* source, Known known, ptrdiff_t wanted) {
+VEK_INLINE Known GoOn(const uint8_t* haystack, Known known, ptrdiff_t wanted) {
   for (; known.length < wanted; known.length += kGroup) {
-    const uint8_t* group = source + known.length;
+    const uint8_t* group = haystack + known.length;
     if (StopsIn(group, AtTerminator{})) {
       return {known.length + LowestBit(StopBits(group, AtTerminator{})), true};
     }
@@ -47,17 +47,17 @@ VEK_INLINE Known GoOn(const uint8_t* source, Known known, ptrdiff_t wanted) {
 }
 
 // From position `from` on.
-VEK_INLINE int32_t FindInPieces(const uint8_t* source, Known known, ptrdiff_t from,
+VEK_INLINE int32_t FindInPieces(const uint8_t* haystack, Known known, ptrdiff_t from,
                                 const uint8_t* needle, ptrdiff_t n) {
   const ptrdiff_t largest = kLargestPiece < 8 * n ? 8 * n : kLargestPiece;
   ptrdiff_t piece = kFirstPiece;
   for (;;) {
     const ptrdiff_t least = from + n;
     if (!known.ended) {
-      known = GoOn(source, known, piece < n ? least : from + piece);
+      known = GoOn(haystack, known, piece < n ? least : from + piece);
     }
     if (known.length >= least) {
-      const int32_t at = FindSubstring(source + from, static_cast<int32_t>(known.length - from),
+      const int32_t at = FindSubstring(haystack + from, static_cast<int32_t>(known.length - from),
                                        needle, static_cast<int32_t>(n));
       if (at >= 0) {
         return static_cast<int32_t>(from) + at;
@@ -71,13 +71,13 @@ VEK_INLINE int32_t FindInPieces(const uint8_t* source, Known known, ptrdiff_t fr
   }
 }
 
-__attribute__((noinline)) VEK_READS_GROUPS VEK_KERNEL int32_t FindFurther(const uint8_t* source,
+__attribute__((noinline)) VEK_READS_GROUPS VEK_KERNEL int32_t FindFurther(const uint8_t* haystack,
                                                                           ptrdiff_t from,
                                                                           const uint8_t* needle) {
-  const ptrdiff_t offset = Misalignment<kGroup>(source);
-  const uint64_t ends = StopBits(source - offset, AtTerminator{}) >> offset;
+  const ptrdiff_t offset = Misalignment<kGroup>(haystack);
+  const uint64_t ends = StopBits(haystack - offset, AtTerminator{}) >> offset;
   const Known known = ends == 0 ? Known{kGroup - offset, false} : Known{LowestBit(ends), true};
-  return FindInPieces(source, known, from, needle, FindEnd(needle, AtTerminator{}));
+  return FindInPieces(haystack, known, from, needle, FindEnd(needle, AtTerminator{}));
 }
 
 // ---- Nearby
@@ -90,9 +90,9 @@ constexpr int32_t kUnsure = -2;       // more would have to be spent
 // Before all that, in the first group:
 constexpr int32_t kMostCompared = 40;  // bytes at each candidate
 
-// The first of some candidates, given by a bit for each position of the source, at which the needle
-// of at least two bytes occurs, the first two of which are known to be equal.
-__attribute__((noinline)) VEK_KERNEL int32_t FindAmong(uint64_t candidates, const uint8_t* source,
+// The first of some candidates, given by a bit for each position of the haystack, at which the
+// needle of at least two bytes occurs, the first two of which are known to be equal.
+__attribute__((noinline)) VEK_KERNEL int32_t FindAmong(uint64_t candidates, const uint8_t* haystack,
                                                        const uint8_t* needle, int32_t* patience) {
   for (; candidates != 0; candidates &= candidates - 1) {
     const int32_t at = LowestBit(candidates);
@@ -102,7 +102,7 @@ __attribute__((noinline)) VEK_KERNEL int32_t FindAmong(uint64_t candidates, cons
       if (--*patience < 0) {
         return kUnsure;
       }
-      if (source[at + i] != needle[i]) {
+      if (haystack[at + i] != needle[i]) {
         break;
       }
     }
@@ -137,7 +137,7 @@ struct Pair {
 VEK_INLINE uint64_t LanesBefore(uint64_t ends) { return (ends - 1) & ~ends; }
 
 // From position `from` on.
-__attribute__((noinline)) VEK_READS_GROUPS VEK_KERNEL int32_t FindNearby(const uint8_t* source,
+__attribute__((noinline)) VEK_READS_GROUPS VEK_KERNEL int32_t FindNearby(const uint8_t* haystack,
                                                                          const uint8_t* needle,
                                                                          ptrdiff_t from) {
   const Pair pair = {Splat(needle[0]), Splat(needle[1])};
@@ -147,10 +147,10 @@ __attribute__((noinline)) VEK_READS_GROUPS VEK_KERNEL int32_t FindNearby(const u
   const auto endsWith = [&](uint64_t candidates, uint64_t ends) __attribute__((always_inline)) {
     const uint64_t before = candidates & LanesBefore(ends);
     if (before != 0) {
-      const int32_t lane = FindAmong(before, source + from, needle, &patience);
+      const int32_t lane = FindAmong(before, haystack + from, needle, &patience);
       if (lane != -1) {
-        found =
-            lane == kUnsure ? FindFurther(source, from, needle) : static_cast<int32_t>(from) + lane;
+        found = lane == kUnsure ? FindFurther(haystack, from, needle)
+                                : static_cast<int32_t>(from) + lane;
         return true;
       }
     }
@@ -158,15 +158,15 @@ __attribute__((noinline)) VEK_READS_GROUPS VEK_KERNEL int32_t FindNearby(const u
   };
 
   // The group of the first byte, but for its last bytes.
-  const ptrdiff_t firstGroup = kGroup - Misalignment<kGroup>(source);
+  const ptrdiff_t firstGroup = kGroup - Misalignment<kGroup>(haystack);
   for (; firstGroup - from > kBlock; from += kBlock) {
-    const uint8_t* at = source + from;
+    const uint8_t* at = haystack + from;
     if (endsWith(LaneBits(pair.StartsAt(at)), ZeroBits(LoadAny(at)))) {
       return found;
     }
   }
   // Its last block, in which the string may start. A pair that starts with the last byte is left.
-  const uint8_t* block = source + firstGroup - kBlock;
+  const uint8_t* block = haystack + firstGroup - kBlock;
   const ptrdiff_t before =
       from - (firstGroup - kBlock);  // lanes that are done, or not the string's
   const Block bytes = LoadAligned(block);
@@ -176,7 +176,7 @@ __attribute__((noinline)) VEK_READS_GROUPS VEK_KERNEL int32_t FindNearby(const u
   }
   // Groups, and with each the pair that starts right before it.
   for (from = firstGroup - 1; from < kNearby; from += kGroup) {
-    const uint8_t* at = source + from;
+    const uint8_t* at = haystack + from;
     const Block p0 = pair.StartsAt(at);
     const Block p1 = pair.StartsAt(at + kBlock);
     const Block p2 = pair.StartsAt(at + 2 * kBlock);
@@ -193,26 +193,27 @@ __attribute__((noinline)) VEK_READS_GROUPS VEK_KERNEL int32_t FindNearby(const u
       }
     }
   }
-  return FindFurther(source, from, needle);
+  return FindFurther(haystack, from, needle);
 }
 
 }  // namespace
 
-VEK_READS_GROUPS VEK_KERNEL int32_t FindInTerminated(const uint8_t* source, const uint8_t* needle) {
+VEK_READS_GROUPS VEK_KERNEL int32_t FindInTerminated(const uint8_t* haystack,
+                                                     const uint8_t* needle) {
   if (needle[0] == 0) {
     return -1;
   }
   const Block first = Splat(needle[0]);
   if (needle[1] == 0) {
-    const int32_t at = FindEnd(source, AtTerminatorOr{first});
-    return source[at] == 0 ? -1 : at;
+    const int32_t at = FindEnd(haystack, AtTerminatorOr{first});
+    return haystack[at] == 0 ? -1 : at;
   }
   // Here nothing is called, so no register is saved.
   const Pair pair = {first, Splat(needle[1])};
-  const ptrdiff_t firstGroup = kGroup - Misalignment<kGroup>(source);
+  const ptrdiff_t firstGroup = kGroup - Misalignment<kGroup>(haystack);
   ptrdiff_t from = 0;
   for (; firstGroup - from > kBlock; from += kBlock) {
-    const uint8_t* at = source + from;
+    const uint8_t* at = haystack + from;
     const uint32_t ends = ZeroBits(LoadAny(at));
     const uint64_t candidates = LaneBits(pair.StartsAt(at)) & LanesBefore(ends);
     if (candidates != 0) {
@@ -226,7 +227,7 @@ VEK_READS_GROUPS VEK_KERNEL int32_t FindInTerminated(const uint8_t* source, cons
       return -1;
     }
   }
-  return FindNearby(source, needle, from);
+  return FindNearby(haystack, needle, from);
 }
 
 }  // namespace vekch::kernels

@@ -54,9 +54,9 @@ VEK_INLINE Suffix MaximalSuffix(const uint8_t* needle, int32_t n, bool reversedO
   return {start, period};
 }
 
-// The two-way method on the source bytes from `from` on, all indices in the search's direction.
+// The two-way method on the haystack bytes from `from` on, all indices in the search's direction.
 template <Direction kDirection>
-VEK_INLINE int32_t TwoWay(const uint8_t* source, int32_t length, const uint8_t* needle, int32_t n,
+VEK_INLINE int32_t TwoWay(const uint8_t* haystack, int32_t length, const uint8_t* needle, int32_t n,
                           int32_t from) {
   const Suffix one = MaximalSuffix<kDirection>(needle, n, false);
   const Suffix other = MaximalSuffix<kDirection>(needle, n, true);
@@ -73,7 +73,7 @@ VEK_INLINE int32_t TwoWay(const uint8_t* source, int32_t length, const uint8_t* 
   int32_t remembered = 0;  // bytes at the needle's start known to match
   for (int32_t at = from; at <= length - n;) {
     int32_t i = suffix.start > remembered ? suffix.start : remembered;
-    while (i < n && At<kDirection>(needle, n, i) == At<kDirection>(source, length, at + i)) {
+    while (i < n && At<kDirection>(needle, n, i) == At<kDirection>(haystack, length, at + i)) {
       ++i;
     }
     if (i < n) {
@@ -83,7 +83,7 @@ VEK_INLINE int32_t TwoWay(const uint8_t* source, int32_t length, const uint8_t* 
     }
     i = suffix.start;
     while (i > remembered &&
-           At<kDirection>(needle, n, i - 1) == At<kDirection>(source, length, at + i - 1)) {
+           At<kDirection>(needle, n, i - 1) == At<kDirection>(haystack, length, at + i - 1)) {
       --i;
     }
     if (i <= remembered) {
