@@ -144,8 +144,8 @@ bool LineFilter::FilterByWhole(const std::string& pattern, const PatternSettings
   const LineSafety safety = JudgeLines(whole, lineEnd);
   exact = safety.exact;
   longestLine = std::min(longestLine, safety.longestLine);
-  // A text is narrowed to where a leading literal is first, though an optional one need not be in
-  // the line of the match, and to where the last literal is last, which look-arounds notice.
+  // A text is narrowed to where a prefix literal is first, though an optional one need not be in
+  // the line of the match, and to where a suffix literal is last, which look-arounds notice.
   return safety.keepsLines && whole.Header().searchMode == 0 &&
          whole.Header().requiredLiteralIndex < 0;
 }

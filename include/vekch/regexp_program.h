@@ -160,10 +160,10 @@ struct RegExpState {
   uint32_t compileFlags; /* the options given as letters; options inside the pattern don't count */
   int32_t nodeCount;
   int32_t captureCount;         /* 1 more than the capturing groups: slot 0 is the whole match */
-  int32_t requiredLiteralIndex; /* record that ends the pattern; -1 none, -2 alternatives */
+  int32_t requiredLiteralIndex; /* record of the suffix literal; -1 none, -2 alternatives */
   int32_t matchLimit;
   int32_t characterFormat; /* 1 UTF-8, 0 bytes */
-  int32_t searchMode;      /* 0 general, 1 begins with a literal, 2 alternatives of literals */
+  int32_t searchMode;      /* 0 general, 1 a prefix literal, 2 alternatives of literals */
   uint64_t workTableA[RegExpTableSize][4];
   uint64_t workTableB[RegExpTableSize][2];
 };

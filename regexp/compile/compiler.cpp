@@ -6,7 +6,7 @@
 //   2  the options string
 //   3  the pre-scan (prescan.cpp)
 //   4  the pass that builds the program (program_builder.h)
-//   5  the literal that every match ends with
+//   5  the suffix literal, which every match ends with
 //   6  the copies of the literals
 //   7  the search mode
 

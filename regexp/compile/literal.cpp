@@ -3,8 +3,8 @@
 // Literal bytes are gathered into runs of the pattern's text. A run gets its record when anything
 // else comes: one byte as OpChar, more as OpString.
 //
-// The last literal at top level is kept in mind, since every match must contain the literal that a
-// pattern ends with: a search looks for it first.
+// The last literal at top level is kept in mind, since every match must contain the suffix literal,
+// which ends the pattern: a search looks for it first.
 
 #include "regexp/compile/program_builder.h"
 
