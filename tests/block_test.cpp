@@ -91,7 +91,7 @@ TEST(BlockTest, LargeBlocks) {
   for (size_t i = 0; i < 16; ++i) {
     for (const size_t length : {2 * kChunk - 1 + i, 3 * kChunk + 1, 3 * kChunk + i,
                                 kChunk + 128 + i, kChunk - i, 5000 + i}) {
-      for (size_t place = 0; place < 512; place += length < 6000 ? 15 : 135) {
+      for (size_t place = 0; place < 512; place += length < 6000 ? 15 : 270) {
         for (const Function& function : kKernels) {
           sweep.Expect(function, {text.substr(0, length)}, place + i);
         }

@@ -174,6 +174,12 @@ TEST(ChecksTest, Patterns) {
   Expect(veksRegExpGetSize, {kText, &written.number}, StatusNoError, {{}});
   Expect(veksRegExpSetMatchLimit, {0, &written.state}, kLength, {{-1}, {kMin}});
   Expect(veksRegExpSetFormat, {0, &written.state}, StatusRangeError, {{-1}, {2}, {kMin}, {kMax}});
+  // Count of the results, length of the subject; the last fault is that of the object.
+  const std::tuple<const uint8_t*, int32_t, RegExpState*, RegExpFindResult*, int32_t*> search = {
+      kText, 1, &written.state, &written.result, &written.count};
+  Expect(veksRegExpFind_8u, search, kLength, {{0, -1}, {1, kMin}});
+  Expect(veksRegExpFind_8u, search, kSize, {{0, 1}, {-1, 0}, {kMin, kMax}});
+  Expect(veksRegExpFind_8u, search, StatusRegExpError, {{1, 1}, {kMax, 0}});
   Expect(ReplaceGetSize, {&written.number}, StatusNoError, {{}});
   Expect(ReplaceInit, {&written.replaceState}, StatusNoError, {{}});
   // Lengths of the source and of the destination, count of the results.

@@ -17,59 +17,14 @@
 #include <vector>
 
 #include "examples/vekgrep/explain.h"
-#include "tests/guarded_buffer.h"
 #include "tests/pattern_model.h"
+#include "tests/pattern_object.h"
 #include "tests/program_checks.h"
 #include "vekch/regexp_program.h"
 #include "vekch/vekch.h"
 
 namespace vekch::test {
 namespace {
-
-constexpr int32_t kUnwritten = 0x5A5A5A5A;
-
-// A pattern and its object, both flush against pages that can't be touched.
-class Workbench {
- public:
-  explicit Workbench(size_t longest)
-      : room(RegExpFixedSize + RegExpSizePerByte * longest),
-        patternBuffer(longest + 1),
-        objectBuffer(room) {}
-
-  vekStatus Compile(const std::string& pattern, const char* options = nullptr) {
-    uint8_t* text = patternBuffer.AtEnd(pattern.size() + 1);
-    std::memcpy(text, pattern.c_str(), pattern.size() + 1);
-    int32_t size = 0;
-    veksRegExpGetSize(text, &size);
-    object = objectBuffer.AtEnd(static_cast<size_t>(size));
-    offset = kUnwritten;
-    const vekStatus status =
-        veksRegExpInit(text, reinterpret_cast<const uint8_t*>(options), State(), &offset);
-    std::memset(text, '?', pattern.size());  // the object does not need it any more
-    return status;
-  }
-
-  // Of all memory in which objects may lie.
-  void Fill(uint8_t value) { std::memset(objectBuffer.AtEnd(room), value, room); }
-
-  RegExpState* State() const { return reinterpret_cast<RegExpState*>(object); }
-  int32_t Offset() const { return offset; }
-
- private:
-  size_t room;
-  GuardedBuffer patternBuffer;
-  GuardedBuffer objectBuffer;
-  uint8_t* object = nullptr;
-  int32_t offset = kUnwritten;
-};
-
-std::string Repeat(const std::string& text, size_t times) {
-  std::string all;
-  for (size_t i = 0; i < times; ++i) {
-    all += text;
-  }
-  return all;
-}
 
 // ---- The golden table.
 
@@ -101,7 +56,7 @@ std::string Shorten(std::string listing) {
   return listing;
 }
 
-void CheckListing(Workbench& bench, const std::string& row) {
+void CheckListing(PatternObject& bench, const std::string& row) {
   std::smatch parts;
   ASSERT_TRUE(std::regex_match(row, parts, std::regex(R"(/(.*)/(\w*)( +\d +-?\d+ +\d+( .*)?))")));
   const std::string pattern = std::regex_replace(parts.str(1), std::regex("\xC2\xB6"), "\n");
@@ -112,7 +67,7 @@ void CheckListing(Workbench& bench, const std::string& row) {
 }
 
 // A status, then patterns with a mark in front of the fault.
-void CheckFaults(Workbench& bench, const std::string& row) {
+void CheckFaults(PatternObject& bench, const std::string& row) {
   static const std::map<std::string, vekStatus> kStatuses = {
       {"Escape", StatusRegExpEscapeError},
       {"Class", StatusRegExpClassError},
@@ -141,7 +96,7 @@ TEST(CompilerTest, GoldenTable) {
     }
   }
   EXPECT_GT(rows.size(), 150U);
-  Workbench bench(200);
+  PatternObject bench(200);
   for (const std::string& row : rows) {
     row[0] == '/' ? CheckListing(bench, row) : CheckFaults(bench, row);
   }
@@ -155,7 +110,7 @@ TEST(ObjectTest, SizeOfEveryLengthBetweenTheGuards) {
     uint8_t* pattern = buffer.AtEnd(length + 1);
     std::memset(pattern, '(', length);  // never parsed
     pattern[length] = 0;
-    int32_t size = kUnwritten;
+    int32_t size = kNoOffset;
     ASSERT_EQ(veksRegExpGetSize(pattern, &size), StatusNoError);
     ASSERT_EQ(size, 48056 + 24 * static_cast<int32_t>(length));
   }
@@ -163,7 +118,7 @@ TEST(ObjectTest, SizeOfEveryLengthBetweenTheGuards) {
 
 // A wrong option ends the compilation right behind the clearing.
 TEST(ObjectTest, EveryByteOfTheBlockIsCleared) {
-  Workbench bench(40);
+  PatternObject bench(40);
   for (size_t length = 0; length <= 40; ++length) {
     const size_t size = RegExpFixedSize + RegExpSizePerByte * length;
     bench.Fill(0x5A);
@@ -201,7 +156,7 @@ TEST(CompilerTest, HeaderAfterSuccessAndAfterEachKindOfFailure) {
       {"a(", "m", StatusRegExpSyntaxError, false, {}},
       {"(a)**", "m", StatusRegExpQuantifierError, false, {RegExpTag, 2, 0, 2, 0, 0, 1, 0}},
   };
-  Workbench bench(20);
+  PatternObject bench(20);
   for (const Case& test : cases) {
     ASSERT_EQ(bench.Compile(test.pattern, test.options), test.status);
     EXPECT_EQ(std::memcmp(bench.State(), test.header, sizeof test.header), 0) << test.pattern;
@@ -211,19 +166,19 @@ TEST(CompilerTest, HeaderAfterSuccessAndAfterEachKindOfFailure) {
 }
 
 TEST(CompilerTest, EveryOptionLetter) {
-  Workbench bench(1);
+  PatternObject bench(1);
   for (int letter = 1; letter < 256; ++letter) {
     const char options[] = {'m', static_cast<char>(letter), static_cast<char>(letter), 0};
     const size_t place = std::string("smixg").find(options[1]);
     const bool isOption = place != std::string::npos;
     EXPECT_EQ(bench.Compile("a", options), isOption ? StatusNoError : StatusRegExpOptionError);
-    EXPECT_EQ(bench.Offset(), isOption ? kUnwritten : 0);
+    EXPECT_EQ(bench.Offset(), isOption ? kNoOffset : 0);
     EXPECT_EQ(bench.State()->compileFlags, isOption ? 2U | 1U << place : 0U) << letter;
   }
 }
 
 TEST(CompilerTest, WhatOptionXPassesOver) {
-  Workbench bench(3);
+  PatternObject bench(3);
   for (char byte = 1; byte <= ' '; ++byte) {
     const bool ends = std::string(" \t\n\f\r").find(byte) != std::string::npos;
     ASSERT_EQ(bench.Compile({'a', byte, 'b'}, "x"), StatusNoError);
@@ -240,24 +195,24 @@ TEST(CompilerTest, LimitsOfGroupsAndNesting) {
     int32_t offset;
   };
   const Case cases[] = {
-      {Repeat("()", 999), StatusNoError, kUnwritten},
+      {Repeat("()", 999), StatusNoError, kNoOffset},
       {Repeat("()", 1000), StatusRegExpSyntaxError, 2 * 999},
       {Repeat("()", 1001), StatusRegExpSyntaxError, 2 * 1000},  // the pre-scan, one group later
       {Repeat("()", 1000) + "**", StatusRegExpSyntaxError, 2 * 999},
       {Repeat("(?=)", 1000), StatusRegExpSyntaxError, 4 * 999},
-      {Repeat("(?:a)", 2000), StatusNoError, kUnwritten},  // dissolved groups don't count
+      {Repeat("(?:a)", 2000), StatusNoError, kNoOffset},  // dissolved groups don't count
       {Repeat("()", 999) + "(?#)", StatusRegExpSyntaxError, 2 * 999},
-      {Repeat("(", 999) + Repeat(")", 999), StatusNoError, kUnwritten},
+      {Repeat("(", 999) + Repeat(")", 999), StatusNoError, kNoOffset},
       {Repeat("(", 1000) + Repeat(")", 1000), StatusRegExpSyntaxError, 999},
-      {Repeat("(?:", 999) + "a" + Repeat(")", 999), StatusNoError, kUnwritten},
-      {Repeat("(", 998) + "(?(1)a)" + Repeat(")", 998), StatusNoError, kUnwritten},
+      {Repeat("(?:", 999) + "a" + Repeat(")", 999), StatusNoError, kNoOffset},
+      {Repeat("(", 998) + "(?(1)a)" + Repeat(")", 998), StatusNoError, kNoOffset},
       {Repeat("(", 998) + "(?(?=a)b)" + Repeat(")", 998), StatusRegExpSyntaxError, 1000},
       {Repeat("(", 998) + "(?((a" + Repeat(")", 1001), StatusRegExpSyntaxError, 1001},
-      {"(?<=" + Repeat("(", 998) + "ab" + Repeat(")", 998) + "{3})", StatusNoError, kUnwritten},
-      {Repeat("ab*", 20000), StatusNoError, kUnwritten},
-      {std::string(100000, 'a'), StatusNoError, kUnwritten},
+      {"(?<=" + Repeat("(", 998) + "ab" + Repeat(")", 998) + "{3})", StatusNoError, kNoOffset},
+      {Repeat("ab*", 20000), StatusNoError, kNoOffset},
+      {std::string(100000, 'a'), StatusNoError, kNoOffset},
   };
-  Workbench bench(100000);
+  PatternObject bench(100000);
   for (const Case& test : cases) {
     EXPECT_EQ(bench.Compile(test.pattern), test.status) << test.pattern.substr(0, 20);
     EXPECT_EQ(bench.Offset(), test.offset) << test.pattern.substr(0, 20);
@@ -277,7 +232,7 @@ TEST(CompilerTest, DensestConstructsStayInTheObject) {
          [[:alnum:][:xdigit:][:alpha:]] [\pL\PN] \p{Any}* \1 \0 \Qa\E* a\Eb\E ab abc* \x41*
          \x{1}* [\x{1}-\x{2}])");
   const std::vector<std::string> dense(std::istream_iterator<std::string>(words), {});
-  Workbench bench(2100);
+  PatternObject bench(2100);
   for (const std::string& first : dense) {
     for (const std::string& second : dense) {
       for (const size_t times : {0U, 1U, 2U, 3U, 40U}) {
@@ -295,12 +250,12 @@ TEST(CompilerTest, DensestConstructsStayInTheObject) {
 
 // ---- Every small pattern, against the model.
 
-void CompareWithModel(Workbench& bench, const std::string& pattern) {
+void CompareWithModel(PatternObject& bench, const std::string& pattern) {
   const Verdict expected = JudgePattern(pattern);
   const vekStatus status = bench.Compile(pattern);
   ASSERT_EQ(status, expected.status) << pattern << " at " << bench.Offset();
   ASSERT_EQ(bench.Offset(),
-            status == StatusNoError ? kUnwritten : static_cast<int32_t>(expected.offset))
+            status == StatusNoError ? kNoOffset : static_cast<int32_t>(expected.offset))
       << pattern;
   if (status == StatusNoError) {
     ASSERT_EQ(FindFlaw(*bench.State(), pattern.size()), "") << pattern;
@@ -312,7 +267,7 @@ class SmallPatterns : public testing::TestWithParam<std::pair<const char*, size_
 TEST_P(SmallPatterns, LikeTheModel) {
   const std::string alphabet = GetParam().first;
   const size_t longest = GetParam().second;
-  Workbench bench(longest);
+  PatternObject bench(longest);
   size_t compiled = 0;
   for (size_t length = 0; length <= longest; ++length) {
     std::string pattern(length, alphabet[0]);
@@ -322,7 +277,7 @@ TEST_P(SmallPatterns, LikeTheModel) {
       if (HasFatalFailure() || length == 0) {
         break;
       }
-      compiled += bench.Offset() == kUnwritten ? 1 : 0;
+      compiled += bench.Offset() == kNoOffset ? 1 : 0;
       for (place = 0; place < length; ++place) {
         digits[place] = (digits[place] + 1) % alphabet.size();
         pattern[place] = alphabet[digits[place]];

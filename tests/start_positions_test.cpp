@@ -8,34 +8,14 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
-#include "vekch/vekch.h"
+#include "tests/pattern_object.h"
 
 namespace vekch::regexp {
 namespace {
 
 constexpr int32_t kLong = 1000;  // a subject that a plan is made for at once
 
-class Pattern {
- public:
-  Pattern(const std::string& text, const std::string& options) {
-    const auto* bytes = reinterpret_cast<const uint8_t*>(text.c_str());
-    int32_t size = 0;
-    int32_t offset = 0;
-    veksRegExpGetSize(bytes, &size);
-    block.resize(static_cast<size_t>(size) / sizeof block[0]);
-    EXPECT_EQ(
-        veksRegExpInit(bytes, reinterpret_cast<const uint8_t*>(options.c_str()), State(), &offset),
-        StatusNoError);
-  }
-
-  RegExpState* State() { return reinterpret_cast<RegExpState*>(block.data()); }
-
- private:
-  std::vector<uint64_t> block;
-};
+using test::PatternObject;
 
 TEST(StartPositionsTest, PrefiltersOfPatterns) {
   using Plan = SearchPlan;
@@ -59,7 +39,7 @@ TEST(StartPositionsTest, PrefiltersOfPatterns) {
       {"(a)?\\1b", Plan::kNoPrefilter},
   };
   for (const Case& test : cases) {
-    Pattern pattern(test.pattern, "");
+    const PatternObject pattern(test.pattern);
     const Plan* const plan = PlanFor(pattern.State(), kLong);
     ASSERT_NE(plan, nullptr) << test.pattern;
     EXPECT_EQ(plan->strategy, test.strategy) << test.pattern;
@@ -83,7 +63,7 @@ TEST(StartPositionsTest, RulesOfPatterns) {
       {"(^abc)", "", StartRule::kEveryCharacter},
   };
   for (const Case& test : cases) {
-    Pattern pattern(test.pattern, test.options);
+    const PatternObject pattern(test.pattern, test.options);
     const StartRule rule = StartRuleFor(pattern.State(), kLong);
     EXPECT_EQ(rule.way, test.way) << test.pattern;
     EXPECT_EQ(rule.plan == nullptr, test.way == StartRule::kFirst) << test.pattern;
@@ -93,7 +73,7 @@ TEST(StartPositionsTest, RulesOfPatterns) {
 // A short subject isn't worth a plan until the object has been used some times, and without the
 // depth that places passed over could have taken none is used.
 TEST(StartPositionsTest, WhenAPlanIsUsed) {
-  Pattern pattern("[ab]c", "");
+  const PatternObject pattern("[ab]c");
   for (int32_t search = 0; search < 4; ++search) {
     EXPECT_EQ(StartRuleFor(pattern.State(), 10).plan, nullptr);
   }
@@ -101,15 +81,7 @@ TEST(StartPositionsTest, WhenAPlanIsUsed) {
   veksRegExpSetMatchLimit(20, pattern.State());
   EXPECT_EQ(StartRuleFor(pattern.State(), kLong).plan, nullptr);
 
-  Pattern manyClasses(
-      [] {
-        std::string text;
-        for (int32_t i = 0; i < 200; ++i) {
-          text += "[ab]{0}";
-        }
-        return text + "[ab]c";
-      }(),
-      "");
+  const PatternObject manyClasses(test::Repeat("[ab]{0}", 200) + "[ab]c");
   EXPECT_EQ(StartRuleFor(manyClasses.State(), kLong).plan, nullptr);  // no room is left
 }
 
