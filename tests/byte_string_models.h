@@ -15,6 +15,36 @@
 
 namespace vekch::test {
 
+// ---- How a function is called: its arguments are taken from the call by their types.
+
+using In = const uint8_t*;
+using Result = int32_t*;
+
+inline vekStatus Pass(vekStatus (*f)(In, uint8_t*, int32_t) noexcept, Call& c) {
+  return f(c.text, c.to, c.length);
+}
+inline vekStatus Pass(vekStatus (*f)(uint8_t*, int32_t) noexcept, Call& c) {
+  return f(c.to, c.length);
+}
+inline vekStatus Pass(vekStatus (*f)(In, In, int32_t, Result) noexcept, Call& c) {
+  return f(c.text, c.other, c.length, &c.number);
+}
+inline vekStatus Pass(vekStatus (*f)(In, int32_t, uint8_t, Result) noexcept, Call& c) {
+  return f(c.text, c.length, *c.other, &c.number);
+}
+inline vekStatus Pass(vekStatus (*f)(In, int32_t, In, int32_t, Result) noexcept, Call& c) {
+  return f(c.text, c.length, c.other, c.otherLength, &c.number);
+}
+inline vekStatus Pass(vekStatus (*f)(In, int32_t, In, int32_t, uint8_t*, Result) noexcept,
+                      Call& c) {
+  return f(c.text, c.length, c.other, c.otherLength, c.to, &c.number);
+}
+
+template <auto kFunction>
+vekStatus Run(Call& c) {
+  return Pass(kFunction, c);
+}
+
 // ---- Case mapping.
 
 inline constexpr char kCapitals[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
@@ -32,12 +62,10 @@ inline Output ToLower(const Input& in) { return Map(in.text, kCapitals, kSmall);
 inline Output ToUpper(const Input& in) { return Map(in.text, kSmall, kCapitals); }
 
 inline constexpr Function kMappings[] = {
-    {"Lower", [](Call& c) { return veksLowercaseLatin_8u(c.text, c.to, c.length); }, ToLower,
-     kAnyPlace},
-    {"Lower_I", [](Call& c) { return veksLowercaseLatin_8u_I(c.to, c.length); }, ToLower, kInPlace},
-    {"Upper", [](Call& c) { return veksUppercaseLatin_8u(c.text, c.to, c.length); }, ToUpper,
-     kAnyPlace},
-    {"Upper_I", [](Call& c) { return veksUppercaseLatin_8u_I(c.to, c.length); }, ToUpper, kInPlace},
+    {"Lower", Run<veksLowercaseLatin_8u>, ToLower, kAnyPlace},
+    {"Lower_I", Run<veksLowercaseLatin_8u_I>, ToLower, kInPlace},
+    {"Upper", Run<veksUppercaseLatin_8u>, ToUpper, kAnyPlace},
+    {"Upper_I", Run<veksUppercaseLatin_8u_I>, ToUpper, kInPlace},
 };
 
 // ---- Comparison.
@@ -59,12 +87,9 @@ inline Output NaiveCompareFolded(const Input& in) {
 }
 
 inline constexpr Function kComparisons[] = {
-    {"Compare", [](Call& c) { return veksCompare_8u(c.text, c.other, c.length, &c.number); },
-     NaiveCompare},
-    {"IgnoreCase",
-     [](Call& c) { return veksCompareIgnoreCaseLatin_8u(c.text, c.other, c.length, &c.number); },
-     NaiveCompareFolded},
-    {"Equal", [](Call& c) { return veksEqual_8u(c.text, c.other, c.length, &c.number); },
+    {"Compare", Run<veksCompare_8u>, NaiveCompare},
+    {"IgnoreCase", Run<veksCompareIgnoreCaseLatin_8u>, NaiveCompareFolded},
+    {"Equal", Run<veksEqual_8u>,
      [](const Input& in) -> Output { return {in.text == in.other ? 1 : 0}; }},
 };
 
@@ -99,30 +124,16 @@ Output NaiveFindAny(const Input& in) {
 }
 
 inline constexpr Function kFindsOfByte[] = {
-    {"FindC", [](Call& c) { return veksFindC_8u(c.text, c.length, *c.other, &c.number); },
-     NaiveFind<kForward>},
-    {"FindRevC", [](Call& c) { return veksFindRevC_8u(c.text, c.length, *c.other, &c.number); },
-     NaiveFind<kBackward>},
+    {"FindC", Run<veksFindC_8u>, NaiveFind<kForward>},
+    {"FindRevC", Run<veksFindRevC_8u>, NaiveFind<kBackward>},
 };
-
 inline constexpr Function kFindsOfNeedle[] = {
-    {"Find",
-     [](Call& c) { return veksFind_8u(c.text, c.length, c.other, c.otherLength, &c.number); },
-     NaiveFind<kForward>},
-    {"FindRev",
-     [](Call& c) { return veksFindRev_8u(c.text, c.length, c.other, c.otherLength, &c.number); },
-     NaiveFind<kBackward>},
+    {"Find", Run<veksFind_8u>, NaiveFind<kForward>},
+    {"FindRev", Run<veksFindRev_8u>, NaiveFind<kBackward>},
 };
-
 inline constexpr Function kFindsOfSet[] = {
-    {"FindCAny",
-     [](Call& c) { return veksFindCAny_8u(c.text, c.length, c.other, c.otherLength, &c.number); },
-     NaiveFindAny<kForward>},
-    {"FindRevCAny",
-     [](Call& c) {
-       return veksFindRevCAny_8u(c.text, c.length, c.other, c.otherLength, &c.number);
-     },
-     NaiveFindAny<kBackward>},
+    {"FindCAny", Run<veksFindCAny_8u>, NaiveFindAny<kForward>},
+    {"FindRevCAny", Run<veksFindRevCAny_8u>, NaiveFindAny<kBackward>},
 };
 
 // ---- Zero-terminated strings.
@@ -191,21 +202,9 @@ Output NaiveTrim(const Input& in) {
 }
 
 inline constexpr Function kTrimsOfSet[] = {
-    {"TrimCAny",
-     [](Call& c) {
-       return veksTrimCAny_8u(c.text, c.length, c.other, c.otherLength, c.to, &c.number);
-     },
-     NaiveTrim<true, true>, kAnyPlace},
-    {"TrimStartCAny",
-     [](Call& c) {
-       return veksTrimStartCAny_8u(c.text, c.length, c.other, c.otherLength, c.to, &c.number);
-     },
-     NaiveTrim<true, false>, kAnyPlace},
-    {"TrimEndCAny",
-     [](Call& c) {
-       return veksTrimEndCAny_8u(c.text, c.length, c.other, c.otherLength, c.to, &c.number);
-     },
-     NaiveTrim<false, true>, kAnyPlace},
+    {"TrimCAny", Run<veksTrimCAny_8u>, NaiveTrim<true, true>, kAnyPlace},
+    {"TrimStartCAny", Run<veksTrimStartCAny_8u>, NaiveTrim<true, false>, kAnyPlace},
+    {"TrimEndCAny", Run<veksTrimEndCAny_8u>, NaiveTrim<false, true>, kAnyPlace},
 };
 
 inline constexpr Function kTrimsOfByte[] = {

@@ -15,13 +15,8 @@
 namespace vekch::regexp {
 namespace {
 
-#ifdef VEKCH_TEST_INSTRUMENTED
-constexpr size_t kShare = 7;  // one of so many cases is tried
-#else
-constexpr size_t kShare = 1;
-#endif
-
 using test::BytesOf;
+using test::kShare;
 using test::PatternObject;
 using test::SearchAnswer;
 

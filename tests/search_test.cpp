@@ -29,14 +29,6 @@ namespace {
 
 constexpr int32_t kMostResults = 40;
 
-#ifdef VEKCH_TEST_INSTRUMENTED
-constexpr bool kIsInstrumented = true;
-constexpr size_t kShare = 7;  // one of so many cases is tried
-#else
-constexpr bool kIsInstrumented = false;
-constexpr size_t kShare = 1;
-#endif
-
 // ---- The stack that a call takes.
 
 constexpr size_t kPainted = 236 * 1024;

@@ -25,6 +25,12 @@ inline Bytes operator""_b(const char* text, size_t length) { return Bytes(text, 
 
 inline int32_t Size(const Bytes& bytes) { return static_cast<int32_t>(bytes.size()); }
 
+#ifdef VEKCH_TEST_SANITIZED
+constexpr size_t kInputShare = 7;  // one of so many inputs is tried, where every step costs more
+#else
+constexpr size_t kInputShare = 1;
+#endif
+constexpr size_t kAlways = 200;   // of a sweep's inputs are tried anyway
 constexpr size_t kLongest = 300;  // beyond, the loops of all functions repeat
 constexpr size_t kMargin = 16;
 constexpr uint8_t kUnwritten = 0xEE;
@@ -70,6 +76,9 @@ class Sweep {
   // `place` from 0 to 511 says how the strings lie: at all distances from the page behind them, or
   // in front of them, and from each other.
   void Expect(const Function& function, const Input& input, size_t place = 0) {
+    if (++calls_ > kAlways && calls_ % kInputShare != 0) {
+      return;
+    }
     const Output expected = function.model(input);
     const uint8_t* other = Put(other_.AtEnd(input.other.size(), place / 16 % 16), input.other);
     for (const Places where : {kApart, kInPlace}) {
@@ -124,6 +133,7 @@ class Sweep {
   GuardedBuffer text_;
   GuardedBuffer other_;
   GuardedBuffer result_;
+  size_t calls_ = 0;
 };
 
 class Random {

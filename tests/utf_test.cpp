@@ -139,8 +139,11 @@ TEST(UtfTest, EveryCodePoint) {
         AppendUnit(&pair, 0xDC00 + value % 0x400, swap != 0);
       }
       units[swap] += pair;
-      sweep.Expect(kToUnits, {character, {}, swap, 2});
-      sweep.Expect(kToBytes, {pair, {}, swap, 4});
+      // Alone they go through steps that don't look at more of the value than its kind.
+      if (value <= 0xFFFF || value % 0x3FD == 0) {
+        sweep.Expect(kToUnits, {character, {}, swap, 2});
+        sweep.Expect(kToBytes, {pair, {}, swap, 4});
+      }
     }
     if (bytes.size() > 1500 || value == 0x10FFFF) {
       for (const int32_t swap : {0, 1}) {
