@@ -163,6 +163,9 @@ class TerminatedString {
 
 class TerminatedFinds {
  public:
+  explicit TerminatedFinds(size_t longestText = 70000, size_t longestNeedle = 3000)
+      : text_(longestText), needle_(longestNeedle) {}
+
   void ExpectByte(const Bytes& text, uint8_t value, size_t place) {
     const uint8_t* s = text_.Place(text, place, value == 0 ? 'x' : value);
     const size_t at = value == 0 ? text.size() : text.find(value);
@@ -182,8 +185,8 @@ class TerminatedFinds {
   }
 
  private:
-  TerminatedString text_{70000};
-  TerminatedString needle_{3000};
+  TerminatedString text_;
+  TerminatedString needle_;
 };
 
 // ---- Trimming.

@@ -56,6 +56,7 @@ inline uint32_t UnitAt(const Bytes& text, size_t i, bool swap) {
 
 // What was read and what was written, in one number.
 inline int32_t Both(int32_t read, int32_t written) { return read * 100000 + written; }
+inline std::pair<int32_t, int32_t> Parts(int32_t both) { return {both / 100000, both % 100000}; }
 
 inline Output ToUnits(const Input& in) {
   const bool swap = in.x != 0;
