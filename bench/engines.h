@@ -110,6 +110,17 @@ class Pcre2Search {
     return status > 0;
   }
 
+  // The text is searched by machine code where that has been made.
+  int64_t ReplaceAll(std::string_view text, const char* replacement, uint8_t* room,
+                     size_t size) const {
+    PCRE2_SIZE written = size;
+    const int count = pcre2_substitute(code_, reinterpret_cast<PCRE2_SPTR>(text.data()),
+                                       text.size(), 0, PCRE2_SUBSTITUTE_GLOBAL | PCRE2_NO_UTF_CHECK,
+                                       match_, context_, reinterpret_cast<PCRE2_SPTR>(replacement),
+                                       PCRE2_ZERO_TERMINATED, room, &written);
+    return count < 0 ? count : static_cast<int64_t>(written);
+  }
+
  private:
   bool jit_;
   pcre2_code* code_;
@@ -131,6 +142,12 @@ class Re2Search {
     const size_t start = static_cast<size_t>(groups[0].data() - text.data());
     *found = {start, start + groups[0].size()};
     return matched;
+  }
+
+  std::string ReplaceAll(std::string_view text, const char* replacement) const {
+    std::string all(text);
+    RE2::GlobalReplace(&all, compiled_, replacement);
+    return all;
   }
 
  private:

@@ -110,6 +110,86 @@ constexpr Field kFields[] = {
       "127.0.0.1 - root [22/Nov/2026:00:00:00 +0000] \"HEAD /index.html HTTP/1.1\" 301 17"}},
 };
 
+// What is searched for in texts of a kind: languages that are not English, and patterns that ask
+// for more than one place at a time.
+struct TextPattern {
+  const char* text;  // the file's name
+  Pattern pattern;
+};
+
+constexpr TextPattern kTextPatterns[] = {
+    {"russian", {"Russian, one word", "жизнь", "", Needs::kNothing, "All lead bytes are alike."}},
+    {"russian",
+     {"Russian, five words", "жизнь|любовь|время|деньги|человек", "", Needs::kNothing,
+      "So are those of alternatives."}},
+    {"russian", {"Russian, class", "[а-яё]+", "", Needs::kNothing, "Characters of two bytes."}},
+    {"russian",
+     {"Russian, capitalised", "[А-ЯЁ][а-яё]+", "", Needs::kNothing,
+      "What begins it is told by the second byte."}},
+    {"russian", {"Russian, letters", "\\p{L}+", "", Needs::kCategories, "A property."}},
+    {"russian",
+     {"Russian, capitalised by property", "\\p{Lu}\\p{Ll}+", "", Needs::kCategories, ""}},
+    {"russian", {"Russian, script", "\\p{Cyrillic}+", "", Needs::kCategories, ""}},
+    {"russian", {"Russian, anything but spaces", "\\S+", "", Needs::kNothing, ""}},
+    {"russian",
+     {"Russian, word before a comma", "[а-яё]+,", "", Needs::kNothing, "The comma is rarer."}},
+    {"chinese", {"Chinese, one word", "人生", "", Needs::kNothing, ""}},
+    {"chinese", {"Chinese, class", "[一-龥]+", "", Needs::kNothing, "Characters of three bytes."}},
+    {"chinese", {"Chinese, letters", "\\p{L}+", "", Needs::kCategories, ""}},
+    {"chinese", {"Chinese, two letters", "\\p{Lo}{2}", "", Needs::kCategories, ""}},
+    {"chinese", {"Chinese, five at a line's end", "[一-龥]{5}。$", "m", Needs::kNothing, ""}},
+    {"search",
+     {"lazy dots, quoted", "\".*?\"", "", Needs::kNothing, "Lines without a second one."}},
+    {"search", {"lazy dots, between words", "the.*?of", "", Needs::kNothing, ""}},
+    {"search", {"lazy dots, captured", "\\((.*?)\\)", "", Needs::kNothing, ""}},
+    {"search",
+     {"last word", "\\w+$", "", Needs::kNothing, "Each byte of each word begins a try in vain."}},
+    {"search", {"last word of lines", "\\w+$", "m", Needs::kNothing, ""}},
+    {"search", {"spaces at line ends", "[ \\t]+$", "m", Needs::kNothing, ""}},
+    {"search",
+     {"bounded prefix", "[a-z]{0,12}ing", "", Needs::kNothing,
+      "Tries overlap: each byte of a word begins one."}},
+    {"search", {"bounded prefix between spaces", "\\s[a-z]{0,12}ing\\s", "", Needs::kNothing, ""}},
+    {"search", {"bounded and wide", "[a-q][^u-z]{13}x", "", Needs::kNothing, ""}},
+    {"search", {"run of word bytes", "\\w+", "", Needs::kNothing, "As many matches as words."}},
+    {"search", {"run without spaces", "\\S+", "", Needs::kNothing, ""}},
+    {"search", {"run of small letters", "[a-z]+", "", Needs::kNothing, ""}},
+    {"search", {"run of digits", "\\d+", "", Needs::kNothing, "Few matches, far between."}},
+    {"search", {"run without newlines", "[^\n]+", "", Needs::kNothing, "Long matches."}},
+    {"search", {"words of five", "\\b\\w{5}\\b", "", Needs::kNothing, "A try at each word."}},
+    {"code", {"comments, lazy", "/\\*[\\s\\S]*?\\*/", "", Needs::kNothing, "Over lines."}},
+    {"code", {"comments, unrolled", "/\\*[^*]*\\*+(?:[^/*][^*]*\\*+)*/", "", Needs::kNothing, ""}},
+    {"code", {"directives", "^[ \\t]*#[ \\t]*(\\w+)", "m", Needs::kNothing, ""}},
+    {"code", {"calls", "\\b(\\w+)\\s*\\(", "", Needs::kNothing, "Words that nothing follows."}},
+    {"search",
+     {"30 words, whole",
+      "\\b(?:about|access|because|between|change|common|condition|copyright|damage|derive|"
+      "distribute|express|freedom|grant|implied|interface|library|license|modify|notice|object|"
+      "patent|permission|program|publish|reason|software|source|version|warranty)\\b",
+      "", Needs::kNothing, "They begin with most letters, but only at words."}},
+};
+
+// What is replaced in texts, and by what.
+struct Replacing {
+  const char* text;
+  Pattern pattern;
+  const char* ours;  // the replacement, as each peer writes it
+  const char* pcre2;
+  const char* re2;
+};
+
+constexpr Replacing kReplacing[] = {
+    {"search", {"words", "\\w+", "", Needs::kNothing, ""}, "<$&>", "<$0>", "<\\0>"},
+    {"search", {"words by nothing", "\\w+", "", Needs::kNothing, ""}, "", "", ""},
+    {"search", {"spaces", "\\s+", "", Needs::kNothing, ""}, " ", " ", " "},
+    {"search", {"pairs", "(\\w+) (\\w+)", "", Needs::kNothing, ""}, "$2 $1", "$2 $1", "\\2 \\1"},
+    {"search", {"vowels", "[aeiou]", "", Needs::kNothing, ""}, "*", "*", "*"},
+    {"search", {"a word", "the", "", Needs::kNothing, ""}, "THE", "THE", "THE"},
+    {"russian", {"Russian words", "[а-яё]+", "", Needs::kNothing, ""}, "<$&>", "<$0>", "<\\0>"},
+    {"russian", {"letters", "\\p{L}+", "", Needs::kCategories, ""}, "<$&>", "<$0>", "<\\0>"},
+    {"chinese", {"Chinese words", "[一-龥]+", "", Needs::kNothing, ""}, "<$&>", "<$0>", "<\\0>"},
+};
+
 }  // namespace vekch_bench
 
 #endif

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 
 // Searching with patterns beside other engines: every match in a text of 4 MB, and the first match
-// in each of many short lines, where what a call costs by itself counts.
+// in each of many short lines, where what a call costs by itself counts. Every match in shorter
+// texts of other kinds, and replacing all of them, beside fewer engines.
 //
-// The text is what scripts/fetch-texts makes of Debian packages; without it nothing is measured.
-// Answers are numbers of matches. Our search collects all matches of a text in one call; the peers
-// are called once for each match, as they offer nothing else.
+// The texts are what scripts/fetch-texts makes of Debian packages; without them nothing is
+// measured. Answers are numbers of matches, or stand for what was written. Our search collects all
+// matches of a text in one call; the peers are called once for each match, as they offer nothing
+// else, but for replacing.
 
 #include <stdio.h>
 #include <stdlib.h>
@@ -29,6 +31,7 @@ constexpr size_t kShortest = 20;
 constexpr size_t kLongest = 80;
 constexpr size_t kLineCount = 2000;
 constexpr size_t kMostResults = 1 << 20;
+constexpr size_t kTextBytes = 256 << 10;  // of a text of another kind
 
 // Ours, with the same Find as the peers', and with option g another that finds all at once.
 class OurSearch {
@@ -63,6 +66,17 @@ class OurSearch {
     const vekStatus status = Search(text, &count);
     const int32_t groups = state_->captureCount - 1;
     return status != StatusNoError ? status : groups > 0 ? count / groups : count;
+  }
+
+  int64_t ReplaceAll(std::string_view text, const RegExpReplaceState* replacement, uint8_t* room,
+                     size_t size) {
+    auto length = static_cast<int32_t>(text.size());
+    auto written = static_cast<int32_t>(size);
+    auto count = static_cast<int32_t>(results_.size());
+    const vekStatus status =
+        veksRegExpReplace_8u(reinterpret_cast<const uint8_t*>(text.data()), &length, room, &written,
+                             results_.data(), &count, state_.get(), replacement);
+    return status != StatusNoError ? status : written;
   }
 
  private:
@@ -102,11 +116,15 @@ int64_t CountLines(Search& search, const std::vector<std::string_view>& lines) {
   return count;
 }
 
+std::string ReadText(const std::string& name) {
+  std::ifstream stream(VEKCH_BENCH_TEXTS "/" + name + ".txt", std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
 // The text itself, and lines of it that lie evenly spread, without the newlines.
 struct Texts {
   Texts() {
-    std::ifstream stream(VEKCH_BENCH_TEXTS "/search.txt", std::ios::binary);
-    all.assign(std::istreambuf_iterator<char>(stream), {});
+    all = ReadText("search");
     std::vector<std::string_view> fitting;
     const std::string_view text = all;
     for (size_t at = 0, end; (end = text.find('\n', at)) != text.npos; at = end + 1) {
@@ -127,7 +145,8 @@ struct Texts {
 
 // `count` is given each contender's search and asks it for its answer.
 template <class Count>
-void RunPattern(const Pattern& pattern, const char* family, int64_t bytes, bool all, Count count) {
+void RunPattern(const Pattern& pattern, const char* family, int64_t bytes, bool all, Count count,
+                bool allPeers = true) {
   OurSearch ours(pattern, all);
   const Pcre2Search pcre2(pattern, false);
   const Pcre2Search pcre2Jit(pattern, true);
@@ -135,15 +154,17 @@ void RunPattern(const Pattern& pattern, const char* family, int64_t bytes, bool 
   Case task(family, pattern.name, bytes);
   task.Ours([&] { return count(ours); })
       .Peer("pcre2", [&] { return count(pcre2); })
-      .Peer("pcre2 jit", [&] { return count(pcre2Jit); })
-      .Peer("oniguruma", [&] { return count(oniguruma); });
+      .Peer("pcre2 jit", [&] { return count(pcre2Jit); });
+  if (allPeers) {
+    task.Peer("oniguruma", [&] { return count(oniguruma); });
+  }
   std::unique_ptr<const Re2Search> re2;
   if (pattern.needs != Needs::kBacktracking) {
     re2 = std::make_unique<const Re2Search>(pattern);
     task.Peer("re2", [&] { return count(*re2); });
   }
   std::unique_ptr<BoostSearch> boost;
-  if (pattern.needs != Needs::kCategories) {  // not without ICU's strings
+  if (allPeers && pattern.needs != Needs::kCategories) {  // not without ICU's strings
     boost = std::make_unique<BoostSearch>(pattern);
     task.Peer("boost", [&] { return count(*boost); });
   }
@@ -186,6 +207,58 @@ const Family kFieldSearch([] {
   for (const Field& field : kFields) {
     RunField(field, false);
     RunField(field, true);
+  }
+});
+
+const Family kTextSearch([] {
+  for (const TextPattern& each : kTextPatterns) {
+    const std::string text = ReadText(each.text).substr(0, kTextBytes);
+    RunPattern(
+        each.pattern, "search_texts", static_cast<int64_t>(text.size()), true,
+        [&](auto& search) { return CountAll(search, text); }, false);
+  }
+});
+
+// ---- Replacing.
+
+// Every contender writes to the same room, which has enough for all of them, and returns how much
+// it wrote.
+void RunReplacing(const Replacing& task, std::string_view text) {
+  std::vector<uint8_t> room(4 * text.size());
+  OurSearch ours(task.pattern, true);
+  std::vector<uint64_t> block(1000);
+  auto* const replacement = reinterpret_cast<RegExpReplaceState*>(block.data());
+  veksRegExpReplaceInit(reinterpret_cast<const uint8_t*>(task.ours), replacement);
+  const Pcre2Search pcre2(task.pattern, false);
+  const Pcre2Search pcre2Jit(task.pattern, true);
+  const Re2Search re2(task.pattern);
+  const auto byPcre2 = [&](const Pcre2Search& search) {
+    return search.ReplaceAll(text, task.pcre2, room.data(), room.size());
+  };
+  Case("replace_pattern", task.pattern.name, static_cast<int64_t>(text.size()))
+      .Ours([&] { return ours.ReplaceAll(text, replacement, room.data(), room.size()); },
+            [&] {
+              return Digest(room.data(),
+                            ours.ReplaceAll(text, replacement, room.data(), room.size()));
+            })
+      .Peer(
+          "pcre2", [&] { return byPcre2(pcre2); },
+          [&] { return Digest(room.data(), byPcre2(pcre2)); })
+      .Peer(
+          "pcre2 jit", [&] { return byPcre2(pcre2Jit); },
+          [&] { return Digest(room.data(), byPcre2(pcre2Jit)); })
+      .Peer(
+          "re2", [&] { return static_cast<int64_t>(re2.ReplaceAll(text, task.re2).size()); },
+          [&] {
+            const std::string all = re2.ReplaceAll(text, task.re2);
+            return Digest(all.data(), static_cast<int64_t>(all.size()));
+          })
+      .Run();
+}
+
+const Family kReplacePattern([] {
+  for (const Replacing& task : kReplacing) {
+    RunReplacing(task, ReadText(task.text).substr(0, kTextBytes));
   }
 });
 

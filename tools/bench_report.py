@@ -36,7 +36,8 @@ GROUPS = {
     "Trimming": ["trim_byte", "trim_set"],
     "Hashes": ["hash"],
     "UTF-8 and UTF-16": ["utf8_to_utf16", "utf16_to_utf8"],
-    "Searching with patterns": ["search", "search_lines", "search_fields"],
+    "Searching with patterns": ["search", "search_lines", "search_fields", "search_texts"],
+    "Replacing with patterns": ["replace_pattern"],
     "Compiling patterns": ["compile"],
 }
 
