@@ -177,7 +177,7 @@ class FilterMaker {
       body = walk.nodes[body].op == OpBackref ? body + 1 : walk.GroupEnd(body) + 1;
     }
     Mark(body);
-    MarkAlternatives(GroupNoteOf(walk.nodes[index]).firstAlternative);
+    MarkAlternatives(FirstAlternativeOf(walk.nodes[index]));
   }
 
   void EndGroup(int32_t index) {

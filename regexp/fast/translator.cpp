@@ -415,8 +415,7 @@ class Translator {
   // The operation that tries the alternatives of a group and, if `exit` is not 0, what follows it,
   // first or last.
   int32_t Choice(int32_t opening, int32_t exit, bool exitFirst) {
-    return ChoiceAmong(opening + 1, GroupNoteOf(walk.nodes[opening]).firstAlternative, exit,
-                       exitFirst);
+    return ChoiceAmong(opening + 1, FirstAlternativeOf(walk.nodes[opening]), exit, exitFirst);
   }
 
   // Seven ways at a time, the eighth for the rest.

@@ -14,29 +14,19 @@
 
 namespace vekch::regexp {
 
-// Both budgets of a search in one number, since every record takes one of each: what is left of the
-// depth in the low half, of the steps in the high half. A lead on the depth keeps it from borrowing
-// from the steps: it goes no lower than 2 below zero.
-class Budget {
- public:
-  Budget() = default;
-  constexpr Budget(int32_t depth, int32_t steps)
-      : value(static_cast<uint64_t>(static_cast<uint32_t>(steps)) << 32 |
-              (static_cast<uint32_t>(depth) + kLead)) {}
+// What is left of both budgets of a search. Every record takes one of each.
+struct Budget {
+  int32_t depth;  // goes no lower than 2 below zero
+  int32_t steps;
 
-  constexpr int64_t Depth() const {
-    return static_cast<int64_t>(static_cast<uint32_t>(value)) - kLead;
+  void TakeRecord() {
+    --depth;
+    --steps;
   }
-  constexpr int64_t Steps() const { return static_cast<int64_t>(value >> 32); }
 
-  VEK_INLINE void TakeRecord() { value -= uint64_t{1} << 32 | 1; }
-  VEK_INLINE void TakeDepth() { value -= 1; }
-
-  friend constexpr bool operator==(Budget a, Budget b) { return a.value == b.value; }
-
- private:
-  static constexpr uint32_t kLead = 4;
-  uint64_t value;
+  friend constexpr bool operator==(Budget a, Budget b) {
+    return a.depth == b.depth && a.steps == b.steps;
+  }
 };
 
 // What becomes of an abort that comes up to a run of records: the last record that doesn't pass it
@@ -67,7 +57,6 @@ struct Registers {
 };
 
 enum class Choice : uint8_t {
-  kBytes,          // greedy: gives back a byte at a time
   kCharacters,     // greedy: gives back a character at a time
   kCopies,         // greedy: gives back a copy of what a group captured
   kLazy,           // takes one more
@@ -115,7 +104,7 @@ struct Frame {
 
   OnAbort onAbort;
   uint32_t node;  // index of the record
-  int32_t count;  // repetitions left to give back or to take; kBytes: the lowest offset
+  int32_t count;  // repetitions left to give back or to take; kCharacters: the lowest offset
   Budget budget;
   int64_t skew;
 };

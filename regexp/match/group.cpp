@@ -28,35 +28,21 @@ void Matcher::SaveGroup(const ProgramNode& opening, Frame* frame) {
 
 Flow Matcher::OpenGroup(Registers* r) {
   const ProgramNode& opening = *r->node;
-  const GroupNote note = GroupNoteOf(opening);
-  const ProgramNode& behind = *(GroupEndOf(opening) + 1);  // the quantifier of one that is repeated
-  switch (note.way) {
-    case GroupWay::kPassedOver:
-      r->node = &behind + 1;
-      return Flow::kNext;
-    case GroupWay::kTransparent:
-      ++r->node;
-      return Flow::kNext;
-    case GroupWay::kCertain:
-      if (undoesLess) {
-        EntryOf(opening).start = OffsetOf(r->at);
-        ++r->node;
-        return Flow::kNext;
-      }
-      break;
-    default:
-      break;
+  const ProgramNode* const quantifier = QuantifierOf(opening);
+  if (quantifier != nullptr && quantifier->b == 0) {
+    r->node = quantifier + 1;
+    return Flow::kNext;
   }
   Frame* const frame = Push(*r, Choice::kGroup);
   SaveGroup(opening, frame);
   GroupEntry::Matching& entry = EntryOf(opening);
-  entry.minimum = IsRepeated(note.way) ? behind.a : 1;
-  entry.maximum = IsRepeated(note.way) ? behind.b : 1;
+  entry.minimum = quantifier != nullptr ? quantifier->a : 1;
+  entry.maximum = quantifier != nullptr ? quantifier->b : 1;
   entry.start = OffsetOf(r->at);
-  if (note.way == GroupWay::kSkippedFirst) {
+  r->onAbort = OnAbort();
+  if (quantifier != nullptr && quantifier->op == OpLazy && quantifier->a == 0) {
     frame->choice = Choice::kSkippedGroup;
-    r->node = &behind + 1;
-    r->onAbort = OnAbort();
+    r->node = quantifier + 1;
     return Flow::kNext;
   }
   BeginCapture(opening, r->at);
@@ -91,17 +77,14 @@ Flow Matcher::EnterBody(Registers* r, const ProgramNode& opening) {
     const bool isSet = condition.a < state->captureCount && slots[condition.a].length != -1;
     return EnterBranch(r, opening, isSet);
   }
-  Top().group.alternative = GroupNoteOf(opening).firstAlternative;
+  Top().group.alternative = FirstAlternativeOf(opening);
   r->node = &opening + 1;
-  if (undoesLess && Top().group.alternative != 0 && FailsAtOnce(r->node, r->at, limit)) {
-    return Flow::kFail;
-  }
   return Flow::kNext;
 }
 
 Flow Matcher::EnterBranch(Registers* r, const ProgramNode& opening, bool holds) {
   const ProgramNode& condition = *(&opening + 1);
-  const int32_t alternative = GroupNoteOf(opening).firstAlternative;
+  const int32_t alternative = FirstAlternativeOf(opening);
   if (holds) {
     r->node = condition.op == OpBackref ? &condition + 1 : GroupEndOf(condition) + 1;
   } else {
@@ -114,14 +97,8 @@ Flow Matcher::EnterBranch(Registers* r, const ProgramNode& opening, bool holds) 
 // Goes on with the alternative that is next in the frame on top.
 Flow Matcher::EnterAlternative(Registers* r, const ProgramNode& opening) {
   Frame& frame = Top();
-  int32_t index = frame.group.alternative;
-  int32_t next = AlternativeNoteOf(program[index]).next;
-  while (undoesLess && next != 0 && FailsAtOnce(program + index + 1, r->at, limit)) {
-    index = next;
-    next = AlternativeNoteOf(program[index]).next;
-  }
-  const ProgramNode& alternative = program[index];
-  frame.group.alternative = next;
+  const ProgramNode& alternative = program[frame.group.alternative];
+  frame.group.alternative = AlternativeNoteOf(alternative).next;
   // What code points added beyond their bytes is forgotten here.
   r->skew = 0;
   frame.skew = 0;
@@ -135,45 +112,47 @@ Flow Matcher::NextAlternative(Registers* r) {
   Frame& frame = Top();
   Restore(frame, r);
   const ProgramNode& opening = *r->node;
-  const GroupWay way = GroupNoteOf(opening).way;
   if (frame.group.alternative != 0) {
-    const Flow flow = EnterAlternative(r, opening);
-    const bool undoesNothing =
-        way == GroupWay::kChoice || (way == GroupWay::kCertainChoice && undoesLess);
-    if (frame.group.alternative == 0 && undoesNothing) {
-      --top;  // nor is another choice left
-      r->onAbort = frame.onAbort;
-    }
-    return flow;
+    return EnterAlternative(r, opening);
   }
   Undo(frame);
   --top;
-  if (way != GroupWay::kOptional) {
+  const ProgramNode* const quantifier = QuantifierOf(opening);
+  if (quantifier == nullptr || quantifier->op == OpLazy || quantifier->a > 0) {
     return Flow::kFail;
   }
-  r->node = GroupEndOf(opening) + 2;
+  r->node = quantifier + 1;
   r->onAbort = frame.onAbort;
   return Flow::kNext;
 }
 
 // ---- Where a repetition ends.
 
+// A group that is not repeated has this one repetition.
 Flow Matcher::EndGroup(Registers* r) {
   const ProgramNode& opening = program[OpeningOf(*r->node)];
-  if (IsRepeated(GroupNoteOf(opening).way)) {
-    return EndRepetition(r, opening, *(r->node + 1));
+  const ProgramNode* const quantifier = QuantifierAt(r->node + 1);
+  const bool isLazy = quantifier != nullptr && quantifier->op == OpLazy;
+  Frame* const frame = Push(*r, Choice::kGroupEnd);
+  SaveGroup(opening, frame);
+  Capture(opening, r->at);
+  GroupEntry::Matching& entry = EntryOf(opening);
+  const bool isEmpty = entry.start == OffsetOf(r->at);
+  --entry.minimum;
+  --entry.maximum;
+  entry.start = OffsetOf(r->at);
+  r->onAbort = OnAbort();
+  if (isEmpty || (entry.maximum < 1 && !isLazy)) {
+    return GoBehind(r, EndPhase::kBehind);
   }
-  if (opening.op == OpCapture) {
-    if (!undoesLess) {
-      Frame* const frame = Push(*r, Choice::kGroupEnd);
-      SaveGroup(opening, frame);
-      frame->phase = EndPhase::kBehind;
-    }
-    Capture(opening, r->at);
+  if (r->budget.depth < 1) {
+    return FailGroupEnd();
   }
-  r->onAbort = OnAbort(OnAbort::kFails);
-  ++r->node;
-  return Flow::kNext;
+  if (isLazy && entry.minimum < 1) {
+    return GoBehind(r, EndPhase::kBehindFirst);
+  }
+  frame->phase = EndPhase::kBody;
+  return EnterBody(r, opening);
 }
 
 void Matcher::Capture(const ProgramNode& opening, const uint8_t* at) {
@@ -184,34 +163,10 @@ void Matcher::Capture(const ProgramNode& opening, const uint8_t* at) {
   }
 }
 
-Flow Matcher::EndRepetition(Registers* r, const ProgramNode& opening,
-                            const ProgramNode& quantifier) {
-  Frame* const frame = Push(*r, Choice::kGroupEnd);
-  SaveGroup(opening, frame);
-  Capture(opening, r->at);
-  GroupEntry::Matching& entry = EntryOf(opening);
-  const bool isEmpty = entry.start == OffsetOf(r->at);
-  --entry.minimum;
-  --entry.maximum;
-  entry.start = OffsetOf(r->at);
-  const bool isLazy = quantifier.op == OpLazy;
-  r->onAbort = OnAbort();
-  if (isEmpty || (entry.maximum < 1 && !isLazy)) {
-    return GoBehind(r, EndPhase::kBehind);
-  }
-  if (r->budget.Depth() < 1) {
-    return FailGroupEnd();
-  }
-  if (isLazy && entry.minimum < 1) {
-    return GoBehind(r, EndPhase::kBehindFirst);
-  }
-  frame->phase = EndPhase::kBody;
-  return EnterBody(r, opening);
-}
-
 Flow Matcher::GoBehind(Registers* r, EndPhase phase) {
   Top().phase = phase;
-  r->node += 2;  // the end, and the quantifier
+  ++r->node;
+  r->node += QuantifierAt(r->node) != nullptr ? 1 : 0;
   return Flow::kNext;
 }
 

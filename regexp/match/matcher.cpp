@@ -33,9 +33,7 @@ Matcher::Matcher(RegExpState* patternState, const uint8_t* text, int32_t length)
       subject(text),
       subjectEnd(text + length),
       isUtf8(patternState->characterFormat != 0),
-      undoesLess(DepthLimit(*patternState) > FactsOf(patternState)->mostDepth &&
-                 FactsOf(patternState)->readsOpenGroups == 0),
-      fullBudget(OwnDepth(*patternState), patternState->matchLimit) {}
+      fullBudget{OwnDepth(*patternState), patternState->matchLimit} {}
 
 void Matcher::ClearSlots() {
   for (int32_t slot = 1; slot < state->captureCount; ++slot) {
@@ -117,65 +115,32 @@ Flow Matcher::Run(Registers* registers, Flow flow) {
 VEK_INLINE Flow Matcher::Execute(Registers* r) {
   Flow flow = Flow::kNext;
   while (flow == Flow::kNext) {
-    if (r->budget.Depth() < lowestDepth) {
-      flow = ExhaustedBudget(*r);
-      if (flow != Flow::kNext) {
-        break;
-      }
+    if (r->budget.depth < 0) {
+      return Flow::kAbort;
+    }
+    if (r->budget.steps - stepsLost < 1) {
+      return Flow::kFail;
     }
     if (r->node == programEnd) {
-      flow = Flow::kEnd;
-      break;
+      return Flow::kEnd;
     }
     if (!HasRoom()) {
-      flow = Flow::kGrow;
-      break;
+      return Flow::kGrow;
+    }
+    if (--workLeft < 0) {
+      return Finish(Exhaust());
     }
     r->budget.TakeRecord();
-    const ProgramNode& node = *r->node;
-    switch (node.op) {
-      case OpChar:
-        if (QuantifierAt(&node + 1) != nullptr) {
-          flow = Character(r);
-        } else if (r->at < limit &&
-                   SameByte(*r->at, static_cast<uint8_t>(node.a), IsCaseless(node.c))) {
-          ++r->node;
-          ++r->at;
-          r->onAbort.PassByte();
-        } else {
-          flow = Flow::kFail;
-        }
-        break;
-      case OpString:
-        if (limit - r->at >= node.b && SameBytes(r->at, RunOf(node), node.b, IsCaseless(node.c))) {
-          ++r->node;
-          r->at += node.b;
-          r->onAbort = OnAbort(OnAbort::kMatches);
-        } else {
-          flow = Flow::kFail;
-        }
-        break;
-      case OpCharType:
-      case OpClass:
-        flow = Character(r);
-        break;
-      case OpCapture:
-      case OpGroup:
-        flow = OpenGroup(r);
-        break;
-      case OpGroupEnd:
-        flow = EndGroup(r);
-        break;
-      default:
-        flow = Record(r);
-        break;
-    }
+    flow = Record(r);
   }
   return flow;
 }
 
 Flow Matcher::Record(Registers* r) {
   switch (r->node->op) {
+    case OpChar:
+    case OpCharType:
+    case OpClass:
     case OpBackref:
     case OpAnyByte:
     case OpCodePoint:
@@ -184,6 +149,8 @@ Flow Matcher::Record(Registers* r) {
     case OpScript:
     case OpGrapheme:
       return Character(r);
+    case OpString:
+      return String(r);
     case OpAssert:
       return Assertion(r);
     case OpAlternative: {
@@ -199,9 +166,13 @@ Flow Matcher::Record(Registers* r) {
     case OpLookahead:
     case OpNegLookahead:
       return LookAround(r);
+    case OpCapture:
+    case OpGroup:
     case OpOptionGroup:
     case OpConditional:
       return OpenGroup(r);
+    case OpGroupEnd:
+      return EndGroup(r);
     case OpAtomic:
       return Atomic(r);
     case OpSetOptions:  // the records hold the options that are in force where they stand
@@ -212,13 +183,24 @@ Flow Matcher::Record(Registers* r) {
   }
 }
 
+Flow Matcher::String(Registers* r) {
+  const ProgramNode& node = *r->node;
+  if (!StandsAt(node, r->at, limit)) {
+    return Flow::kFail;
+  }
+  ++r->node;
+  r->at += node.b;
+  r->onAbort = OnAbort(OnAbort::kMatches);
+  return Flow::kNext;
+}
+
 // A record that consumes a character or a copy, once or repeated.
 Flow Matcher::Character(Registers* r) {
   const ProgramNode& atom = *r->node;
   if (QuantifierAt(BehindAtom(atom)) != nullptr) {
     return Repeat(r, atom);
   }
-  const int32_t length = r->at < limit ? RepetitionLength(atom, r->at) : -1;
+  const int32_t length = RepetitionLength(atom, r->at);
   if (length < 0) {
     return Flow::kFail;
   }
@@ -227,8 +209,11 @@ Flow Matcher::Character(Registers* r) {
   switch (atom.op) {
     case OpBackref:
       break;
+    case OpChar:
+      r->onAbort.PassByte();
+      break;
     case OpClass:  // counts as a repetition, once
-      r->budget.TakeDepth();
+      --r->budget.depth;
       r->onAbort = OnAbort(OnAbort::kFails);
       break;
     case OpCharType:
@@ -290,13 +275,6 @@ bool Matcher::AssertionHolds(const ProgramNode& node, const uint8_t* at) const {
 
 // ---- Where a run of records ends.
 
-Flow Matcher::ExhaustedBudget(const Registers& r) {
-  if (r.budget.Depth() < 0) {
-    return Flow::kAbort;
-  }
-  return r.budget.Steps() - stepsLost < 1 ? Flow::kFail : Flow::kNext;
-}
-
 Flow Matcher::EndOfProgram(Registers* r) {
   return requireNonEmpty && MatchLength(*r) == 0 ? Flow::kFail : Accept(r);
 }
@@ -329,12 +307,7 @@ Flow Matcher::Fail(Registers* r) {
 
 // Goes on with the last frame, to which a failure has come back, or an abort that it stops.
 Flow Matcher::Resume(Registers* r, bool aborted) {
-  workLeft -= kRecordsOfReturn;
-  if (workLeft < 0) {
-    return Finish(Exhaust());
-  }
   switch (Top().choice) {
-    case Choice::kBytes:
     case Choice::kCharacters:
       return GiveBack(r);
     case Choice::kCopies:
@@ -374,22 +347,13 @@ constexpr bool IsSub(Choice choice) {
 
 }  // namespace
 
-void Matcher::LoseSteps(int64_t count) {
-  stepsLost += count;
-  // The steps can't run out before the depth as long as fewer are lost than they are ahead.
-  if (stepsLost >= state->matchLimit - DepthLimit(*state)) {
-    lowestDepth = INT64_MAX;
-  }
-}
-
 // Carries an abort back, over the runs and the frames that pass it on, to what makes something else
 // of it. Nothing is undone before that is known: an abort that counts as a match leaves the slots
 // as they are.
 Flow Matcher::Abort(Registers* r) {
-  LoseSteps(1);
   OnAbort onAbort = r->onAbort;
   Frame* frame = Below(top);
-  LoseSteps(onAbort.LostSteps());
+  stepsLost += 1 + onAbort.LostSteps();
   while (onAbort.What() == OnAbort::kPasses) {
     if (frame == nullptr) {
       return Finish(MatchResult::kAbort);
@@ -399,7 +363,7 @@ Flow Matcher::Abort(Registers* r) {
       return Resume(r, true);
     }
     onAbort = frame->choice == Choice::kAtomicPlaces ? OnAbort() : frame->onAbort;
-    LoseSteps(onAbort.LostSteps());
+    stepsLost += onAbort.LostSteps();
     frame = Below(frame);
   }
   if (onAbort.What() == OnAbort::kFails) {

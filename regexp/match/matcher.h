@@ -58,23 +58,16 @@ class Matcher {
 
   void ClearSlots();
 
-  // Whether what begins at a record begins with a literal that does not stand at `at`.
-  bool FailsAtOnce(const ProgramNode* first, const uint8_t* at, const uint8_t* end) const {
-    const ProgramNode* const wholeEnd = program + state->nodeCount;
-    return first < wholeEnd && IsLiteral(*first) &&
-           !(first + 1 < wholeEnd && IsQuantifier(first[1])) && !StandsAt(*first, at, end);
-  }
-
   // The work that a call may take, counted in records: what has done more ends as if its limit had
-  // run out, at about ten seconds of work at the default limit. A return to a choice counts as the
-  // records that it leads to at least: the one with the choice, and one that fails.
-  static constexpr int64_t kRecordsOfReturn = 2;
+  // run out, at about ten seconds of work at the default limit.
   static int64_t MostWork(const RegExpState& state, int64_t length) {
     return 1000000 + int64_t{100000} * state.matchLimit + 4096 * length;
   }
 
+  // The same for one who counts no more than returns to choices. Each leads to two records at
+  // least: the one with the choice, and one that fails.
   static int64_t MostReturns(const RegExpState& state, int64_t length) {
-    return MostWork(state, length) / kRecordsOfReturn;
+    return MostWork(state, length) / 2;
   }
 
   // Ends the call as one that has done all the work that it may.
@@ -109,10 +102,10 @@ class Matcher {
   [[gnu::noinline]] Flow Run(Registers* registers, Flow flow);
   Flow Execute(Registers* registers);
   Flow Record(Registers* r);
+  Flow String(Registers* r);
   Flow Character(Registers* r);
   Flow Assertion(Registers* r);
   bool AssertionHolds(const ProgramNode& node, const uint8_t* at) const;
-  Flow ExhaustedBudget(const Registers& r);
   Flow Accept(Registers* r);
   Flow EndOfProgram(Registers* r);
   Flow Finish(MatchResult outcome);
@@ -123,31 +116,22 @@ class Matcher {
   void CutBehind(const Frame* frame);
   bool UnwindTo(const Frame* frame);
   void Undo(const Frame& frame);
-  void LoseSteps(int64_t count);
 
   // ---- repeat.cpp
   int32_t CharacterLength(const ProgramNode& atom, const uint8_t* at) const;
-  int32_t WideLength(const ProgramNode& atom, const uint8_t* at) const;
+  static bool IsMember(const Utf8Character& character, const ProgramNode& atom);
   int32_t CopyLength(const ProgramNode& atom, const uint8_t* at) const;
   int32_t RepetitionLength(const ProgramNode& atom, const uint8_t* at) const;
   Flow Repeat(Registers* r, const ProgramNode& atom);
-  Flow RepeatBytes(Registers* r, const ProgramNode& atom);
   Flow RepeatCharacters(Registers* r, const ProgramNode& atom);
   Flow RepeatCopies(Registers* r, const ProgramNode& atom);
   Flow RepeatLazily(Registers* r, const ProgramNode& atom);
-  Flow TryFrom(Registers* r, const ProgramNode& atom, Choice choice, const uint8_t* end,
-               const uint8_t* lowest);
-  const uint8_t* GivenBack(Registers* r, const ProgramNode& atom, Choice choice, const uint8_t* at,
-                           const uint8_t* lowest);
-  bool IsOfBytes(const ProgramNode& atom) const;
-  const uint8_t* EndOfBytes(const ProgramNode& atom, const uint8_t* at, const uint8_t* end) const;
-  bool CanFollow(const FollowNote& note, const uint8_t* at) const;
-  bool FollowApplies(const FollowNote& note, Budget budget) const;
+  Flow GoOnBehind(Registers* r, const ProgramNode& atom, Choice choice, int32_t count);
   Flow GiveBack(Registers* r);
   Flow GiveBackCopy(Registers* r);
   Flow TakeOneMore(Registers* r);
-  const uint8_t* PreviousRepetition(const ProgramNode& atom, const uint8_t* at,
-                                    const uint8_t* lowest) const;
+  const uint8_t* BeforeLast(const ProgramNode& atom, const uint8_t* at,
+                            const uint8_t* lowest) const;
 
   // ---- group.cpp
   Flow OpenGroup(Registers* r);
@@ -156,7 +140,6 @@ class Matcher {
   Flow NextAlternative(Registers* r);
   Flow EnterSkippedGroup(Registers* r);
   Flow EndGroup(Registers* r);
-  Flow EndRepetition(Registers* r, const ProgramNode& opening, const ProgramNode& quantifier);
   Flow ResumeGroupEnd(Registers* r, bool aborted);
   Flow GoBehind(Registers* r, EndPhase phase);
   Flow FailGroupEnd();
@@ -226,6 +209,10 @@ class Matcher {
   const ProgramNode* QuantifierAt(const ProgramNode* node) const {
     return regexp::QuantifierAt(node, programEnd);
   }
+  // That of a group, by its opening, or null.
+  const ProgramNode* QuantifierOf(const ProgramNode& opening) const {
+    return QuantifierAt(GroupEndOf(opening) + 1);
+  }
   GroupEntry::Matching& EntryOf(const ProgramNode& record) const {
     return groups[SerialOf(record)].matching;
   }
@@ -237,16 +224,12 @@ class Matcher {
   const uint8_t* const subject;
   const uint8_t* const subjectEnd;
   const bool isUtf8;
-  // The depth can't run out, and no group is read while it is open: slots and entries that every
-  // match sets anew need not be put back.
-  const bool undoesLess;
   const Budget fullBudget;  // with which each match begins
 
   const uint8_t* matchStart = nullptr;      // of the match
   const uint8_t* limit = nullptr;           // end of the text that is matched
   const ProgramNode* programEnd = nullptr;  // of the program, or of the program in the program
   Frame* sub = nullptr;                     // of the innermost program in the program
-  int64_t lowestDepth = 0;                  // below it a record looks at both budgets
   int64_t stepsLost = 0;                    // by aborts
   int64_t workLeft = MostWork(*state, subjectEnd - subject);  // of the whole call
 

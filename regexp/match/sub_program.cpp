@@ -15,7 +15,7 @@ void Matcher::PushSub(const Registers& r, Choice choice, const ProgramNode* end)
   frame->sub.around = sub;
   frame->sub.end = IndexOf(programEnd);
   frame->sub.bodyAt = OffsetOf(r.at);
-  frame->sub.alternative = GroupNoteOf(*r.node).firstAlternative;
+  frame->sub.alternative = FirstAlternativeOf(*r.node);
   sub = frame;
   programEnd = end;
 }

@@ -28,9 +28,7 @@ struct ProgramWalk {
 
   int32_t GroupEnd(int32_t opening) const { return opening + nodes[opening].b + 1; }
 
-  bool HasAlternatives(int32_t opening) const {
-    return GroupNoteOf(nodes[opening]).firstAlternative != 0;
-  }
+  bool HasAlternatives(int32_t opening) const { return FirstAlternativeOf(nodes[opening]) != 0; }
 
   // Whether every way leads from a record to the next one, without anything read.
   bool IsPassed(int32_t index) const {

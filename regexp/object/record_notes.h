@@ -16,38 +16,6 @@ namespace vekch::regexp {
 
 struct CharacterSet;
 
-// How a group is gone through. Of an atomic group or a look-around it isn't noted.
-enum class GroupWay : uint8_t {
-  kPassedOver,   // "(a){0}"
-  kTransparent,  // "(?:a)": nothing to choose, nothing to undo
-  kChoice,       // "(?:a|b)": nothing to undo
-  // Every match passes through it once, so that what it captured before never matters: what it
-  // changes need not be undone where the depth can't run out.
-  kCertain,        // "(a)"
-  kCertainChoice,  // "(a|b)"
-  kOnce,           // any other that is not repeated
-  // Repeated, from here on.
-  kGreedy,       // "(a)+"
-  kOptional,     // "(a)*"
-  kLazy,         // "(a)+?"
-  kSkippedFirst  // "(a)*?"
-};
-
-constexpr bool IsRepeated(GroupWay way) { return way >= GroupWay::kGreedy; }
-
-// No record 0 is an alternative of a group, nor the end of one: 0 stands for none.
-struct GroupNote {
-  int32_t firstAlternative;
-  GroupWay way;
-
-  static GroupNote Of(uint64_t word) {
-    return {static_cast<int32_t>(word), static_cast<GroupWay>(word >> 32)};
-  }
-  uint64_t Word() const {
-    return static_cast<uint32_t>(firstAlternative) | static_cast<uint64_t>(way) << 32;
-  }
-};
-
 struct AlternativeNote {
   int32_t next;
   int32_t groupEnd;  // 0 at top level
@@ -60,42 +28,20 @@ struct AlternativeNote {
   }
 };
 
-// What the first byte after a repetition must be, so that a try with another one is in vain.
-struct FollowNote {
-  enum Kind : uint8_t { kAnything, kByte, kSet };
-
-  // kByte: one byte in both cases, or twice the same. kSet: index of the record that has the set.
-  uint32_t target;
-  Kind kind;
-  uint8_t isDisjoint;  // no character that is repeated begins with such a byte
-  uint8_t passes;      // records before the test; each would take of the budgets
-
-  static FollowNote Of(uint64_t word) {
-    return {static_cast<uint32_t>(word), static_cast<Kind>(word >> 32 & 0xFF),
-            static_cast<uint8_t>(word >> 40), static_cast<uint8_t>(word >> 48)};
-  }
-  uint64_t Word() const {
-    return target | uint64_t{kind} << 32 | uint64_t{isDisjoint} << 40 | uint64_t{passes} << 48;
-  }
-
-  uint8_t FirstByte() const { return static_cast<uint8_t>(target); }
-  uint8_t SecondByte() const { return static_cast<uint8_t>(target >> 8); }
-  inline const CharacterSet& SetIn(const ProgramNode* program) const;
-};
-
 // ---- What a note is depends on its record:
 //
-//   openings                         GroupNote
+//   openings                         index of the first alternative, 0 for none
 //   OpAlternative                    AlternativeNote
 //   OpGroupEnd                       index of the opening record
-//   OpGreedy, OpLazy after an atom  FollowNote
 //   OpCharType, OpClass              address of the set; of a class without one the options
 //   OpCategory                       the set of the category's classes of code points
 //   OpAssert, OpBackref, OpCodePoint the options in force
 
-inline GroupNote GroupNoteOf(const ProgramNode& node) {
+// Index of the first alternative of the group that begins at a record, 0 for none: no record 0 is
+// an alternative of a group.
+inline int32_t FirstAlternativeOf(const ProgramNode& node) {
   VEK_EXPECT(IsOpening(node));
-  return GroupNote::Of(node.ptr);
+  return static_cast<int32_t>(node.ptr);
 }
 
 inline AlternativeNote AlternativeNoteOf(const ProgramNode& node) {
@@ -107,11 +53,6 @@ inline AlternativeNote AlternativeNoteOf(const ProgramNode& node) {
 inline int32_t OpeningOf(const ProgramNode& node) {
   VEK_EXPECT(node.op == OpGroupEnd);
   return static_cast<int32_t>(node.ptr);
-}
-
-inline FollowNote FollowNoteOf(const ProgramNode& node) {
-  VEK_EXPECT(IsQuantifier(node));
-  return FollowNote::Of(node.ptr);
 }
 
 inline uint64_t CategoriesOf(const ProgramNode& node) {
@@ -138,26 +79,16 @@ inline int32_t OptionsOf(const ProgramNode& node) {
   return static_cast<int32_t>(node.ptr);
 }
 
-inline const CharacterSet& FollowNote::SetIn(const ProgramNode* program) const {
-  VEK_EXPECT(kind == kSet);
-  return *SetOf(program[target]);
-}
-
 // ---- For the one who notes.
 
-inline void Note(ProgramNode* node, const GroupNote& group) {
+inline void NoteFirstAlternative(ProgramNode* node, int32_t alternative) {
   VEK_EXPECT(IsOpening(*node));
-  node->ptr = group.Word();
+  node->ptr = static_cast<uint32_t>(alternative);
 }
 
 inline void Note(ProgramNode* node, const AlternativeNote& alternative) {
   VEK_EXPECT(node->op == OpAlternative);
   node->ptr = alternative.Word();
-}
-
-inline void Note(ProgramNode* node, const FollowNote& follow) {
-  VEK_EXPECT(IsQuantifier(*node));
-  node->ptr = follow.Word();
 }
 
 inline void NoteOpening(ProgramNode* node, int32_t opening) {

@@ -82,10 +82,7 @@ class Driver {
     MatchResult result = matcher.Match(program, at, end);
     for (int32_t i = firstAlternative; result == MatchResult::kFail && i != 0;
          i = AlternativeNoteOf(program[i]).next) {
-      const ProgramNode* const first = program + i + 1;
-      if (rule.plan == nullptr || !matcher.FailsAtOnce(first, at, end)) {
-        result = matcher.Match(first, at, end);
-      }
+      result = matcher.Match(program + i + 1, at, end);
     }
     return result;
   }
