@@ -41,7 +41,7 @@ class Analysis {
   // open.
 
   void LinkGroups() {
-    uint64_t isClosed[RegExpTableSize / 64 + 1] = {};  // a bit for each capture
+    uint64_t closed = 0;  // a bit for each of the first captures; the others count as open
     int32_t lastSerial = 0;
     int32_t lastAtTopLevel = 0;
     for (int32_t i = 0; i < count; i = walk.BehindAtom(i)) {
@@ -61,10 +61,10 @@ class Analysis {
         const int32_t opening = groups[SerialOf(node)].opening;
         EndGroup(i, opening);
         if (nodes[opening].op == OpCapture) {
-          isClosed[nodes[opening].c / 64] |= uint64_t{1} << nodes[opening].c % 64;
+          closed |= nodes[opening].c < 64 ? uint64_t{1} << nodes[opening].c : 0;
         }
       } else if (node.op == OpBackref && node.a < state->captureCount &&
-                 (isClosed[node.a / 64] >> node.a % 64 & 1) == 0) {
+                 (node.a >= 64 || (closed >> node.a & 1) == 0)) {
         facts->readsOpenGroups = 1;
       }
     }

@@ -4,6 +4,7 @@
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/properties.h"
 #include "strings/kernels/block.h"
+#include "strings/kernels/block_kernels.h"
 
 namespace vekch::regexp {
 namespace {
@@ -165,6 +166,15 @@ void AddByte(uint8_t byte, bool caseless, CharacterSet* set) {
   }
 }
 
+void AddRange(int32_t first, int32_t last, bool caseless, CharacterSet* set) {
+  if (first <= last) {
+    kernels::Fill(0xFF, set->member + first, last - first + 1);
+  }
+  for (int32_t value = first; caseless && value <= last; ++value) {
+    set->member[OtherCase(static_cast<uint8_t>(value))] = 0xFF;
+  }
+}
+
 void AddSet(const CharacterSet& other, CharacterSet* set) {
   for (int32_t i = 0; i < 256; i += kernels::kBlock) {
     kernels::StoreAny(set->member + i,
@@ -178,9 +188,7 @@ void AddItem(const ProgramNode& item, bool caseless, CharacterSet* set) {
       AddByte(static_cast<uint8_t>(item.a), caseless, set);
       return;
     case OpClassRange:
-      for (int32_t value = item.a; value <= item.b && value < 256; ++value) {
-        AddByte(static_cast<uint8_t>(value), caseless, set);
-      }
+      AddRange(item.a, item.b < 255 ? item.b : 255, caseless, set);
       return;
     case OpCharType:
       AddSet(ShorthandSet(item.a, 0), set);
@@ -244,7 +252,10 @@ bool InClass(int32_t codePoint, const ProgramNode& head, bool caseless) {
 
 void FillClassSet(const ProgramNode& head, int32_t options, CharacterSet* set) {
   const bool caseless = IsCaseless(options);
-  *set = {};
+  for (int32_t i = 0; i < 256; i += kernels::kBlock) {
+    kernels::StoreAny(set->member + i, kernels::ZeroBlock());
+  }
+  set->wide = Wide::kOutside;
   set->options = static_cast<uint8_t>(options);
   const ProgramNode* const end = &head + 1 + head.b;
   for (const ProgramNode* item = &head + 1; item < end;) {

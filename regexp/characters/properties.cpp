@@ -10,6 +10,8 @@
 
 #include "regexp/characters/properties.h"
 
+#include "strings/kernels/lanes.h"
+
 namespace vekch::regexp {
 namespace {
 
@@ -175,11 +177,36 @@ constexpr bool RangeAccepts(int32_t category, int32_t mask, bool negated) {
 }
 
 // Without branches: the categories of text follow no pattern that a processor could predict.
-constexpr bool ListedAccepts(int32_t category, int32_t mask, bool negated) {
+constexpr bool ListedAccepts(int32_t category, int32_t mask) {
   const bool ofMajor = ((category ^ mask) & ~kCategoryMinorBits) == 0;
   const bool anyMinor = (mask & kCategoryMinorBits) == 0;
   const bool ofMinor = (mask & category & kCategoryMinorBits) != 0;
-  return (ofMajor & (anyMinor | ofMinor)) != negated;
+  return ofMajor & (anyMinor | ofMinor);
+}
+
+// The same of all listed classes at once: this is asked for whenever a pattern is compiled.
+uint64_t ListedClasses(int32_t mask) {
+  using kernels::Units;
+  constexpr int32_t kUnits = kernels::kBlock / 2;
+  constexpr int32_t kEnd = 4 * kUnits;
+  static_assert(kEnd >= kClassRangeLo && kEnd <= kClassCount);
+  const int32_t ofMask = mask & kCategoryMinorBits;
+  const Units minorBits = kernels::SplatUnit(kCategoryMinorBits);
+  const Units minors = kernels::SplatUnit(static_cast<uint16_t>(ofMask == 0 ? 0xFFFF : ofMask));
+  const Units major = kernels::SplatUnit(static_cast<uint16_t>(mask & ~kCategoryMinorBits));
+  uint64_t set = 0;
+  for (int32_t i = 0; i < kEnd; i += 2 * kUnits) {
+    Units accepted[2];
+    for (int32_t half = 0; half < 2; ++half) {
+      const uint16_t* const from = kClassCategory + i + half * kUnits;
+      const auto categories =
+          kernels::As<Units>(kernels::LoadAny(reinterpret_cast<const uint8_t*>(from)));
+      const Units isOther = (categories & minors) == kernels::SplatUnit(0);
+      accepted[half] = Without(Without(categories, minorBits) == major, isOther) >> 8;
+    }
+    set |= uint64_t{LaneBits(Narrow(accepted[0], accepted[1]))} << i;
+  }
+  return set & ((uint64_t{1} << kClassRangeLo) - 1);
 }
 
 // For the classes of code points that are not listed one by one.
@@ -201,7 +228,7 @@ bool UnlistedAccepts(uint8_t classNumber, int32_t mask, bool negated) {
 }
 
 bool ClassAccepts(uint8_t classNumber, int32_t mask, bool negated) {
-  return classNumber < kClassRangeLo ? ListedAccepts(kClassCategory[classNumber], mask, negated)
+  return classNumber < kClassRangeLo ? ListedAccepts(kClassCategory[classNumber], mask) != negated
                                      : UnlistedAccepts(classNumber, mask, negated);
 }
 
@@ -246,9 +273,10 @@ bool MatchCategory(int32_t codePoint, int32_t mask, int32_t negated) {
 
 uint64_t CategorySet(int32_t mask, int32_t negated) {
   static_assert(kClassCount <= 64, "one bit for each class");
-  uint64_t set = 0;
-  for (uint8_t classNumber = 0; classNumber < kClassCount; ++classNumber) {
-    set |= static_cast<uint64_t>(ClassAccepts(classNumber, mask, negated != 0)) << classNumber;
+  uint64_t set = ListedClasses(mask);
+  set ^= negated != 0 ? (uint64_t{1} << kClassRangeLo) - 1 : 0;
+  for (uint8_t classNumber = kClassRangeLo; classNumber < kClassCount; ++classNumber) {
+    set |= uint64_t{UnlistedAccepts(classNumber, mask, negated != 0)} << classNumber;
   }
   return set;
 }
