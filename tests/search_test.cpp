@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <ostream>
 #include <random>
 #include <sstream>
 
@@ -440,6 +441,8 @@ const World kWorlds[] = {
      1, false, "[ab]+c"},
     {"LevelsWithLimits", kLevels.c_str(), 5, "-------\t-------c", 1, "", 100, 900, 4},
 };
+
+void PrintTo(const World& world, std::ostream* out) { *out << world.name; }
 
 class SmallWorlds : public testing::TestWithParam<World> {};
 
