@@ -3,9 +3,10 @@
 """The promises of the built shared library, checked on the binary itself, ELF or PE.
 
 binary_rules.py --exports LIST [--definition DEF] [--version VERSION] [--folder FOLDER]
-                [--expect RULE,...] LIBRARY
+                [--readelf READELF] [--expect RULE,...] LIBRARY
 
-Asks objdump for its headers and its code, and nm for its symbols. Every breach is printed as
+Asks objdump for its headers and its code, and nm for its symbols; with --readelf the library is to
+be ready for protected control flow. Every breach is printed as
 "RULE: what is wrong"; the exit code is 0 if there is none. With --expect it is 0 if exactly these
 rules are broken: so the negative controls show that each rule can fail.
 """
@@ -263,6 +264,19 @@ def instruction_breaches(objdump, library):
         yield "instructions", "nothing was disassembled"
 
 
+def flow_breaches(image, options):
+    """The library may be loaded where indirect jumps are held to marked places, and returns to a
+    second stack; which ends where a single object is not made for it."""
+    notes = run(options.readelf, "-n", "-W", options.library)
+    for feature in ("IBT", "SHSTK"):
+        if not re.search(rf"x86 feature:.*\b{feature}\b", notes):
+            yield "flow", f"no note says {feature}"
+    code = run(options.objdump, "-d", "--no-show-raw-insn", options.library)
+    for name in sorted(image.exports):
+        if not re.search(rf"<{name}>:\n.*\tendbr64", code):
+            yield "flow", f"{name} is no place that a call may lead to"
+
+
 def breaches(options):
     exports = read_exports(options.exports)
     image = read_image(options)
@@ -277,6 +291,8 @@ def breaches(options):
     yield from section_breaches(image)
     yield from kernel_breaches(image, options.nm, options.library)
     yield from instruction_breaches(options.objdump, options.library)
+    if options.readelf:
+        yield from flow_breaches(image, options)
 
 
 def main():
@@ -289,6 +305,7 @@ def main():
     parser.add_argument("--expect", default="")
     parser.add_argument("--nm", default="nm")
     parser.add_argument("--objdump", default="objdump")
+    parser.add_argument("--readelf")
     options = parser.parse_args()
     found = list(breaches(options))
     for rule, what in found:
