@@ -87,6 +87,7 @@ TEST(ChecksTest, EveryFunction) {
   EXPECT_EQ(veksFindC_Z_8u(nullptr, 0, &written->number), StatusNullPointer);
   // An object that nothing was compiled into.
   std::memset(written->object, 0x5A, sizeof written->object);
+  written->count = 1;
   EXPECT_EQ(veksRegExpFind_8u(kText, 1, written->State(), &written->result, &written->count),
             StatusRegExpError);
 }
