@@ -91,7 +91,7 @@ enum { VEKCH_REGEXP_OPERATIONS(VEKCH_REGEXP_INDEX) RegExpOperationCount };
 #undef VEKCH_REGEXP_INDEX
 
 #define VEKCH_REGEXP_CODE(name, width, zeroWidth, a, b, c, ptr) \
-  name = RegExpFirstOperation + RegExpIndexOf##name,
+  name = (int)RegExpFirstOperation + RegExpIndexOf##name,
 enum { VEKCH_REGEXP_OPERATIONS(VEKCH_REGEXP_CODE) RegExpOperationEnd };
 #undef VEKCH_REGEXP_CODE
 
