@@ -265,27 +265,16 @@ void CompareWithModel(PatternObject& bench, const std::string& pattern) {
 class SmallPatterns : public testing::TestWithParam<std::pair<const char*, size_t>> {};
 
 TEST_P(SmallPatterns, LikeTheModel) {
-  const std::string alphabet = GetParam().first;
+  Words letters;
+  for (const char letter : std::string(GetParam().first)) {
+    letters.emplace_back(1, letter);
+  }
   const size_t longest = GetParam().second;
   PatternObject bench(longest);
   size_t compiled = 0;
-  for (size_t length = 0; length <= longest; ++length) {
-    std::string pattern(length, alphabet[0]);
-    std::vector<size_t> digits(length);
-    for (size_t place = 0; place != length || length == 0;) {
-      CompareWithModel(bench, pattern);
-      if (HasFatalFailure() || length == 0) {
-        break;
-      }
-      compiled += bench.Offset() == kNoOffset ? 1 : 0;
-      for (place = 0; place < length; ++place) {
-        digits[place] = (digits[place] + 1) % alphabet.size();
-        pattern[place] = alphabet[digits[place]];
-        if (digits[place] != 0) {
-          break;
-        }
-      }
-    }
+  for (const std::string& pattern : AllTexts(letters, longest)) {
+    ASSERT_NO_FATAL_FAILURE(CompareWithModel(bench, pattern));
+    compiled += bench.Offset() == kNoOffset ? 1 : 0;
   }
   EXPECT_GT(compiled, 300U);
 }

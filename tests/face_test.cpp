@@ -9,11 +9,10 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
-#include <string>
 #include <string_view>
 #include <thread>
-#include <tuple>
-#include <vector>
+
+#include "tests/pattern_object.h"
 
 namespace vekch::test {
 namespace {
@@ -181,17 +180,17 @@ TEST(FaceTest, AllMatchesInTheirContext) {
       "(a*)b?",  "(?=(b))", "\\w+$", ".",    "x*?", "(?<!a).",  "$",       "|a$",
       "\\x{E9}", "[^a]",    "(a)?",  "\\Bb", "|bb", "(?=a$)a|", "(?:)",    "a(?!b)|",
   };
-  const char* const texts[] = {"",
-                               "a",
-                               "b",
-                               "ab",
-                               "ba",
-                               "aab ba",
-                               "a\nb\n",
-                               "\u00E9",
-                               "a\u00E9b",
-                               "\u20AC\u00E9 a",
-                               "aaaaabbbbbab bb"};
+  const std::vector<const char*> texts = {"",
+                                          "a",
+                                          "b",
+                                          "ab",
+                                          "ba",
+                                          "aab ba",
+                                          "a\nb\n",
+                                          "\u00E9",
+                                          "a\u00E9b",
+                                          "\u20AC\u00E9 a",
+                                          "aaaaabbbbbab bb"};
   for (const char* pattern : patterns) {
     for (const char* text : texts) {
       for (const bool bytes : {false, true}) {
@@ -207,13 +206,12 @@ TEST(FaceTest, AllMatchesInTheirContext) {
         const Replaced replaced = all.replace_all(text, "<$&$1>");
         std::string model;
         size_t at = 0;
+        const auto part = [&](std::pair<size_t, size_t> span) {
+          return std::string(text).substr(span.first, span.second);
+        };
         for (const auto& match : wanted) {
-          model += std::string(text).substr(at, match[0].first - at) + "<" +
-                   std::string(text).substr(match[0].first, match[0].second);
-          if (match.size() > 1 && match[1].first != npos) {
-            model += std::string(text).substr(match[1].first, match[1].second);
-          }
-          model += ">";
+          model += part({at, match[0].first - at}) + "<" + part(match[0]);
+          model += (match.size() > 1 && match[1].first != npos ? part(match[1]) : "") + ">";
           at = match[0].first + match[0].second;
         }
         ASSERT_EQ(replaced.text, model + std::string(text).substr(at));
@@ -227,11 +225,8 @@ TEST(FaceTest, AllMatchesInTheirContext) {
 TEST(FaceTest, RoomGrowsWithTheMatches) {
   for (const size_t matches : std::initializer_list<size_t>{1, 7, 15, 16, 17, 300, 5000, 70000}) {
     for (const size_t quiet : std::initializer_list<size_t>{0, 3000, 200000}) {
-      std::string text;
-      for (size_t i = 0; i < matches; ++i) {
-        text += "k=v;";
-      }
-      text = std::string(quiet, '.') + text + std::string(quiet / 3, '.') + "k=w;";
+      const std::string text =
+          std::string(quiet, '.') + Repeat("k=v;", matches) + std::string(quiet / 3, '.') + "k=w;";
       Pattern pattern("(\\w)=(\\w)");
       const Matches all = pattern.find_all(text);
       ASSERT_EQ(all.status(), StatusNoError);
@@ -327,90 +322,70 @@ TEST(FaceTest, WhatIsRefused) {
 
 // The cause of every kind of fault, by what lies at its place.
 TEST(FaceTest, CausesInWords) {
-  const std::tuple<const char*, const char*, const char*> rows[] = {
-      {"(a", "", "missing )"},
-      {"(?#a", "", "missing )"},
-      {"(?i", "", "missing )"},
-      {"a)", "", "unmatched )"},
-      {"(?<=a(b)[)])c)", "", "unmatched )"},
-      {"# (\n)", "x", "unmatched )"},
-      {"\\Q(?<=\\E)", "", "unmatched )"},
-      {"(?<=a|(b)\\)[)]cd)", "", "a look-behind has one fixed length and no back-reference"},
-      {"(a)(?<!x\\1)", "", "a look-behind has one fixed length and no back-reference"},
-      {"(a)(?(1)a|b|c)", "",
-       "a condition is a group's number or a look-around, with two alternatives at most"},
-      {"(?(a)b)", "", "a condition is a group's number or a look-around"},
-      {"(?(12a)b)", "", "a condition is a group's number or a look-around"},
-      {"(?(0)b)", "", "a condition's group has a number from 1 up"},
-      {"(?()b)", "", "a condition's group has a number from 1 up"},
-      {"(a)\\2", "", "reference to a group that does not exist"},
-      {"(?<name>a)", "", "named groups are not supported"},
-      {"(?P<name>a)", "", "named groups are not supported"},
-      {"(?'name'a)", "", "named groups are not supported"},
-      {"(?|a)", "", "groups that share their numbers are not supported"},
-      {"(?R)", "", "recursion is not supported"},
-      {"(?1)", "", "recursion is not supported"},
-      {"(?P>n)", "", "recursion is not supported"},
-      {"(?C1)", "", "callouts are not supported"},
-      {"(?u)", "", "unknown letter after (?"},
-      {"(?iu)", "", "unknown option letter"},
-      {"a", "I", "unknown letter in the pattern options"},
-      {"[a", "", "missing ]"},
-      {"[]", "", "missing ]"},
-      {"[\\Qa]", "", "missing ]"},
-      {"[[:foo:]]", "", "unknown class name"},
-      {"[z-a]", "", "the ends of a range are in the wrong order"},
-      {"[a-\\d]", "", "a range can't end with a class or a property"},
-      {"[\\^]", "", "a class without a member, or with ^ alone"},
-      {"[\\Q\\E]", "", "a class without a member, or with ^ alone"},
-      {"a\\", "", "nothing after a backslash"},
-      {"a\\c", "", "nothing after a backslash"},
-      {"\\x{12", "", "\\x{ has up to eight hexadecimal digits and a } after them"},
-      {"\\x{123456789}", "", "\\x{ has up to eight hexadecimal digits and a } after them"},
-      {"\\px", "", "a property is one of the letters C L M N P S Z, or a name in braces"},
-      {"\\P{^L}", "", "a property negated twice"},
-      {"\\p{Lu", "", "missing } after a property's name"},
-      {"\\p{Lux}", "", "unknown category or script"},
-      {"[\\p{Foo}]", "", "unknown category or script"},
-      {"\\p{^InBasicLatin}", "", "Unicode blocks are not supported"},
-      {"*a", "", "nothing to repeat"},
-      {"a|{2}", "", "nothing to repeat"},
-      {"(?i)*", "", "nothing to repeat"},
-      {"a**", "", "a quantifier after a quantifier"},
-      {"a{2}{3}", "", "a quantifier after a quantifier"},
-      {"a*+", "", "possessive quantifiers are not supported: write (?>...)"},
-      {"a{70000}", "", "a repetition is 65535 times at most"},
-      {"a{1,99999999999}", "", "a repetition is 65535 times at most"},
-      {"a{3,2}", "", "the bounds of a repetition are in the wrong order"},
+  const struct {
+    const char* cause;
+    std::vector<const char*> patterns;
+  } rows[] = {
+      {"missing )", {"(a", "(?#a", "(?i"}},
+      {"unmatched )", {"a)", "(?<=a(b)[)])c)", "\\Q(?<=\\E)"}},
+      {"a look-behind has one fixed length and no back-reference",
+       {"(?<=a|(b)\\)[)]cd)", "(a)(?<!x\\1)"}},
+      {"a condition is a group's number or a look-around, with two alternatives at most",
+       {"(a)(?(1)a|b|c)"}},
+      {"a condition is a group's number or a look-around", {"(?(a)b)", "(?(12a)b)"}},
+      {"a condition's group has a number from 1 up", {"(?(0)b)", "(?()b)"}},
+      {"reference to a group that does not exist", {"(a)\\2"}},
+      {"named groups are not supported", {"(?<name>a)", "(?P<name>a)", "(?'name'a)"}},
+      {"groups that share their numbers are not supported", {"(?|a)"}},
+      {"recursion is not supported", {"(?R)", "(?1)", "(?P>n)"}},
+      {"callouts are not supported", {"(?C1)"}},
+      {"unknown letter after (?", {"(?u)"}},
+      {"unknown option letter", {"(?iu)"}},
+      {"missing ]", {"[a", "[]", "[\\Qa]"}},
+      {"unknown class name", {"[[:foo:]]"}},
+      {"the ends of a range are in the wrong order", {"[z-a]"}},
+      {"a range can't end with a class or a property", {"[a-\\d]"}},
+      {"a class without a member, or with ^ alone", {"[\\^]", "[\\Q\\E]"}},
+      {"nothing after a backslash", {"a\\", "a\\c"}},
+      {"\\x{ has up to eight hexadecimal digits and a } after them", {"\\x{12", "\\x{123456789}"}},
+      {"a property is one of the letters C L M N P S Z, or a name in braces", {"\\px"}},
+      {"a property negated twice", {"\\P{^L}"}},
+      {"missing } after a property's name", {"\\p{Lu"}},
+      {"unknown category or script", {"\\p{Lux}", "[\\p{Foo}]"}},
+      {"Unicode blocks are not supported", {"\\p{^InBasicLatin}"}},
+      {"nothing to repeat", {"*a", "a|{2}", "(?i)*"}},
+      {"a quantifier after a quantifier", {"a**", "a{2}{3}"}},
+      {"possessive quantifiers are not supported: write (?>...)", {"a*+"}},
+      {"a repetition is 65535 times at most", {"a{70000}", "a{1,99999999999}"}},
+      {"the bounds of a repetition are in the wrong order", {"a{3,2}"}},
   };
-  for (const auto& [pattern, options, cause] : rows) {
-    EXPECT_EQ(Pattern(pattern, options).fault().cause, cause) << pattern;
+  for (const auto& [cause, patterns] : rows) {
+    for (const char* pattern : patterns) {
+      EXPECT_EQ(Pattern(pattern).fault().cause, std::string(cause)) << pattern;
+    }
   }
-  std::string deep;
-  for (int i = 0; i < 1000; ++i) {
-    deep = "(" + deep + ")";
-  }
-  EXPECT_EQ(Pattern(deep).fault().cause, "more than 999 groups, or groups nested deeper than 999");
+  EXPECT_EQ(std::string("unmatched )"), Pattern("# (\n)", "x").fault().cause);
+  EXPECT_EQ(std::string("unknown letter in the pattern options"), Pattern("a", "I").fault().cause);
+  const std::string deep = Repeat("(", 1000) + Repeat(")", 1000);
+  EXPECT_EQ(std::string("more than 999 groups, or groups nested deeper than 999"),
+            Pattern(deep).fault().cause);
 }
 
 // The C helper where elements run short, and where the pattern asks for one match only.
 TEST(FaceTest, AllMatchesInC) {
-  const auto bytes = [](const char* text) { return reinterpret_cast<const uint8_t*>(text); };
   for (const char* options : {"g", ""}) {
-    for (const char* subject : {"", "ab", "abab"}) {
-      std::vector<uint64_t> block((48056 + 24 * 8) / 8);
-      auto* const state = reinterpret_cast<RegExpState*>(block.data());
-      int32_t offset = 0;
-      ASSERT_EQ(veksRegExpInit(bytes("(a)(b)|$"), bytes(options), state, &offset), 0);
+    for (const std::string subject : {"", "ab", "abab"}) {
+      const PatternObject object("(a)(b)|$", options);
+      RegExpState* const state = object.State();
       ASSERT_EQ(vekRegExpGroupCount(state), 2);
-      const int32_t length = static_cast<int32_t>(std::strlen(subject));
+      const auto length = static_cast<int32_t>(subject.size());
       const int32_t all = *options == 'g' ? length / 2 + 1 : 1;
       for (int32_t room = 1; room < 14; ++room) {
         SCOPED_TRACE(subject + std::to_string(room) + options);
         std::vector<RegExpFindResult> found(14, RegExpFindResult{nullptr, 99});
         int32_t count = room;
         const vekStatus status =
-            vekRegExpFindAll(bytes(subject), length, state, found.data(), &count);
+            vekRegExpFindAll(BytesOf(subject), length, state, found.data(), &count);
         ASSERT_EQ(count, std::min(room / 3, all) * 3);
         if (count < all * 3) {
           ASSERT_EQ(status, StatusRegExpResultsTruncated);
@@ -419,7 +394,7 @@ TEST(FaceTest, AllMatchesInC) {
         }
         for (int32_t i = 0; i < count; i += 3) {
           const bool isLast = i / 3 * 2 == length;
-          ASSERT_EQ(found[static_cast<size_t>(i)].pointer, bytes(subject) + i / 3 * 2);
+          ASSERT_EQ(found[static_cast<size_t>(i)].pointer, BytesOf(subject) + i / 3 * 2);
           ASSERT_EQ(found[static_cast<size_t>(i)].length, isLast ? 0 : 2);
           ASSERT_EQ(found[static_cast<size_t>(i) + 1].length, isLast ? -1 : 1);
         }
@@ -432,10 +407,10 @@ TEST(FaceTest, AllMatchesInC) {
   int32_t count = 1;
   auto* const state = reinterpret_cast<RegExpState*>(block);
   EXPECT_EQ(vekRegExpFindAll(nullptr, 0, state, &found, &count), StatusNullPointer);
-  EXPECT_EQ(vekRegExpFindAll(bytes(""), -1, state, &found, &count), StatusLengthError);
-  EXPECT_EQ(vekRegExpFindAll(bytes("x"), 1, state, &found, &count), StatusRegExpError);
+  EXPECT_EQ(vekRegExpFindAll(BytesOf(""), -1, state, &found, &count), StatusLengthError);
+  EXPECT_EQ(vekRegExpFindAll(BytesOf("x"), 1, state, &found, &count), StatusRegExpError);
   count = 0;
-  EXPECT_EQ(vekRegExpFindAll(bytes("x"), 1, state, &found, &count), StatusSizeError);
+  EXPECT_EQ(vekRegExpFindAll(BytesOf("x"), 1, state, &found, &count), StatusSizeError);
 }
 
 }  // namespace

@@ -176,15 +176,7 @@ TEST(FastMatcherTest, HostilePatternsEnd) {
 
 // With the memory from the first return on, every small pattern gives what it gives without.
 TEST(FastMatcherTest, RemembersNothingThatIsWrong) {
-  const std::vector<std::string> words = {"a", "b", "|", "(", ")", "*", "+?", "(?:", "(?=", "a?"};
-  std::vector<std::string> patterns = {""};
-  for (size_t begin = 0, length = 0; length < 5; ++length) {
-    for (const size_t end = patterns.size(); begin < end; ++begin) {
-      for (const std::string& word : words) {
-        patterns.push_back(patterns[begin] + word);
-      }
-    }
-  }
+  const test::Words patterns = test::AllTexts(test::Split("a b | ( ) * +? (?: (?= a?"), 5);
   const std::string subjects[] = {"aab", "abab", "aaaa", "baa"};
   PatternObject object(20);
   const auto slots = [&object] {

@@ -67,11 +67,18 @@ SAME = """
 --color two a | -U two b | --binary two a | two nowhere/a | two t | two -- a b
 a -e two | -ne two -- a -x | --inv two a | --line-n two a | --no-f two a b | -hn two a b -v | -A1 -m1 -c two c.txt
 two|Three a | t.o\\r b | ^$ a -n | '' empty | ^ -c a b empty | $ -c a b | -e '' -e x a -o | [[:upper:]]+ -o a b
+-F two | -F two - | -F zwei a | -F -i two a b | -i -n -F two a b | -F -o -n -i two b - a | -F -c two a b empty
+-F -v -n o a | -F -o -v one a | -F -c -o t a | -F -l -c -o one a empty b | -F -vl o a b | -F -- -x a
+-F -e two -e th -e Three -i -o a | -F -etwo --regexp=one a --count | -F -e tw -e wo_ -e two_t -o a
+-F '' a -c | -F '' empty -c | -F -v '' a | -F -o -e '' -e wo a | two -F --ignore-case -- a b
+[wh] a b | -i -n ^t.*[a-z]$ a b | -v -n o$ a | -c ^ a b empty | -l -e e{2} -e [0-9] a b | -n ^$ a
+-F -v one bin | -F nothing bin | -F --color=always -n two a b | -F --color=always -v two b
+-F --color=always --color=never two a | -F -l three bin
 (two)_\\1 a | -c ^|$ a | -i [t]WO b | \\bx a | -o -b \\w+ a | . latin | -n two - a | -c '' - | -v '' a
 """.replace("\n", " | ")
 
 # Lines are patterns, each.
-NEWLINES = [["two\nThree", "a"], ["-F", "two\nThree\n", "-c", "a"], ["-e", "x2\nlast", "-o", "a"],
+NEWLINES = [["two\nThree", "a"], ["-F", "Thr\none", "a"], ["-F", "two\nThree\n", "-c", "a"], ["-e", "x2\nlast", "-o", "a"],
             ["-w", "two\nfour", "-n", "a"], ["-x", "\ntwo", "-n", "a"], ["-v", "o\nx2", "a"]]
 
 def runs():

@@ -7,6 +7,7 @@ something taken in. docs/house.svg is the picture of docs/house.dot. The checks 
 small houses that break one rule each.
 """
 
+import graphlib
 import pathlib
 import re
 import sys
@@ -38,15 +39,14 @@ def read_picture(text):
 
 
 def find_circle(arrows):
-    """A node of a circle, or None: what is left when ends of arrows, on either side, are cut off."""
-    left = set(arrows)
-    while left:
-        tails = {tail for tail, _ in left}
-        heads = {head for _, head in left}
-        fewer = {(tail, head) for tail, head in left if head in tails and tail in heads}
-        if len(fewer) == len(left):
-            return min(tails)
-        left = fewer
+    """The nodes of a circle, or None."""
+    sorter = graphlib.TopologicalSorter()
+    for tail, head in arrows:
+        sorter.add(tail, head)
+    try:
+        sorter.prepare()
+    except graphlib.CycleError as error:
+        return min(error.args[1])
     return None
 
 

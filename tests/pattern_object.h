@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,31 @@ inline std::string Repeat(const std::string& text, size_t times) {
     all += text;
   }
   return all;
+}
+
+using Words = std::vector<std::string>;
+
+// What spaces separate; nothing is a word as well.
+inline Words Split(const std::string& text) {
+  Words words;
+  std::istringstream parts(text + " ");
+  for (std::string word; std::getline(parts, word, ' ');) {
+    words.push_back(word);
+  }
+  return words;
+}
+
+// Every text of up to `most` words.
+inline Words AllTexts(const Words& words, size_t most) {
+  Words texts = {""};
+  for (size_t begin = 0; most > 0; --most) {
+    for (const size_t end = texts.size(); begin < end; ++begin) {
+      for (const std::string& word : words) {
+        texts.push_back(texts[begin] + word);
+      }
+    }
+  }
+  return texts;
 }
 
 class PatternObject {

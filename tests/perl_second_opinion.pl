@@ -81,7 +81,7 @@ sub alternatives {
 sub perl_answer {
     my ($options, $pattern, $subject) = @_;
     $subject =~ /(?$options:$pattern)/ or return 'none';
-    return join ', ', map { defined $-[$_] ? "$-[$_] " . ($+[$_] - $-[$_]) : '-' } 0 .. $#-, ($#- + 1) .. $#+;
+    return join ' ', map { defined $-[$_] ? "$-[$_]+" . ($+[$_] - $-[$_]) : '-' } 0 .. $#-, ($#- + 1) .. $#+;
 }
 
 my (@cases, @show);
@@ -110,7 +110,7 @@ my $faults = 0;
 for my $i (0 .. $#cases) {
     my ($options, $pattern, $subject, $expected) = @{$cases[$i]};
     if ($i >= @differences && $pattern =~ $has_inner_captures) {
-        s/,.*// for $answers[$i], $expected;
+        s/ .*// for $answers[$i], $expected;
     }
     next if ($answers[$i] eq $expected) == ($i >= @differences);
     $subject =~ s/\n/\\n/g;

@@ -207,11 +207,8 @@ class ReplaceTest : public testing::Test {
 };
 
 TEST_F(ReplaceTest, SmallWorldAgreesWithTheModel) {
-  std::vector<std::string> subjects = {"a", "b"};
-  for (size_t i = 0; subjects[i].size() < 4; ++i) {
-    subjects.push_back(subjects[i] + 'a');
-    subjects.push_back(subjects[i] + 'b');
-  }
+  Words subjects = AllTexts({"a", "b"}, 4);
+  subjects.erase(subjects.begin());  // no source is empty
   for (const char* pattern : {"a", "b+", "a*", "(a*?)", "(a)(b)?", "a|b", "(a)|(b)", "(?:a|(b))b",
                               "^a", "b$", "", "c", "\\b", "(a(b*))+"}) {
     ASSERT_NO_FATAL_FAILURE(Sweep(pattern, subjects, 14));

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 
 // Searches for what the lines of its input say: options, pattern and subject, the two in
-// hexadecimal digits, with a tab between. Each line of its output is what a search reports: "start
-// length" or "-" for each group, "none", or the status.
+// hexadecimal digits, with a tab between. Each line of its output is what a search reports:
+// "start+length" or "-" for each group, "none", or the status.
 
 #include <iostream>
-#include <string>
-#include <vector>
 
-#include "vekch/vekch.h"
+#include "tests/pattern_object.h"
 
 namespace {
 
@@ -20,35 +18,17 @@ std::string FromDigits(const std::string& digits) {
   return bytes;
 }
 
-const uint8_t* Bytes(const std::string& text) {
-  return reinterpret_cast<const uint8_t*>(text.c_str());
-}
-
 std::string Answer(const std::string& options, const std::string& pattern,
                    const std::string& subject) {
-  int32_t size = 0;
-  int32_t offset = 0;
-  veksRegExpGetSize(Bytes(pattern), &size);
-  std::vector<uint64_t> object(static_cast<size_t>(size) / 8);
-  auto* state = reinterpret_cast<RegExpState*>(object.data());
-  vekStatus status = veksRegExpInit(Bytes(pattern), Bytes(options), state, &offset);
-  RegExpFindResult results[100];
-  int32_t count = 100;
-  if (status == StatusNoError) {
-    const auto length = static_cast<int32_t>(subject.size());
-    status = veksRegExpFind_8u(Bytes(subject), length, state, results, &count);
+  vekch::test::PatternObject object(pattern.size());
+  const vekStatus status = object.Compile(pattern, options.c_str());
+  if (status != StatusNoError) {
+    return "status " + std::to_string(status);
   }
-  if (status != StatusNoError || count == 0) {
-    return status == StatusNoError ? "none" : "status " + std::to_string(status);
-  }
-  std::string text;
-  for (const RegExpFindResult* each = results; each < results + count; ++each) {
-    text += each == results ? "" : ", ";
-    text += each->pointer == nullptr ? "-"
-                                     : std::to_string(each->pointer - Bytes(subject)) + " " +
-                                           std::to_string(each->length);
-  }
-  return text;
+  const uint8_t* const text = vekch::test::BytesOf(subject);
+  const auto answer =
+      vekch::test::Search(object.State(), text, static_cast<int32_t>(subject.size()), 100);
+  return answer.count == 0 ? "none" : Show(answer, text);
 }
 
 }  // namespace
