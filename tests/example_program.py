@@ -3,6 +3,7 @@
 
 import argparse
 import os
+import re
 import subprocess
 import sys
 import tempfile
@@ -39,6 +40,36 @@ def run_once(arguments, stdin, environment, stdout, stderr, oneOutput=False, **p
         err.seek(0)
         done.stdout, done.stderr = out.read(), err.read()
     return done
+
+
+def expect_table(test, table, environment=None):
+    """Rows are arguments, standard input, standard output, pattern of standard error, exit status.
+    Output that ends with ".*" is a pattern as well."""
+    def as_bytes(text):
+        return text.encode() if isinstance(text, str) else text
+
+    for arguments, stdin, stdout, stderr, status in table:
+        if isinstance(arguments, str):
+            arguments = arguments.split()
+        with test.subTest(arguments=arguments):
+            done = run(arguments, as_bytes(stdin), environment)
+            stdout = as_bytes(stdout)
+            stdout = stdout if stdout.endswith(b".*") else re.escape(stdout)
+            test.assertRegex(done.stdout, re.compile(rb"(?s)\A%b\Z" % stdout))
+            test.assertRegex(done.stderr.decode(), re.compile(rf"(?s)\A{stderr}\Z"))
+            test.assertEqual(done.returncode, status)
+
+
+def expect_failing_output(test, name, arguments):
+    """A full disk, and an output that is closed."""
+    if os.name != "posix" or not os.path.exists("/dev/full"):
+        test.skipTest("needs /dev/full")
+    with open("/dev/full", "wb") as file:
+        done = run(arguments, stdout=file)
+    test.assertIn(name + b": standard output: No space left", done.stderr)
+    test.assertEqual(done.returncode, 2)
+    done = run(arguments, preexec_fn=lambda: os.close(1))
+    test.assertEqual((done.stderr, done.returncode), (name + b": standard output: it is closed\n", 2))
 
 
 def limited(size=64 << 20):

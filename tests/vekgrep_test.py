@@ -22,7 +22,7 @@ import tempfile
 import unittest
 
 import grep_options
-from example_program import OPTIONS, limited, main, open_terminal, run
+from example_program import OPTIONS, expect_failing_output, expect_table, limited, main, open_terminal, run
 
 BUFFER = 128 << 10  # as in input.cpp; a pattern is at most a quarter of it
 
@@ -69,7 +69,7 @@ WAYS = (
     ("((a|b)\\d)*[cd]", SHORT), ("[^a]", ALONE), ("[\\W_]\\d", ALONE), ("(.?)\\1[ab]", ALONE),
     ("[^a]*", EVERY), ("([^a]\\d)+", EVERY), ("[^a](?!b)", EVERY), ("\\P{Lu}+", EVERY), ("\\A.", EVERY),
     (".\\z", EVERY), ("(?s)..", EVERY), ("(?-m)^.", EVERY), ("a*?.", EVERY), ("(a)?(?(1)[ab]|[cd])", EVERY))
-# Arguments, standard input, standard output, pattern of standard error, exit status.
+# As expect_table takes them.
 TABLE = [
     # What GNU grep has as well is in grep_options.py.
     ("-F two", "x two\nx\n", "x two\n", "", 0),
@@ -170,16 +170,7 @@ PLAIN = {"NO_COLOR": "1", "TERM": "xterm", "GREP_COLORS": "ne"}
 
 class Table(InFolder):
     def test_table(self):
-        for arguments, stdin, stdout, stderr, status in TABLE:
-            if isinstance(arguments, str):
-                arguments = arguments.split()
-            with self.subTest(arguments=arguments):
-                done = run(arguments, stdin.encode(), PLAIN)
-                if not stdout.endswith(".*"):
-                    stdout = re.escape(stdout)
-                self.assertRegex(done.stdout.decode(), re.compile(f"(?s)^{stdout}\\Z"))
-                self.assertRegex(done.stderr.decode(), re.compile(f"(?s)^{stderr}\\Z"))
-                self.assertEqual(done.returncode, status)
+        expect_table(self, TABLE, PLAIN)
 
     def test_ways(self):
         for pattern, way in WAYS:
@@ -215,15 +206,8 @@ class Table(InFolder):
         done = run(["-F", "-j3", "two", "a", "none", "b"], oneOutput=True)
         self.assertRegex(done.stdout, rb"^a:two\nvekgrep: none: .*\nb:TWO two\r\n$")
 
-    @unittest.skipIf(os.name != "posix" or not os.path.exists("/dev/full"), "needs /dev/full")
     def test_output_that_fails(self):
-        with open("/dev/full", "wb") as file:
-            done = run(["-F", "two", "late"], stdout=file)
-        self.assertIn(b"vekgrep: standard output: No space left", done.stderr)
-        self.assertEqual(done.returncode, 2)
-        done = run(["two", "a"], preexec_fn=lambda: os.close(1))
-        self.assertEqual((done.stderr, done.returncode),
-                         (b"vekgrep: standard output: it is closed\n", 2))
+        expect_failing_output(self, b"vekgrep", ["-F", "two", "late"])
         self.assertEqual(run(["-q", "two", "a"], preexec_fn=lambda: os.close(1)).returncode, 0)
 
     def test_reader_that_leaves(self):

@@ -12,13 +12,12 @@ Usage: vektext_test.py --program PATH [--emulator PATH] [--bounded] [unittest ar
 import codecs
 import os
 import random
-import re
 import subprocess
 import tempfile
 import time
 import unittest
 
-from example_program import OPTIONS, limited, main, open_terminal, run
+from example_program import OPTIONS, expect_failing_output, expect_table, limited, main, open_terminal, run
 
 BUFFER = 128 << 10  # the largest of its buffers, a multiple of the others
 CODECS = {"utf8": "utf-8", "utf16le": "utf-16-le", "utf16be": "utf-16-be", "latin1": "latin-1"}
@@ -27,7 +26,7 @@ HELP = rb"Usage: vektext \[OPTION\].*--hash=shift\|sj2\|mscs.*"
 SOME = "aß€𝄞\n"
 LE, BE = SOME.encode("utf-16-le"), SOME.encode("utf-16-be")
 
-# Arguments, standard input, standard output, pattern of standard error, exit status.
+# As expect_table takes them.
 TABLE = [
     # Encodings.
     ("", b"a\xff\0\n", b"a\xff\0\n", "", 0),
@@ -97,25 +96,10 @@ TABLE = [
 
 class Table(unittest.TestCase):
     def test_table(self):
-        for arguments, stdin, stdout, stderr, status in TABLE:
-            if isinstance(arguments, str):
-                arguments = arguments.split()
-            with self.subTest(arguments=arguments):
-                done = run(arguments, stdin)
-                if not stdout.endswith(b".*"):
-                    stdout = re.escape(stdout)
-                self.assertRegex(done.stdout, re.compile(rb"(?s)\A%b\Z" % stdout))
-                self.assertRegex(done.stderr.decode(), re.compile(rf"(?s)\A{stderr}\Z"))
-                self.assertEqual(done.returncode, status)
+        expect_table(self, TABLE)
 
-    @unittest.skipIf(os.name != "posix" or not os.path.exists("/dev/full"), "needs /dev/full")
     def test_output_that_fails(self):
-        with open("/dev/full", "wb") as full:
-            done = run(["--bom"], stdout=full)
-        self.assertIn(b"vektext: standard output: No space left", done.stderr)
-        self.assertEqual(done.returncode, 2)
-        done = run(["--bom"], preexec_fn=lambda: os.close(1))
-        self.assertEqual((done.stderr, done.returncode), (b"vektext: standard output: it is closed\n", 2))
+        expect_failing_output(self, b"vektext", ["--bom"])
 
     def test_files(self):
         with tempfile.TemporaryDirectory() as folder:
