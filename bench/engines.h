@@ -99,15 +99,20 @@ class Pcre2Search {
     pcre2_code_free(code_);
   }
 
-  // The text is known to be UTF-8: nothing checks it again.
-  bool Find(std::string_view text, size_t from, Span* found) const {
+  // The status: above 0 for a match, below for none and for an error. The text is known to be
+  // UTF-8: nothing checks it again.
+  int Match(std::string_view text, size_t from, Span* found) const {
     const auto* subject = reinterpret_cast<PCRE2_SPTR>(text.data());
     const int status =
         jit_ ? pcre2_jit_match(code_, subject, text.size(), from, 0, match_, context_)
              : pcre2_match(code_, subject, text.size(), from, PCRE2_NO_UTF_CHECK, match_, nullptr);
     const PCRE2_SIZE* offsets = pcre2_get_ovector_pointer(match_);
     *found = {offsets[0], offsets[1]};
-    return status > 0;
+    return status;
+  }
+
+  bool Find(std::string_view text, size_t from, Span* found) const {
+    return Match(text, from, found) > 0;
   }
 
   // The text is searched by machine code where that has been made.

@@ -3,7 +3,7 @@
 
 A point is a cell. The heavy line is the geometric mean over the cells of about one size, beside the
 C library held to SSE2, and the dashed one the same as it is. Families without sizes, those of the
-regular expressions, have a row for each pattern and a mark for each peer.
+regular expressions, have a row for each pattern and a mark for each peer. Of growth the times are drawn.
 """
 
 import math
@@ -21,10 +21,11 @@ matplotlib.rcParams.update({
 })
 import matplotlib.pyplot as pyplot  # noqa: E402 (after the choice of the backend)
 
-from bench_runs import NAIVE, mean  # noqa: E402
+from bench_runs import NAIVE, OURS, mean  # noqa: E402
 
 HELD, FREE, LOSS = "#1f5a99", "#c06a1f", "#f4dcd6"
 PEER_MARKS = "osD^vP"
+AT_LIMIT = " (limit)"
 
 
 def by_size(cells):
@@ -108,5 +109,47 @@ def plot(path, families, held, free):
         panels[0][0].set_ylabel("peer's time over ours")
     else:
         figure.supxlabel("peer's time over ours, held to SSE2", fontsize=9)
+    figure.savefig(path, metadata={"Date": None, "Creator": None})
+    pyplot.close(figure)
+
+
+def panel_of_growth(axes, case, cells, colors):
+    for name, color in colors.items():
+        points = [(cell.bytes, cell.times[name]) for cell in cells if name in cell.times]
+        ends = [(cell.bytes, cell.times[name + AT_LIMIT]) for cell in cells if name + AT_LIMIT in cell.times]
+        axes.plot(*zip(*(points + ends)), "-", color=color, lw=2.2 if name == OURS else 1.2, label=name)
+        axes.scatter(*zip(*(ends or [(None, None)])), s=40, marker="x", color=color, zorder=3)
+    axes.set_xscale("log", base=2)
+    axes.set_yscale("log")
+    axes.set_xticks([cell.bytes for cell in cells], [str(cell.bytes) for cell in cells])
+    axes.xaxis.set_minor_locator(matplotlib.ticker.NullLocator())
+    axes.yaxis.set_major_locator(matplotlib.ticker.FixedLocator([10**power for power in range(1, 10, 2)]))
+    axes.yaxis.set_major_formatter(matplotlib.ticker.FuncFormatter(time_name))
+    axes.set_ylim(30, 1e9)
+    axes.set_title(case, loc="left", fontsize=9)
+    axes.set_xlabel("bytes")
+
+
+def time_name(nanoseconds, _=None):
+    for unit, name in ((1e9, "s"), (1e6, "ms"), (1e3, "us")):
+        if nanoseconds >= unit:
+            return f"{nanoseconds / unit:g} {name}"
+    return f"{nanoseconds:g} ns"
+
+
+def plot_growth(path, cells):
+    """A panel for each case, a line for each contender, a cross where one gave up at its limit."""
+    cases = list(dict.fromkeys(cell.case for cell in cells))
+    names = list(dict.fromkeys(name.removesuffix(AT_LIMIT) for cell in cells for name in cell.times))
+    colors = dict(zip(names, (HELD, "#3d8b40", FREE, "#8a4f9e")))
+    columns = 4
+    rows = -(-len(cases) // columns)
+    figure, panels = pyplot.subplots(rows, columns, figsize=(2.7 * columns, 2.4 * rows), squeeze=False,
+                                     sharey=True, layout="constrained")
+    for axes, case in zip(panels.flat, cases):
+        panel_of_growth(axes, case, [cell for cell in cells if cell.case == case], colors)
+    for axes in panels.flat[len(cases):]:
+        axes.axis("off")
+    figure.legend(*panels[0][0].get_legend_handles_labels(), frameon=False, fontsize=9, loc="lower right")
     figure.savefig(path, metadata={"Date": None, "Creator": None})
     pyplot.close(figure)

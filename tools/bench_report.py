@@ -20,6 +20,7 @@ DOCS = pathlib.Path(__file__).resolve().parent.parent / "docs"
 BEGIN = "<!-- measured: scripts/bench --update-docs writes from here -->"
 END = "<!-- measured: to here -->"
 MOST = 1 << 20  # bytes that the means take in
+GROWTH = "growth"  # told by a picture of its times alone, which the page's own text shows
 
 # What belongs together; a family that is not named here has a plot of its own.
 GROUPS = {
@@ -58,7 +59,8 @@ def place_of(cell, cells):
 def by_family(table):
     cells = defaultdict(list)
     for cell in table.values():
-        cells[cell.family].append(cell)
+        if cell.family != GROWTH:
+            cells[cell.family].append(cell)
     return cells
 
 
@@ -195,12 +197,16 @@ def tables_page(run, groups, held, free):
 
 def main():
     run = kept_runs()[0]
+    growth = [cell for cell in run.table("as-is").values() if cell.family == GROWTH]
     held, free = by_family(run.table("sse2")), by_family(run.table("as-is"))
     groups = grouped(held)
     folder = DOCS / "performance"
     folder.mkdir(exist_ok=True)
     for old in folder.glob("*.svg"):
-        old.unlink()
+        if growth or old.name != file_name(GROWTH):
+            old.unlink()
+    if growth:
+        bench_plots.plot_growth(folder / file_name(GROWTH), growth)
     for name, members in groups.items():
         bench_plots.plot(folder / file_name(name), members, held, free)
     (DOCS / "performance-tables.md").write_text(tables_page(run, groups, held, free))

@@ -28,8 +28,8 @@ NAIVE = {"plain loop", "each by libc"}  # peers that no one takes who wants spee
 FALLEN = 0.9
 
 # A cell is one case at one size. `size` is what one call goes through, about: a case that has only
-# one size may give what all its calls go through together.
-Cell = namedtuple("Cell", "family case bytes size ratio peer ratios")
+# one size may give what all its calls go through together. `times`: nanoseconds of each contender.
+Cell = namedtuple("Cell", "family case bytes size ratio peer ratios times")
 
 
 def read_table(path):
@@ -46,7 +46,8 @@ def read_table(path):
             peer = min(ratios, key=ratios.get)
             calls = int(measured[0]["calls"])
             size = key[2] / calls if sizes[key[:2]] == 1 and key[2] > calls else key[2]
-            cells[key] = Cell(*key, size, ratios[peer], peer, ratios)
+            times = {row["contender"]: float(row["nanoseconds"]) for row in measured}
+            cells[key] = Cell(*key, size, ratios[peer], peer, ratios, times)
     return cells
 
 
