@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 
 /*
  * Preloaded into a program that runs under valgrind: each block that a pattern or a template is
