@@ -4,8 +4,8 @@
 // object, which the exact matcher answers for, the same one when it has been used so often that the
 // fast matcher does, and one that is used at all of the limits must answer as the model does.
 //
-// An input's head is options, format, room and two match limits; its strings are the pattern and
-// the subject.
+// An input's head is options, format, room, two match limits and how often the subject is repeated;
+// its strings are the pattern and the subject.
 
 #include "fuzz/pattern_mutator.h"
 #include "fuzz/search_check.h"
@@ -18,7 +18,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string options = OptionLetters(input.Head(0));
   const int32_t room = 1 + input.Head(2) % 40;
   const std::string pattern = input.Next();
-  const std::string subject = input.Rest(kMostSubject);
+  // Some times over, so that it can be longer than what kernels take in a step.
+  const std::string subject =
+      vekch::test::Repeat(input.Rest(kMostSubject), size_t{1} + input.Head(5) % 8);
   const Block<RegExpState> used = Compile(pattern, options);
   if (used == nullptr) {
     return 0;
