@@ -4,8 +4,8 @@
 // model, between pages that can't be touched; there and back; and in pieces, each begun where the
 // one before it ended.
 //
-// An input's head is the place in two bytes, a capacity in two, and the unit order; the rest is the
-// text.
+// An input's head is the place in two bytes, a capacity in two, the unit order, and how often the
+// text is repeated; the rest is the text.
 
 #include "fuzz/fuzz_input.h"
 #include "tests/utf_model.h"
@@ -17,7 +17,7 @@ using test::Function;
 
 constexpr size_t kMostText = 1024;
 constexpr int32_t kPlenty = 4 * kMostText;
-constexpr size_t kEveryCapacity = 40;  // so long is a text that is converted into each of them
+constexpr size_t kEveryCapacity = 48;  // so long is a text that is converted into each of them
 
 struct Conversion {
   size_t read;  // bytes
@@ -57,7 +57,11 @@ void TryInput(const uint8_t* data, size_t size) {
   static test::Sweep sweep(8 * kMostText);
   const Input input(data, size);
   const std::string rest = input.Rest(kMostText);
-  const test::Bytes text(rest.begin(), rest.end());
+  test::Bytes text;
+  for (int i = 0; i <= input.Head(5) % 16; ++i) {  // steps are for runs of one kind
+    text.append(rest.begin(), rest.end());
+  }
+  text.resize(std::min(text.size(), kMostText));
   const test::Bytes units = text.substr(0, text.size() / 2 * 2);
   const size_t place = input.Head(0) + 256 * (input.Head(1) % 2);
   const int32_t given = input.Head(2) + 256 * (input.Head(3) % 8);
