@@ -18,13 +18,11 @@ const size_t kPatternsOfInput = 3;
 
 namespace {
 
-bool HasSameProgram(const RegExpState& a, const RegExpState& b) {
+// Programs but for the addresses in them, and what was prepared for searches.
+bool AreSame(const RegExpState& a, const RegExpState& b) {
   const auto* records = reinterpret_cast<const ProgramNode*>(&a + 1);
   const auto* others = reinterpret_cast<const ProgramNode*>(&b + 1);
-  return a.compileFlags == b.compileFlags && a.nodeCount == b.nodeCount &&
-         a.captureCount == b.captureCount && a.requiredLiteralIndex == b.requiredLiteralIndex &&
-         a.matchLimit == b.matchLimit && a.characterFormat == b.characterFormat &&
-         a.searchMode == b.searchMode &&
+  return std::memcmp(&a, &b, sizeof a) == 0 &&
          std::equal(records, records + a.nodeCount, others,
                     [](const ProgramNode& x, const ProgramNode& y) {
                       return x.op == y.op && x.a == y.a && x.b == y.b && x.c == y.c;
@@ -57,7 +55,7 @@ void TryInput(const uint8_t* data, size_t size) {
     if (compiled.status != StatusNoError) {
       continue;
     }
-    Require(HasSameProgram(*reused, *fresh), "another program than in a block of its own");
+    Require(AreSame(*reused, *fresh), "another object than in a block of its own");
     const uint8_t bits = input.Head(kPatternsOfInput + i);
     const int32_t limit = bits / 4 % 2 == 0 ? RegExpDefaultMatchLimit : 4 * input.Head(7);
     const Settings changes[] = {

@@ -67,6 +67,12 @@ class ProgramChecker {
       const bool inOrder = node.a >= 0 && node.a <= node.b && node.b <= RegExpUnbounded;
       return followsAtom && inOrder ? nullptr : "a quantifier";
     }
+    if (node.op == OpBackref) {
+      // A condition may name a group that does not exist: one without a part.
+      const bool isCondition = at >= 2 && nodes[at - 2].op == OpConditional;
+      const bool isGroup = node.a >= 1 && (isCondition || node.a < state.captureCount);
+      return isGroup ? nullptr : "a reference";
+    }
     if (node.op == OpClass) {
       return ItemsHold(node.b) ? nullptr : "a class";
     }
