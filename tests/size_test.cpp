@@ -21,8 +21,7 @@
 #include <unistd.h>
 #endif
 
-#include "vekch/regexp_program.h"
-#include "vekch/vekch.h"
+#include "tests/pattern_object.h"
 
 namespace vekch::test {
 namespace {
@@ -395,35 +394,11 @@ const SearchCase kSearches[] = {
     {"^(?>\\x{7FFFFFFF}+)", "i", {{450000000, 'q'}}, kAll},
 };
 
-struct Pattern {
-  Pattern(const char* pattern, const char* options, int32_t format) {
-    const auto bytes = [](const char* s) { return reinterpret_cast<const uint8_t*>(s); };
-    int32_t size = 0;
-    int32_t offset = 0;
-    veksRegExpGetSize(bytes(pattern), &size);
-    memory.resize(static_cast<size_t>(size) / 8);
-    EXPECT_EQ(veksRegExpInit(bytes(pattern), bytes(options), State(), &offset), StatusNoError);
-    veksRegExpSetFormat(format, State());
-  }
-
-  RegExpState* State() { return reinterpret_cast<RegExpState*>(memory.data()); }
-
-  std::vector<uint64_t> memory;
-};
-
 TEST_F(SizeTest, Search) {
   for (const SearchCase& test : kSearches) {
     Put(test.marks);
-    Pattern pattern(test.pattern, test.options, test.format);
-    RegExpFindResult results[4];
-    int32_t count = 4;
-    EXPECT_EQ(veksRegExpFind_8u(text, kMost, pattern.State(), results, &count), StatusNoError);
-    std::string found;
-    for (int32_t i = 0; i < count; ++i) {
-      found += (i == 0 ? "" : " ") + std::to_string(results[i].pointer - text) + "+" +
-               std::to_string(results[i].length);
-    }
-    EXPECT_EQ(found, test.expected) << test.pattern;
+    const PatternObject pattern(test.pattern, test.options, test.format);
+    EXPECT_EQ(Show(Search(pattern.State(), text, kMost, 4), text), test.expected) << test.pattern;
     Wipe(test.marks);
   }
 }
@@ -432,7 +407,7 @@ TEST_F(SizeTest, Replace) {
   VEKCH_NEEDS_ROOM();
   // The template may take as much again as what lies before the match.
   Put({{-1, 'z'}});
-  Pattern pattern("z", "", 0);
+  const PatternObject pattern("z", "", 0);
   const uint8_t text4[] = "wxyz";
   uint64_t memory[10];
   auto* const replacement = reinterpret_cast<RegExpReplaceState*>(memory);
