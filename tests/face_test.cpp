@@ -8,11 +8,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <string_view>
 #include <thread>
 
 #include "tests/pattern_object.h"
+
+#include "tests/guarded_buffer.h"
 
 namespace vekch::test {
 namespace {
@@ -128,6 +131,10 @@ TEST(FaceTest, UtfGoesOnBehindAPiece) {
       ASSERT_EQ(to_utf8(swapped, true), back);
     }
   }
+  for (size_t before = 0; before < 300; ++before) {
+    ASSERT_EQ(to_utf16(std::string(before, '.') + "\u20AC\U0001F600"),
+              std::u16string(before, u'.') + u"\u20AC\U0001F600");
+  }
   EXPECT_EQ(to_utf8(std::u16string(9000, u'\xD800')).size(), 27000u);  // each without its partner
 }
 
@@ -216,6 +223,27 @@ TEST(FaceTest, AllMatchesInTheirContext) {
         }
         ASSERT_EQ(replaced.text, model + std::string(text).substr(at));
         ASSERT_EQ(replaced.count, wanted.size());
+      }
+    }
+  }
+}
+
+// Pieces of every length on both sides of one that is copied at once, up to the text's end.
+TEST(FaceTest, ReplacingPiecesOfEveryLength) {
+  const test::GuardedBuffer room(200);
+  for (size_t gap = 0; gap < 20; ++gap) {
+    for (size_t run = 1; run < 20; ++run) {
+      for (size_t literal = 0; literal < 20; ++literal) {
+        const std::string dots(gap, '.');
+        const std::string match = std::string(run, 'x') + "y";
+        const std::string text = dots + match + dots + match;
+        auto* const at = reinterpret_cast<char*>(room.AtEnd(text.size()));
+        std::copy(text.begin(), text.end(), at);
+        const std::string dashes(literal, '-');
+        const Replaced replaced =
+            Pattern("(x+)y").replace_all({at, text.size()}, dashes + "$1" + dashes + "$&");
+        const std::string made = dots + dashes + std::string(run, 'x') + dashes + match;
+        ASSERT_EQ(replaced.text, made + made) << gap << ' ' << run << ' ' << literal;
       }
     }
   }

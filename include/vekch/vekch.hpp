@@ -112,12 +112,21 @@ std::string Filled(std::size_t size, Fill fill) {
   return result;
 }
 
-/** Copies texts that are short more often than not, and returns the end of the copy. */
-inline char* CopyPiece(std::string_view from, char* to) {
+inline constexpr std::size_t kShortPiece = 16;
+
+/**
+ * Copies a text that is short more often than not, and returns the end of the copy. Where the bytes
+ * up to both ends allow it, a short one is copied with what follows it, which is written again by
+ * the next one: its size decides no branch, as nobody could predict it.
+ */
+inline char* CopyPiece(std::string_view from, const char* readable, char* to, const char* end) {
   const char* const source = from.data();
   const std::size_t size = from.size();
-  if (size > 16) {
+  if (size > kShortPiece) {
     std::memcpy(to, source, size);
+  } else if (size != 0 && readable - source >= static_cast<std::ptrdiff_t>(kShortPiece) &&
+             end - to >= static_cast<std::ptrdiff_t>(kShortPiece)) {
+    std::memcpy(to, source, kShortPiece);
   } else if (size >= 8) {
     std::uint64_t ends[2];
     std::memcpy(&ends[0], source, 8);
@@ -406,8 +415,36 @@ inline std::uint32_t hash_mscs(std::string_view text) {
 
 // ---- UTF. Malformed text passes through as vekch/utf.h says.
 
+namespace detail {
+
+inline constexpr std::size_t kShortText = std::min<std::size_t>(256, kLargestPiece);
+
+/**
+ * Of a short text, straight into the string. A function of its own, in which the size might be any:
+ * where g++ knows that it is small it fills the string by an instruction that takes twice as long.
+ */
+#ifdef __GNUC__
+__attribute__((noinline))
+#endif
+inline std::u16string
+ShortToUtf16(std::string_view text) {
+  // As many units as bytes: no pair of surrogates ever meets room for one unit.
+  std::u16string units(text.size(), u'\0');
+  std::int32_t source = Length(text.size());
+  std::int32_t written = source;
+  veksConvertUTF_8u16u(Bytes(text), &source, reinterpret_cast<std::uint16_t*>(units.data()),
+                       &written, 0);
+  units.resize(static_cast<std::size_t>(written));
+  return units;
+}
+
+}  // namespace detail
+
 inline std::u16string to_utf16(std::string_view text) {
   constexpr std::size_t kPiece = std::min(detail::kCachedPiece, detail::kLargestPiece);
+  if (text.size() <= detail::kShortText) {
+    return detail::ShortToUtf16(text);
+  }
   std::u16string result;
   std::uint16_t units[kPiece + 1];  // one more than is passed: see vekch/utf.h
   while (!text.empty()) {
@@ -546,11 +583,9 @@ namespace detail {
 template <std::size_t kInside>
 class Slots {
  public:
-  explicit Slots(std::size_t count = 0) : capacity_(std::max(count, kInside)) {
-    if (count > kInside) {
-      more_.reset(new RegExpFindResult[count]);
-    }
-  }
+  explicit Slots(std::size_t count = 0)
+      : capacity_(std::max(count, kInside)),
+        more_(count > kInside ? new RegExpFindResult[count] : nullptr) {}
   Slots(Slots&& other) noexcept { MoveFrom(other, 0); }
   Slots& operator=(Slots&& other) noexcept {
     MoveFrom(other, 0);
@@ -669,11 +704,11 @@ class Matches {
  */
 class Template {
  public:
-  explicit Template(std::string_view text) : text_(new std::string(text)) {
-    const std::size_t zero = text_->find('\0');
+  explicit Template(std::string_view text) : text_(Padded(text)) {
+    const std::size_t zero = text.find('\0');
     if (zero != npos || text.size() > kLongest) {
-      Refuse(zero != npos ? StatusRegExpFormatError : StatusLengthError, std::min(zero, kLongest),
-             zero != npos ? "a zero byte" : "too long");
+      Refuse(text, zero != npos ? StatusRegExpFormatError : StatusLengthError,
+             std::min(zero, kLongest), zero != npos ? "a zero byte" : "too long");
       return;
     }
     std::int32_t size = 0;
@@ -683,7 +718,7 @@ class Template {
     auto* const state = reinterpret_cast<RegExpReplaceState*>(block.get());
     const vekStatus status = veksRegExpReplaceInit(detail::Bytes(*text_), state);
     if (status != StatusNoError) {
-      Refuse(status, FaultyDollar(*text_), "\"$\" needs a group's number or \"&\" after it");
+      Refuse(text, status, FaultyDollar(text), "\"$\" needs a group's number or \"&\" after it");
       return;
     }
     // The object: an unused word, the number of items, their address, and the items of 16 bytes.
@@ -697,7 +732,7 @@ class Template {
 
   static Template literal(std::string_view text) {
     Template made;
-    made.text_.reset(new std::string(text));
+    made.text_ = Padded(text);
     if (!text.empty() && text.size() <= kLongest) {
       made.items_.push_back(
           {kLiteral, static_cast<std::uint32_t>(text.size()), detail::Bytes(*made.text_)});
@@ -720,8 +755,13 @@ class Template {
   static constexpr std::size_t kLongest = 134217726;
 
   Template() = default;
-  void Refuse(vekStatus status, std::size_t offset, std::string_view cause) {
-    fault_ = {status, offset, cause, *text_};
+  void Refuse(std::string_view text, vekStatus status, std::size_t offset, std::string_view cause) {
+    fault_ = {status, offset, cause, std::string(text)};
+  }
+  static std::unique_ptr<std::string> Padded(std::string_view text) {
+    std::unique_ptr<std::string> padded(new std::string(text));
+    padded->append(detail::kShortPiece, '\0');
+    return padded;
   }
   static std::size_t FaultyDollar(std::string_view text) {
     std::size_t at = text.find('$');
@@ -739,19 +779,20 @@ class Template {
     return 0;
   }
 
-  std::string_view TextOf(const Item& item, const MatchView& match) const {
-    return item.kind == kLiteral
-               ? std::string_view(reinterpret_cast<const char*>(item.pointer), item.value)
-               : match[item.value];
-  }
+  /** `take(piece, readable)` for each piece and the end of the bytes that may be read with it. */
   template <typename Take>
-  void Expand(const MatchView& match, Take take) const {
+  void Expand(const MatchView& match, const char* textEnd, Take take) const {
     for (const Item& item : items_) {
-      take(TextOf(item, match));
+      if (item.kind == kLiteral) {
+        const auto* const start = reinterpret_cast<const char*>(item.pointer);
+        take({start, item.value}, start + item.value + detail::kShortPiece);
+      } else {
+        take(match[item.value], textEnd);
+      }
     }
   }
 
-  std::unique_ptr<std::string> text_;  // stays where it is when the template is moved
+  std::unique_ptr<std::string> text_;  // stays where it is when the template is moved; padded
   std::vector<Item> items_;
   Fault fault_;
 };
@@ -1025,19 +1066,25 @@ class Pattern {
 
   Replaced Built(std::string_view text, const RegExpFindResult* found, std::size_t count,
                  const Template& replacement) const {
+    const char* const textEnd = text.data() + text.size();
     std::size_t size = 0;
     Walk(text, found, count, [&](std::string_view gap, const MatchView& match) {
       size += gap.size();
       if (match) {
-        replacement.Expand(match, [&](std::string_view piece) { size += piece.size(); });
+        replacement.Expand(
+            match, textEnd,
+            [&size](std::string_view piece, const char* /*readable*/) { size += piece.size(); });
       }
     });
     std::string result = detail::Filled(size, [&](char* to) {
-      const auto copy = [&to](std::string_view piece) { to = detail::CopyPiece(piece, to); };
+      const char* const end = to + size;
+      const auto copy = [&to, end](std::string_view piece, const char* readable) {
+        to = detail::CopyPiece(piece, readable, to, end);
+      };
       Walk(text, found, count, [&](std::string_view gap, const MatchView& match) {
-        copy(gap);
+        copy(gap, textEnd);
         if (match) {
-          replacement.Expand(match, copy);
+          replacement.Expand(match, textEnd, copy);
         }
       });
     });
