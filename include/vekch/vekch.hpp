@@ -535,7 +535,7 @@ class MatchView {
  public:
   MatchView() = default;
   MatchView(std::string_view text, const RegExpFindResult* slots, std::size_t count)
-      : text_(text), slots_(slots), count_(count) {}
+      : text_(detail::TextStart(text), text.size()), slots_(slots), count_(count) {}
 
   explicit operator bool() const { return count_ != 0; }
 
@@ -552,16 +552,15 @@ class MatchView {
     }
     // A length may be reported longer than the text: see veksRegExpFind_8u.
     const auto* const start = reinterpret_cast<const char*>(slots_[group].pointer);
-    const auto left = static_cast<std::size_t>(detail::TextStart(text_) + text_.size() - start);
+    const auto left = static_cast<std::size_t>(text_.data() + text_.size() - start);
     return {start, std::min(left, static_cast<std::size_t>(slots_[group].length))};
   }
 
   /** Where it begins in the text; npos for a group that took no part. */
   std::size_t position(std::size_t group = 0) const {
-    return has(group)
-               ? static_cast<std::size_t>(reinterpret_cast<const char*>(slots_[group].pointer) -
-                                          detail::TextStart(text_))
-               : npos;
+    return has(group) ? static_cast<std::size_t>(
+                            reinterpret_cast<const char*>(slots_[group].pointer) - text_.data())
+                      : npos;
   }
 
   std::size_t end(std::size_t group = 0) const {
@@ -634,7 +633,8 @@ class Match : public MatchView {
 
  private:
   friend class Pattern;
-  explicit Match(std::size_t slots) : storage_(slots) {}
+  Match(std::string_view text, vekStatus status, std::size_t slots)
+      : MatchView(text, nullptr, 0), storage_(slots), status_(status) {}
 
   detail::Slots<8> storage_;
   vekStatus status_ = StatusNoError;
@@ -868,19 +868,19 @@ class Pattern {
 
   /** The first match. The text must outlive the match. */
   Match find(std::string_view text) {
-    Match match(slots_);
-    match.text_ = text;
-    match.status_ = Refusal(text);
+    Match match(text, Refusal(text), slots_);
     if (match.status_ == StatusNoError) {
       RegExpFindResult* const data = match.storage_.data();
       auto count = detail::Length(slots_);
       match.status_ = veksRegExpFind_8u(detail::Bytes(text), detail::Length(text.size()),
                                         State(first_), data, &count);
       if (match.status_ >= 0 && count > 0) {
-        // Groups that compiling has dropped have no element.
-        std::fill(data + count, data + slots_, RegExpFindResult{nullptr, -1});
         match.slots_ = data;
         match.count_ = slots_;
+        // Groups that compiling has dropped have no element.
+        for (auto missing = static_cast<std::size_t>(count); missing < slots_; ++missing) {
+          data[missing] = {nullptr, -1};
+        }
       }
     }
     return match;
