@@ -11,6 +11,7 @@
 #include "regexp/characters/properties.h"
 #include "regexp/object/record_notes.h"
 #include "strings/kernels/block.h"
+#include "strings/kernels/taken.h"
 #include "unicode/utf8.h"
 
 namespace vekch::regexp {
@@ -836,15 +837,18 @@ template <int32_t kMostFrames>
 [[gnu::noinline]] FastResult TryAgain(FastCall* call, const uint8_t* start, const uint8_t* limit) {
   call->returnsAllowed -= call->lightReturns;
   if (call->program->remembers && (!call->memory.IsBegun() || !call->memory.Reaches(start))) {
+    VEKCH_TAKEN("memory of failures");
     call->memory.Begin(*call->program, FreeRoom(call->state), start);
     call->furthest = start;
   }
   constexpr int32_t kStackOfLevel = 72;  // that the header of the search promises to keep to
   constexpr int32_t kLevelsForMany =
       kManyFrames * static_cast<int32_t>(sizeof(Frame)) / kStackOfLevel;
-  return call->state->matchLimit / RegExpDepthShare >= kLevelsForMany
-             ? TryWith<kManyFrames>(call, start, limit)
-             : TryWith<kFewFrames>(call, start, limit);
+  if (call->state->matchLimit / RegExpDepthShare < kLevelsForMany) {
+    return TryWith<kFewFrames>(call, start, limit);
+  }
+  VEKCH_TAKEN("many frames");
+  return TryWith<kManyFrames>(call, start, limit);
 }
 
 // Whether a walk over the characters from `first` on comes to a continuation byte.

@@ -12,6 +12,7 @@
 #include "regexp/match/matcher.h"
 #include "regexp/search/literals.h"
 #include "regexp/search/start_positions.h"
+#include "strings/kernels/taken.h"
 
 namespace vekch::regexp {
 namespace {
@@ -69,15 +70,18 @@ class Driver {
         matcher.StepsLeft() == state->matchLimit) {
       switch (MatchFast(&fast, at, end)) {
         case FastResult::kMatch:
+          VEKCH_TAKEN("fast matcher");
           return MatchResult::kOk;
         case FastResult::kFail:
           return MatchResult::kFail;
         case FastResult::kExhausted:
           return matcher.Exhaust();
         case FastResult::kGivesUp:
+          VEKCH_TAKEN("fast matcher that gave up");
           break;
       }
     }
+    VEKCH_TAKEN("exact matcher");
     matcher.ClearSlots();
     MatchResult result = matcher.Match(program, at, end);
     for (int32_t i = firstAlternative; result == MatchResult::kFail && i != 0;
@@ -198,6 +202,7 @@ FastResult FindDirectly(const uint8_t* subject, int32_t length, const Stretch& s
   if (call.allowance < 0) {
     return FastResult::kGivesUp;
   }
+  VEKCH_TAKEN("direct");
   if (rule.way == StartRule::kFirst) {
     return MatchFast(&call, begin, end);
   }
@@ -218,6 +223,7 @@ FastResult FindDirectly(const uint8_t* subject, int32_t length, const Stretch& s
 // has dropped took no part in it.
 vekStatus FindOneLoneLiteral(const Stretch& text, const RegExpState& state,
                              RegExpFindResult* results, int32_t* count) {
+  VEKCH_TAKEN("lone literal");
   if (!FindLoneLiteral(text, state, results)) {
     *count = 0;
     return StatusNoError;
@@ -250,14 +256,17 @@ vekStatus Search(const uint8_t* subject, int32_t length, RegExpState* state, Rep
   }
   stretch = UpToLastLiteral(stretch, *state);
   if (stretch.length == 0 && length != 0 && FailsOnNothing(*state)) {
+    VEKCH_TAKEN("suffix literal that is absent");
     *count = 0;
     return StatusNoError;
   }
   if (IsAlternativesOfLiterals(*state) && !FindsAll(*state)) {
+    VEKCH_TAKEN("alternatives of literals");
     *count = FindAlternatives(stretch, state, results) ? 1 : 0;
     return StatusNoError;
   }
   if (BeginsWithLiteral(*state)) {
+    VEKCH_TAKEN("prefix literal");
     stretch = FromFirstLiteral(stretch, *state);
   }
   switch (FindsAll(*state) ? FastResult::kGivesUp : FindDirectly(subject, length, stretch, state)) {

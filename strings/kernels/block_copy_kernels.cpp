@@ -11,6 +11,7 @@
 #include "strings/kernels/block_kernels.h"
 #include "strings/kernels/cache_budget.h"
 #include "strings/kernels/store_steps.h"
+#include "strings/kernels/taken.h"
 #include "strings/kernels/transform.h"
 
 namespace vekch::kernels {
@@ -49,6 +50,7 @@ constexpr int32_t kLongCopy = 4096;
 // Whole groups of 64 bytes, the last one first; returns the position after them.
 VEK_INLINE ptrdiff_t CopyGroupsFromEnd(const uint8_t* source, uint8_t* destination,
                                        ptrdiff_t length) {
+  VEKCH_TAKEN("copy from the end");
   const ptrdiff_t end = length / kGroup * kGroup;
   const uint8_t* from = source + end;
   for (uint8_t* to = destination + end; to != destination;) {
@@ -93,6 +95,7 @@ VEK_KERNEL __attribute__((noinline)) void CopyLong(const uint8_t* source, uint8_
 }  // namespace
 
 VEK_KERNEL void CopyPastCache(const uint8_t* source, uint8_t* destination, int32_t length) {
+  VEKCH_TAKEN("copy past the cache");
   const CopiedBytes supply = {source};
   ptrdiff_t at = 0;
   for (; at + kChunk <= length; at += kChunk) {

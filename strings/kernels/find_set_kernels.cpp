@@ -24,6 +24,7 @@
 #include "strings/kernels/ends.h"
 #include "strings/kernels/find_kernels.h"
 #include "strings/kernels/scan.h"
+#include "strings/kernels/taken.h"
 
 namespace vekch::kernels {
 namespace {
@@ -111,6 +112,7 @@ VEK_INLINE int32_t HitOf(uint64_t bits) {
 // 64 bytes are passed.
 template <Direction kDirection>
 VEK_INLINE int32_t FindInGroups(const Rest& rest, const uint8_t* set, int32_t setLength) {
+  VEKCH_TAKEN("set in groups");
   const ptrdiff_t last = ptrdiff_t{rest.length} - kGroup;
   for (ptrdiff_t passed = rest.passed; passed < rest.length; passed += kGroup) {
     const ptrdiff_t begin = passed < last ? passed : last;
@@ -133,6 +135,7 @@ VEK_INLINE uint32_t EntriesOf(uint32_t word, const uint8_t* entries) {
 
 template <Direction kDirection>
 VEK_INLINE int32_t FindInTable(const uint8_t* haystack, int32_t length, const Table& table) {
+  VEKCH_TAKEN("set in a table");
   constexpr int32_t kStep = 8;
   const auto noneAt = [&](const uint8_t* p) __attribute__((always_inline)) {
     return (EntriesOf(LoadWord<uint32_t>(p), table.entries) |
@@ -167,6 +170,9 @@ constexpr int32_t kMisledTooOften = -2;
 // are no more, ranges are ahead of the table. On giving up, *rest are the bytes that remain.
 template <Direction kDirection, int32_t kCount>
 VEK_INLINE int32_t FindInRanges(Rest* rest, const RangeList& list, const Table& table) {
+  VEKCH_TAKEN(kCount == 1   ? "set in one range"
+              : kCount == 2 ? "set in two ranges"
+                            : "set in ranges");
   InRanges<kCount> probe;
   for (int32_t i = 0; i < kCount; ++i) {
     const int32_t r = i < list.count ? i : 0;
@@ -295,6 +301,7 @@ VEK_OUT_OF_LINE int32_t OfLargeSetBackward(const Rest& rest, const uint8_t* set,
 template <Direction kDirection>
 VEK_INLINE int32_t FindByteByByte(const uint8_t* haystack, int32_t length, const uint8_t* set,
                                   int32_t setLength) {
+  VEKCH_TAKEN("set byte by byte");
   for (int32_t step = 0; step < length; ++step) {
     const int32_t i = kDirection == Direction::kForward ? step : length - 1 - step;
     if (FirstHit(EqualsByte{set, Splat(haystack[i])}, setLength) >= 0) {
@@ -352,6 +359,7 @@ VEK_INLINE int32_t FindOfMany(const uint8_t* haystack, int32_t length, const uin
 template <Direction kDirection, int32_t kCount>
 VEK_INLINE int32_t FindMember(const uint8_t* haystack, int32_t length, const uint8_t* set,
                               int32_t setLength) {
+  VEKCH_TAKEN("set compared");
   return ScanFor<kDirection>(EqualsMember<kCount>(haystack, set, setLength), length);
 }
 

@@ -19,6 +19,7 @@
 #define VEKCH_STRINGS_KERNELS_FIND_SKIPPING_H
 
 #include "strings/kernels/find_candidates.h"
+#include "strings/kernels/taken.h"
 
 namespace vekch::kernels {
 
@@ -52,6 +53,7 @@ template <Direction kDirection>
 VEK_INLINE int32_t FindBySkipping(const Task& task, const Allowance& allowance,
                                   Progress* progress) {
   constexpr bool kForward = kDirection == Direction::kForward;
+  VEKCH_TAKEN("substring by skipping");
   const int32_t n = task.needleLength;
   const ptrdiff_t length = ptrdiff_t{task.positions} + n - 1;
   const int32_t step = n - kGram + 1 < kMostGrams ? n - kGram + 1 : kMostGrams;

@@ -24,6 +24,7 @@
 #include "strings/kernels/find_kernels.h"
 #include "strings/kernels/find_skipping.h"
 #include "strings/kernels/find_two_way.h"
+#include "strings/kernels/taken.h"
 
 namespace vekch::kernels {
 namespace {
@@ -168,12 +169,14 @@ VEK_INLINE int32_t FindByRareBytes(const Task& task, Progress* progress) {
   constexpr bool kForward = kDirection == Direction::kForward;
   const RareBytes rare = ChooseRareBytes(task, SampleAt<kDirection>(task, progress->passed));
   if (rare.isAbsent) {
+    VEKCH_TAKEN("substring by one byte");
     const int32_t at =
         (kForward ? ByOneForward : ByOneBackward)(task, rare.pair.offsets[0], progress);
     if (at != kGaveUp) {
       return at;
     }
   }
+  VEKCH_TAKEN("substring by two bytes");
   return (kForward ? ByTwoForward : ByTwoBackward)(task, rare.pair, progress);
 }
 
@@ -181,15 +184,18 @@ template <Direction kDirection>
 VEK_INLINE int32_t FindByFailure(const Task& task, Progress* progress) {
   constexpr bool kForward = kDirection == Direction::kForward;
   const uint8_t* sample = SampleAt<kDirection>(task, progress->passed);
-  return CountIn(sample, task.needle[progress->failedAt]) != 0
-             ? kGaveUp
-             : (kForward ? ByOneForward : ByOneBackward)(task, progress->failedAt, progress);
+  if (CountIn(sample, task.needle[progress->failedAt]) != 0) {
+    return kGaveUp;
+  }
+  VEKCH_TAKEN("substring by the byte that failed");
+  return (kForward ? ByOneForward : ByOneBackward)(task, progress->failedAt, progress);
 }
 
 // The next positions in scan order by the needle's ends too, in a short haystack all of them.
 template <Direction kDirection>
 VEK_INLINE int32_t FindNearby(const Task& task, Progress* progress) {
   constexpr bool kForward = kDirection == Direction::kForward;
+  VEKCH_TAKEN("substring nearby");
   const int32_t positions = task.positions < kLongHaystack ? task.positions : kNearby;
   const int32_t offset = kForward ? 0 : task.positions - positions;
   const Task nearby = {task.haystack + offset, task.needle, task.needleLength, positions};
@@ -225,6 +231,7 @@ VEK_INLINE int32_t FindFurther(const Task& task, Progress progress) {
     at = (kForward ? BySkippingForward : BySkippingBackward)(task, &progress);
   }
   if (at == kGaveUp && task.needleLength >= 4 && task.positions >= kGroup) {
+    VEKCH_TAKEN("substring by four bytes");
     at = (kForward ? ByFourForward : ByFourBackward)(task, &progress);
   }
   return at != kGaveUp ? at

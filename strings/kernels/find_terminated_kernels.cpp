@@ -19,6 +19,7 @@
 #include "strings/kernels/find_end.h"
 #include "strings/kernels/find_kernels.h"
 #include "strings/kernels/lanes.h"
+#include "strings/kernels/taken.h"
 
 namespace vekch::kernels {
 namespace {
@@ -74,6 +75,7 @@ VEK_INLINE int32_t FindInPieces(const uint8_t* haystack, Known known, ptrdiff_t 
 __attribute__((noinline)) VEK_READS_GROUPS VEK_KERNEL int32_t FindFurther(const uint8_t* haystack,
                                                                           ptrdiff_t from,
                                                                           const uint8_t* needle) {
+  VEKCH_TAKEN("terminated further on");
   const ptrdiff_t offset = Misalignment<kGroup>(haystack);
   const uint64_t ends = StopBits(haystack - offset, AtTerminator{}) >> offset;
   const Known known = ends == 0 ? Known{kGroup - offset, false} : Known{LowestBit(ends), true};
@@ -140,6 +142,7 @@ VEK_INLINE uint64_t LanesBefore(uint64_t ends) { return (ends - 1) & ~ends; }
 __attribute__((noinline)) VEK_READS_GROUPS VEK_KERNEL int32_t FindNearby(const uint8_t* haystack,
                                                                          const uint8_t* needle,
                                                                          ptrdiff_t from) {
+  VEKCH_TAKEN("terminated nearby");
   const Pair pair = {Splat(needle[0]), Splat(needle[1])};
   int32_t patience = kPatience;
   // Decides about the positions from `from` on; returns whether the search ends with that.

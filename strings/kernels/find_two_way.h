@@ -7,6 +7,7 @@
 #define VEKCH_STRINGS_KERNELS_FIND_TWO_WAY_H
 
 #include "strings/kernels/scan.h"
+#include "strings/kernels/taken.h"
 
 namespace vekch::kernels {
 
@@ -58,6 +59,7 @@ VEK_INLINE Suffix MaximalSuffix(const uint8_t* needle, int32_t n, bool reversedO
 template <Direction kDirection>
 VEK_INLINE int32_t TwoWay(const uint8_t* haystack, int32_t length, const uint8_t* needle, int32_t n,
                           int32_t from) {
+  VEKCH_TAKEN("substring by the two-way method");
   const Suffix one = MaximalSuffix<kDirection>(needle, n, false);
   const Suffix other = MaximalSuffix<kDirection>(needle, n, true);
   const Suffix suffix = one.start >= other.start ? one : other;
