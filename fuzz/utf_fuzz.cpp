@@ -18,6 +18,7 @@ using test::Function;
 constexpr size_t kMostText = 1024;
 constexpr int32_t kPlenty = 4 * kMostText;
 constexpr size_t kEveryCapacity = 48;  // so long is a text that is converted into each of them
+constexpr int32_t kFurther = 15;       // and others into so many more
 
 struct Conversion {
   size_t read;  // bytes
@@ -68,9 +69,10 @@ void TryInput(const uint8_t* data, size_t size) {
   const int32_t swapped = input.Head(4) % 2;
   for (const Function* function : {&test::kToUnits, &test::kToBytes}) {
     const test::Bytes& from = function == &test::kToUnits ? text : units;
-    sweep.Expect(*function, {from, {}, swapped, given}, place);
-    for (int32_t capacity = 0; from.size() <= kEveryCapacity && capacity <= 2 * test::Size(from);
-         ++capacity) {
+    const bool isShort = from.size() <= kEveryCapacity;
+    const int32_t first = isShort ? 0 : given;
+    const int32_t last = isShort ? 2 * test::Size(from) : given + kFurther;
+    for (int32_t capacity = first; capacity <= last; ++capacity) {
       sweep.Expect(*function, {from, {}, swapped, capacity}, place);
     }
     ExpectPieces(*function, from, swapped, 4 + given,
