@@ -132,10 +132,12 @@ TABLE = [
     (["--explain", "ab+"], "", "   0  OpChar byte='a'\n   1  OpChar byte='b'\n"
      "   2  OpGreedy minimum=1 maximum=unbounded\n"
      "   search mode 1, required literal 1, captures 1\n"
+     "   matched: by the fast matcher\n"
      "   searched: lines with the text \"a\"\n", "", 0),
     (["-i", "--explain=(ab)"], "", "   0  OpCapture serial=1 extent=1 slot=1\n"
      "   1    OpString length=2 options=i \"ab\"\n   2  OpGroupEnd serial=1 options=i\n"
      "   search mode 0, required literal -1, captures 2\n"
+     "   matched: by the fast matcher\n"
      "   searched: lines of matches in the whole text\n", "", 0),
     (["--explain", "\u00E9\tb)\nc"], "", "", "vekgrep: unmatched \\)\n  \u00E9\tb\\)\n   \t \\^\n", 2),
     (["-w", "x" * 50 + "\u00E9" * 20 + ")" + "y" * 90], "", "",

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <string_view>
+#include <vector>
 
 #include "vekch/vekch.h"
 
@@ -113,7 +114,74 @@ std::string DescribeRecord(const ProgramNode& node, bool isItem) {
   return text + Words(node);
 }
 
+bool IsQuantifier(const ProgramNode& node) { return node.op == OpGreedy || node.op == OpLazy; }
+
+// What keeps a record from the fast matcher, or null.
+const char* Obstacle(const ProgramNode& node, bool isQuantified, bool isCaseless) {
+  switch (node.op) {
+    case OpConditional:
+      return "a conditional group";
+    case OpGrapheme:
+      return "\\X";
+    case OpBackref:
+      return isQuantified ? "a repeated back-reference" : nullptr;
+    case OpAtomic:
+      return isQuantified ? "a repeated atomic group" : nullptr;
+    case OpLookahead:
+    case OpNegLookahead:
+    case OpLookbehind:
+    case OpNegLookbehind:
+      return isQuantified ? "a repeated look-around" : nullptr;
+    case OpCodePoint:
+      return isCaseless                         ? "a code point in both cases"
+             : node.a >= 0x80 && node.a < 0x100 ? "a code point from 0x80 to 0xFF"
+                                                : nullptr;
+    default:
+      return nullptr;
+  }
+}
+
 }  // namespace
+
+std::string LeftToExact(const RegExpState& state) {
+  constexpr int32_t kMostRecords = 400;
+  const auto* nodes = reinterpret_cast<const ProgramNode*>(&state + 1);
+  if (state.nodeCount > kMostRecords) {
+    return "more than 400 records";
+  }
+  if (state.nodeCount > 0 && nodes[0].op == OpAlternative) {
+    return "nothing before the first |";
+  }
+  std::vector<bool> isClosed(static_cast<size_t>(state.captureCount));
+  std::vector<size_t> slots;  // of the groups that are open, 0 for none
+  int32_t options = static_cast<int32_t>(state.compileFlags);
+  for (int32_t i = 0; i < state.nodeCount; ++i) {
+    const ProgramNode& node = nodes[i];
+    const int32_t behind = i + (IsOpening(node.op)   ? node.b + 2
+                                : node.op == OpClass ? node.b + 1
+                                                     : 1);
+    const bool isQuantified = behind < state.nodeCount && IsQuantifier(nodes[behind]);
+    const auto group = static_cast<size_t>(node.a);
+    if (node.op == OpBackref && node.a < state.captureCount && !isClosed[group]) {
+      return "a reference to a group before its end";
+    }
+    if (const char* obstacle = Obstacle(node, isQuantified, (options & RegExpOptionI) != 0)) {
+      return obstacle;
+    }
+    if (IsOpening(node.op)) {
+      slots.push_back(node.op == OpCapture ? static_cast<size_t>(node.c) : 0);
+    } else if (node.op == OpGroupEnd) {
+      isClosed[slots.back()] = slots.back() != 0;
+      slots.pop_back();
+    }
+    i = node.op == OpClass ? behind - 1 : i;
+    options = node.op == OpSetOptions                             ? node.a
+              : node.op == OpOptionGroup                          ? node.c
+              : node.op == OpAlternative || node.op == OpGroupEnd ? node.b
+                                                                  : options;
+  }
+  return "";
+}
 
 std::string ListProgram(const RegExpState& state) {
   const auto* nodes = reinterpret_cast<const ProgramNode*>(&state + 1);

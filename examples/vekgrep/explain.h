@@ -20,6 +20,11 @@ namespace examples::vekgrep {
 //      search mode 1, required literal 0, captures 1
 std::string ListProgram(const RegExpState& state);
 
+// What in the pattern the library's fast matcher does not know, so that its exact one does all the
+// matching; "" where there is nothing. The fast one takes over when a pattern has been used some
+// times, or for a subject of 128 bytes and more.
+std::string LeftToExact(const RegExpState& state);
+
 }  // namespace examples::vekgrep
 
 #endif

@@ -183,7 +183,10 @@ int ExplainPattern(const Options& options, Output& output) {
     output.Complain(fault);
     return kTrouble;
   }
-  output.Append(ListProgram(compiled.Header()) + "   searched: " +
+  const std::string reason = LeftToExact(compiled.Header());
+  output.Append(ListProgram(compiled.Header()) + "   matched: by the " +
+                (reason.empty() ? "fast matcher" : "exact matcher, because of " + reason) +
+                "\n   searched: " +
                 LineFilter(options.explained, options.settings, compiled).Description() + "\n");
   return 0;
 }

@@ -334,8 +334,9 @@ std::vector<Row> MakeRows() {
       Heading("Else"),
       {{0, "explain", kRequired, "PATTERN",
         "print what PATTERN compiles to, and search nothing\n"
-        "One record of the program a line, and which lines would be searched; for a\n"
-        "PATTERN that does not compile, where it is at fault."},
+        "One record of the program a line, what is left to the exact matcher, which is\n"
+        "slower, and which lines would be searched; for a PATTERN that does not\n"
+        "compile, where it is at fault."},
        [](Options& o, Text value) {
          o.explains = true;
          o.explained = value;
