@@ -8,6 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <regex>
+
+#include "examples/vekgrep/explain.h"
 #include "regexp/analyse/search_plan.h"
 #include "regexp/fast/translator.h"
 #include "tests/pattern_object.h"
@@ -44,6 +48,10 @@ enum Trait : uint32_t {
   kTakesOpenSets = 32,  // all characters of several bytes are members
   kKeepsCounts = 64,    // a group is counted
   kUntranslated = 128,
+  kTestsAtOnce = 256,      // bytes of a fixed number
+  kCapturesRun = 512,      // a run with its group
+  kTakesByteAfter = 1024,  // a run with the byte after it
+  kIsDirect = 2048,        // the beginning of a short subject is tried before anything else
 };
 
 uint32_t TraitsOf(const FastProgram* program) {
@@ -54,10 +62,14 @@ uint32_t TraitsOf(const FastProgram* program) {
   const auto note = [&traits](bool has, Trait trait) { traits |= has ? uint32_t{trait} : 0U; };
   note(program->remembers, kRemembersAll);
   note(!program->clearsSlots, kSetsEverySlot);
+  note(program->directLength > 0, kIsDirect);
   for (int32_t i = 0; i < program->opCount; ++i) {
     const FastOp& op = program->ops[i];
-    const bool isRun = op.code == FastCode::kSetRun || op.code == FastCode::kByteRun ||
-                       op.code == FastCode::kOpenSetRun;
+    const bool isRun = op.code == FastCode::kSetRun || op.code == FastCode::kSetSpan ||
+                       op.code == FastCode::kByteRun || op.code == FastCode::kOpenSetRun;
+    note(op.code >= FastCode::kFixedTwo && op.code <= FastCode::kFixed, kTestsAtOnce);
+    note(isRun && (op.flags & kCaptures) != 0, kCapturesRun);
+    note(isRun && (op.flags & kTakesByte) != 0, kTakesByteAfter);
     note(isRun && (op.flags & kGivesNothingBack) != 0, kKeepsAll);
     note(isRun && (op.flags & kGivesNothingBack) == 0, kGivesBack);
     note(op.code == FastCode::kChoice && op.waysOf != nullptr, kChoosesByByte);
@@ -74,18 +86,30 @@ struct Translation {
 };
 
 constexpr Translation kTranslations[] = {
-    {"\\d+-(\\d+)-(\\d+)", kKeepsAll | kSetsEverySlot | kRemembersAll, kUntranslated},
+    {"\\d+-(\\d+)-(\\d+)",
+     kKeepsAll | kSetsEverySlot | kRemembersAll | kTakesByteAfter | kCapturesRun,
+     kUntranslated | kGivesBack | kTestsAtOnce},
+    {"(\\d{4})-((\\d\\d)[T ])", kTestsAtOnce | kSetsEverySlot, kCapturesRun | kKeepsAll},
+    {"(?:[0-9a-f]{4}-){3}", kTestsAtOnce | kRemembersAll, kUntranslated},
+    {"(?:[\\w.+~]{2}|a)(\\w+)a", kCapturesRun | kGivesBack, kTestsAtOnce},
     {"\\w+ing", kGivesBack, kKeepsAll},
     {"[ab]+b", kGivesBack, kKeepsAll},
     {"x(?:abc|def)y", kChoosesByByte, 0},
     {"x(a)?y", kChoosesByByte, kSetsEverySlot},
-    {"[^,]*,\\S+ ", kTakesOpenSets | kKeepsAll, kGivesBack},
+    {"(a)?[xy]", kChoosesByByte | kIsDirect, kSetsEverySlot},
+    {"x??a", 0, kIsDirect},       // a literal is looked for that may be left out
+    {"(?:a|b)xy", 0, kIsDirect},  // another one tells where the text ends
+    {"ab|c", 0, kIsDirect},
+    {"^ab?|c", kIsDirect, 0},
+    {"[^,]*,\\S+ ", kKeepsAll | kTakesByteAfter, kGivesBack | kTakesOpenSets},
+    {"[^,]\\S+.", kGivesBack | kTakesOpenSets, kKeepsAll},
     {"(?:ab){2,5}c", kKeepsCounts, kRemembersAll},
     {"(?:a|b)*\\d", kRemembersAll, kKeepsCounts},
     {"(\\w)\\1", kSetsEverySlot, kRemembersAll},
     {"a(?=(b))", 0, kRemembersAll | kUntranslated},
     {"(?<!a)b(?>c|d)", kRemembersAll, kUntranslated},
     {"\\p{Lu}\\w+", kRemembersAll, kUntranslated},
+    {"\\x{41}.{2,5}?\\C*?\\pL{1,3}?x", 0, kUntranslated},
     {"\\x{E9}+", kUntranslated, 0},       // counts other bytes than it takes
     {"(a)?(?(1)b|c)", kUntranslated, 0},  // conditionals
     {"(a\\1b)", kUntranslated, 0},        // reads a group while it is open
@@ -98,6 +122,88 @@ TEST(FastMatcherTest, TranslatesInto) {
     const uint32_t traits = TraitsOf(Translated(PatternObject(test.pattern)));
     EXPECT_EQ(traits & test.has, test.has) << test.pattern;
     EXPECT_EQ(traits & test.hasNot, 0U) << test.pattern;
+  }
+}
+
+// What an example program tells of records alone, for every pattern of the compiler's table.
+TEST(FastMatcherTest, WhatIsLeftIsExplained) {
+  std::ifstream table(VEKCH_TEST_FOLDER "/compiler_golden.txt", std::ios::binary);
+  std::string row;
+  std::smatch parts;
+  int32_t left = 0;
+  while (std::getline(table, row)) {
+    if (std::regex_match(row, parts, std::regex(R"(/(.*)/(\w*) +\d.*)"))) {
+      const PatternObject object(std::regex_replace(parts.str(1), std::regex("\xC2\xB6"), "\n"),
+                                 parts.str(2));
+      const std::string reason = examples::vekgrep::LeftToExact(*object.State());
+      EXPECT_EQ(reason.empty(), FastProgramFor(object.State()) != nullptr) << row << ": " << reason;
+      left += reason.empty() ? 0 : 1;
+    }
+  }
+  EXPECT_GT(left, 10);
+}
+
+// ---- That it answers like the exact matcher, which searches where no plan is made.
+
+struct Sample {
+  const char* pattern;
+  const char* subject;  // that it matches; others are made of it
+};
+
+constexpr Sample kSamples[] = {
+    {"[-+]?\\d+(?:\\.\\d+)?", "-3.14159"},
+    {"^(?:[-+]?\\d+(?:\\.\\d+)?)$", "-3.14159"},
+    {"^(\\d{4})-(\\d\\d)-(\\d\\d)[T ](\\d\\d):(\\d\\d):(\\d\\d)$", "2021-03-04T05:06:07"},
+    {"(\\w+)\\s*=\\s*(\\S+)", "key \t=  \xC3\xA9v"},
+    {"[0-9a-f]{8}-(?:[0-9a-f]{4}-){3}[0-9a-f]{12}", "123e4567-e89b-12d3-a456-426614174000"},
+    {"([\\w.+-]+)@([\\w-]+(?:\\.[\\w-]+)+)", "lin.b+l@mail.example.com"},
+    {"(?:/[^/]+)*/([^/.]+)\\.(\\w+)", "/usr/doc/re.txt"},
+    {"#(?:[0-9a-fA-F]{6}|[0-9a-fA-F]{3})\\b", "#ffcc00"},
+    {"(\\S+) - (\\S+) \\[([^\\]]+)\\] \"([^\"]*)\" (\\d{3}) (\\d+)",
+     "10.0.0.1 - ada [04/Mar/2021:05:06:07 +0000] \"GET /\" 200 5"},
+    {"(a)((b)(c))d(?i:xyZ)(e)", "abcdXYze"},
+    {"(?:(\\w\\d)-)+(?:ab(c)){2}", "a1-b2-abcabc"},
+    {"(?:(a)(b)|(ab))*(a+)(a*?)(\\w)a", "ababaaaaaba"},
+    {"(.*)=(.*)(\\d)", "a=b=c12"},
+    {"(?s:(.))([^,]{3}),((?:..){2}.)", "\xC3\xA9\n\nxy,12345"},
+    {"(.{2,5}?)(\\C{1,3}?)(?-i:\\x{64}+?)(\\pL+?)([^,]{0,2}?),",
+     "ab\xC3\xA9\xC3\xA9xd\xC3\xA9\xC3\xA9,"},
+    {"(?:[a-c]{2}){9}(x?)", "abcabcabcabcabcabcx"},
+    {"((?:\\d\\d){2})*(\\d+)(?:\\D{17}|\\D{15})$", "12345678901234567--abc--abc--abc-"},
+};
+
+std::vector<std::string> Variants(const std::string& subject) {
+  std::vector<std::string> all = {subject, "x " + subject, subject + "\n", subject + subject};
+  for (size_t at = 0; at < subject.size(); ++at) {
+    all.push_back(subject.substr(0, at));
+    all.push_back(subject.substr(at));
+    for (const char byte : {'0', 'a', '-', ' ', '\n', '\xC3', '\0'}) {
+      all.push_back(subject.substr(0, at) + byte + subject.substr(at + 1));
+      all.push_back(subject.substr(0, at) + byte + subject.substr(at));
+    }
+  }
+  return all;
+}
+
+TEST(FastMatcherTest, AnswersLikeTheExactOne) {
+  const auto answer = [](const PatternObject& object, const std::string& subject) {
+    const auto length = static_cast<int32_t>(subject.size());
+    return Show(test::Search(object.State(), BytesOf(subject), length), BytesOf(subject));
+  };
+  for (const Sample& sample : kSamples) {
+    const std::vector<std::string> subjects = Variants(sample.subject);
+    for (const char* const options : {"", "m", "i"}) {
+      for (const int32_t limit : {10000, 180, 60}) {
+        const PatternObject used(sample.pattern, options, 1, limit);
+        ASSERT_NE(Translated(used), nullptr) << sample.pattern;
+        const PatternObject exact(sample.pattern, options, 1, limit);
+        FactsOf(exact.State())->planless = kNeverPlanned;
+        for (size_t i = 0; i < subjects.size(); i += kShare) {
+          EXPECT_EQ(answer(used, subjects[i]), answer(exact, subjects[i]))
+              << sample.pattern << " on " << subjects[i] << " at " << limit;
+        }
+      }
+    }
   }
 }
 

@@ -10,18 +10,21 @@
 #include "regexp/characters/character_set.h"
 #include "regexp/characters/properties.h"
 #include "regexp/object/record_notes.h"
-#include "strings/kernels/block.h"
+#include "strings/kernels/byte_range.h"
+#include "strings/kernels/ends.h"
 #include "strings/kernels/taken.h"
 #include "unicode/utf8.h"
 
 namespace vekch::regexp {
 namespace {
 
+constexpr int32_t kFirstFrames = 60;
 constexpr int32_t kFewFrames = 1000;
 constexpr int32_t kManyFrames = 6000;
 // Returns to choices after which a try is done again with the memory, once there is something in
 // it.
 constexpr int32_t kSomeReturns = 64;
+constexpr int32_t kFirstReturns = 500;
 constexpr uint8_t kNewline = '\n';
 
 // Bytes of the character at `at` if the record accepts it, else 0. `at` lies before the limit.
@@ -65,7 +68,7 @@ struct Frame {
     const uint8_t* bound;  // how far a run gives back, or a lazy repetition may go
     int64_t length;        // of a slot
     Frame* around;         // the sub-program around
-    int32_t counts[2];     // of a loop
+    int32_t counts[2];     // of a loop; characters that a lazy repetition may take yet
   };
   uint16_t op;
   FrameKind kind;
@@ -73,35 +76,60 @@ struct Frame {
   union {
     int32_t depth;   // levels that repetitions have been charged with
     uint32_t start;  // kStart, kLoop: offset where the group began
+    int32_t slot;    // kSlot
   };
 };
 static_assert(sizeof(Frame) == 24);
 
+// What is searched, and in what.
+struct FastText {
+  RegExpState* state;
+  int32_t allowance;
+  const uint8_t* subject;
+  const uint8_t* subjectEnd;
+  const uint8_t* limit;
+};
+
+// What a try is given to work with.
+struct Means {
+  int64_t returns;
+  Frame* frames;
+  int32_t frameCount;
+  FastResult withoutFrames;
+};
+
+// With the memory of failures, or without.
+template <bool kRemembers>
+struct TryMemory {
+  FastCall* call;
+  const uint8_t* tryStart;
+};
+template <>
+struct TryMemory<false> {};
+
 template <bool kRemembers>
 class FastMatcher {
  public:
-  FastMatcher(FastCall* fastCall, const uint8_t* textEnd, int64_t most, int32_t frames,
-              FastResult withoutFrames)
-      : call(*fastCall),
-        program(*fastCall->program),
-        ops(fastCall->program->ops),
-        allowance(fastCall->allowance),
-        slots(SlotsOf(fastCall->state)),
-        groups(GroupsOf(fastCall->state)),
-        subject(fastCall->subject),
-        limit(textEnd),
-        mostFrames(frames),
-        whenFull(withoutFrames),
-        returnsLeft(most) {}
+  FastMatcher(const FastProgram& fastProgram, const FastText& text, const Means& means,
+              const TryMemory<kRemembers>& failures)
+      : memory(failures),
+        ops(fastProgram.ops),
+        isUtf8(fastProgram.isUtf8),
+        allowance(text.allowance),
+        slots(fastProgram.slots),
+        groups(GroupsOf(text.state)),
+        subject(text.subject),
+        subjectEnd(text.subjectEnd),
+        limit(text.limit),
+        base(means.frames),
+        framesEnd(means.frames + means.frameCount),
+        whenFull(means.withoutFrames),
+        returnsLeft(means.returns) {}
 
-  VEK_INLINE FastResult Run(const uint8_t* start, Frame* bottom) {
-    base = bottom;
-    if (kRemembers) {
-      tryStart = start;
-    }
-    Registers r = {ops + program.entry, start, bottom, 0};
-    while (r.op->code != FastCode::kAccept) {
-      if (!Step(r) && !Resume(r)) {
+  VEK_INLINE FastResult Run(const uint8_t* start, int32_t entry) {
+    Registers r = {ops + entry, start, base, 0};
+    for (bool isOver = false; !isOver;) {
+      if (!Step(r, &isOver) && !Resume(r)) {
         return FastResult::kFail;
       }
     }
@@ -137,7 +165,12 @@ class FastMatcher {
     return true;
   }
 
-  VEK_INLINE bool GoOn(Registers& r) { return GoTo(r, r.op->next); }
+  VEK_INLINE bool GoOn(Registers& r) { return GoAfter(r, *r.op); }
+
+  VEK_INLINE bool GoAfter(Registers& r, const FastOp& op) {
+    r.op = &op + 1;
+    return true;
+  }
 
   VEK_INLINE bool Stop(Registers& r, FastResult result) {
     static constexpr FastOp kStop = {FastCode::kAccept, 0, 0, {}, {}, {}};
@@ -148,14 +181,16 @@ class FastMatcher {
 
   VEK_INLINE bool GiveUp(Registers& r) { return Stop(r, FastResult::kGivesUp); }
 
-  VEK_INLINE bool HasRoom(Registers& r) const { return r.top < base + mostFrames; }
+  VEK_INLINE bool HasRoom(Registers& r) const { return r.top < framesEnd; }
 
   // ---- The memory of failures. Of a choice it holds that no way leads on; of a repetition that
   // what follows it does not.
 
-  VEK_INLINE int64_t VariantsOf() const { return int64_t{1} << program.emptyLoopCount; }
+  static int64_t VariantsOf(const FastProgram& program) {
+    return int64_t{1} << program.emptyLoopCount;
+  }
 
-  VEK_INLINE int64_t VariantAt(const uint8_t* at) const {
+  int64_t VariantAt(const FastProgram& program, const uint8_t* at) const {
     int64_t variant = 0;
     for (int32_t i = 0; i < program.emptyLoopCount; ++i) {
       const uint32_t start = groups[program.emptyLoops[i]].matching.start;
@@ -166,17 +201,27 @@ class FastMatcher {
 
   // Whether a choice or repetition is known to fail where the registers are, or would be.
   VEK_INLINE bool IsKnown(const FastOp& choice, const uint8_t* at) {
-    if (!kRemembers) {
-      return false;
+    if constexpr (kRemembers) {
+      Reach(at);
+      const FastProgram& program = *memory.call->program;
+      return memory.call->memory.Knows(&choice - ops, at, VariantsOf(program),
+                                       VariantAt(program, at)) &&
+             (memory.call->furthest - memory.tryStart) * program.mostCost <= allowance;
     }
-    call.furthest = at > call.furthest ? at : call.furthest;
-    return call.memory.Knows(&choice - ops, at, VariantsOf(), VariantAt(at)) &&
-           (call.furthest - tryStart) * program.mostCost <= allowance;
+    return false;
+  }
+
+  // The tries have come to a place.
+  VEK_INLINE void Reach(const uint8_t* at) {
+    if constexpr (kRemembers) {
+      memory.call->furthest = at > memory.call->furthest ? at : memory.call->furthest;
+    }
   }
 
   VEK_INLINE void Remember(const FastOp& choice, const uint8_t* at) {
-    if (kRemembers) {
-      call.memory.Note(&choice - ops, at, VariantsOf(), VariantAt(at));
+    if constexpr (kRemembers) {
+      const FastProgram& program = *memory.call->program;
+      memory.call->memory.Note(&choice - ops, at, VariantsOf(program), VariantAt(program, at));
     }
   }
 
@@ -189,16 +234,16 @@ class FastMatcher {
     return frame;
   }
 
-  VEK_INLINE bool IsHere(Registers& r, const FastOp& byte) const {
-    return *r.at == byte.pair[0] || *r.at == byte.pair[1];
+  VEK_INLINE static bool IsEither(uint8_t byte, const uint8_t* pair) {
+    return byte == pair[0] || byte == pair[1];
   }
 
-  // One operation; false where it fails.
-  VEK_INLINE bool Step(Registers& r) {
+  // One operation; false where it fails. Sets `isOver` at the end.
+  VEK_INLINE bool Step(Registers& r, bool* isOver) {
     const FastOp& now = *r.op;
     switch (now.code) {
       case FastCode::kByte:
-        return r.at < limit && IsHere(r, now) && (++r.at, GoOn(r));
+        return r.at < limit && IsEither(*r.at, now.pair) && (++r.at, GoOn(r));
       case FastCode::kBytes:
         return limit - r.at >= now.length && SameBytes(r.at, now.bytes, now.length, false) &&
                (r.at += now.length, GoOn(r));
@@ -222,6 +267,11 @@ class FastMatcher {
         return ByteRun<FastCode::kAnyRun>(r);
       case FastCode::kSetRun:
         return ByteRun<FastCode::kSetRun>(r);
+      case FastCode::kSetSpan:
+        return Span(r);
+      case FastCode::kOptionalSet:
+        r.at += r.at < limit && now.bytes[*r.at] != 0 ? 1 : 0;
+        return GoOn(r);
       case FastCode::kOpenSetRun:
       case FastCode::kCharacterRun:
         return Aside(r, &FastMatcher<kRemembers>::CharacterRun);
@@ -236,10 +286,25 @@ class FastMatcher {
         return Close(r);
       case FastCode::kChoice:
         return Choose(r);
+      case FastCode::kRepeat:
+        r.depth += now.ways.cost;
+        return r.depth > allowance ? GiveUp(r) : Choose(r);
       case FastCode::kEnterLoop:
         return Aside(r, &FastMatcher<kRemembers>::EnterLoop);
       case FastCode::kLoop:
         return EndRepetition(r);
+      case FastCode::kAtStart:
+        return r.at == subject && GoOn(r);
+      case FastCode::kAtEnd:
+        return IsAtEnd(r.at) && GoOn(r);
+      case FastCode::kFixedTwo:
+        return Fixed<2>(r);
+      case FastCode::kFixedFour:
+        return Fixed<4>(r);
+      case FastCode::kFixedEight:
+        return Fixed<8>(r);
+      case FastCode::kFixed:
+        return Fixed<kernels::kBlock>(r);
       case FastCode::kAssert:
         return Holds(r.at, now) && GoOn(r);
       case FastCode::kLookaround:
@@ -247,11 +312,12 @@ class FastMatcher {
         return Aside(r, &FastMatcher<kRemembers>::EnterSub);
       case FastCode::kSubEnd:
         return Aside(r, &FastMatcher<kRemembers>::LeaveSub);
-      case FastCode::kAccept:
       case FastCode::kJump:
-        break;
+        return GoTo(r, now.next);
+      case FastCode::kAccept:
+        return *isOver = true;
     }
-    return false;
+    __builtin_unreachable();  // those are all
   }
 
   // ---- Characters and runs of them.
@@ -265,7 +331,7 @@ class FastMatcher {
     if (IsOpenSet(character)) {
       return *place < 0x80 ? character.bytes[*place] & 1 : ReadUtf8(place, limit).length;
     }
-    return CharacterLength(*character.record, place, limit, program.isUtf8);
+    return CharacterLength(*character.record, place, limit, isUtf8);
   }
 
   [[gnu::noinline]] bool Copy(Registers& r) {
@@ -276,8 +342,17 @@ class FastMatcher {
            SameBytes(r.at, slot.pointer, slot.length, caseless) && (r.at += slot.length, GoOn(r));
   }
 
+  // Not 0 for a byte that can come after a run; null where all can.
+  VEK_INLINE static const uint8_t* FollowersOf(const FastOp& run) {
+    if (run.code != FastCode::kSetRun) {
+      return run.run.follow;
+    }
+    return run.run.tables == nullptr ? nullptr : run.run.tables->follow;
+  }
+
   VEK_INLINE bool CanFollow(const FastOp& run, const uint8_t* place) const {
-    return place < limit ? run.run.follow == nullptr || run.run.follow[*place] != 0
+    const uint8_t* const follow = FollowersOf(run);
+    return place < limit ? follow == nullptr || follow[*place] != 0
                          : (run.flags & kFollowsAtEnd) != 0;
   }
 
@@ -288,17 +363,50 @@ class FastMatcher {
     return place;
   }
 
+  // In 16 bytes the one that ends a run, or kBlock.
+  VEK_INLINE static int32_t EndInBlock(const FastRanges& ranges, const uint8_t* at) {
+    const uint32_t ends = InRanges(kernels::LoadAny(at), ranges.bytes[0], ranges.count);
+    return kernels::LowestBit((ends ^ ranges.outside) | 1U << kernels::kBlock);
+  }
+
   template <FastCode kCode>
   VEK_INLINE static const uint8_t* EndOfRun(const FastOp& run, const uint8_t* at,
                                             const uint8_t* end) {
     if (kCode == FastCode::kAnyRun) {
       return end;
     }
+    if (kCode == FastCode::kSetRun && end - at >= kernels::kBlock && run.run.tables != nullptr &&
+        run.run.tables->ranges.count != 0) {
+      int32_t length;
+      do {
+        length = EndInBlock(run.run.tables->ranges, at);
+        at += length;
+      } while (length == kernels::kBlock && end - at >= kernels::kBlock);
+      if (length < kernels::kBlock) {
+        return at;
+      }
+    }
     const uint8_t* const members = run.bytes;
     const uint8_t first = run.pair[0];
     const uint8_t second = run.pair[1];
-    while (at < end &&
-           (kCode == FastCode::kSetRun ? members[*at] != 0 : *at == first || *at == second)) {
+    const auto isMember = [&](uint8_t byte) __attribute__((always_inline)) {
+      return kCode == FastCode::kSetRun ? members[byte] != 0 : byte == first || byte == second;
+    };
+    for (; end - at >= 4; at += 4) {
+      if (!isMember(at[0])) {
+        return at;
+      }
+      if (!isMember(at[1])) {
+        return at + 1;
+      }
+      if (!isMember(at[2])) {
+        return at + 2;
+      }
+      if (!isMember(at[3])) {
+        return at + 3;
+      }
+    }
+    while (at < end && isMember(*at)) {
       ++at;
     }
     return at;
@@ -311,24 +419,52 @@ class FastMatcher {
     const uint8_t* const bound = run.run.maximum < room ? r.at + run.run.maximum : limit;
     const uint8_t* end = EndOfRun<kCode>(run, r.at, bound);
     const int64_t length = end - r.at;
-    if (kRemembers) {
-      call.furthest = end > call.furthest ? end : call.furthest;
-    }
+    Reach(end);
     if (length < run.run.minimum) {
       return false;
     }
-    if ((run.flags & kGivesNothingBack) != 0 || length == run.run.minimum) {
+    const uint8_t* const begin = r.at;
+    if ((run.flags & kGivesNothingBack) != 0) {
       r.at = end;
-      return CanFollow(run, end) && GoOn(r);
+      return EndFinalRun(r, run, begin);
     }
-    const uint8_t* const lowest = r.at + run.run.minimum;
+    const uint8_t* const lowest = begin + run.run.minimum;
     while (!CanFollow(run, end) || IsKnown(run, end)) {
       if (end == lowest) {
         return false;
       }
       --end;
     }
+    if ((run.flags & kCaptures) != 0 && !Capture(r, run.end.slot, run.flags, begin, end)) {
+      return Stop(r, whenFull);
+    }
     return EndRun(r, FrameKind::kBytes, end, lowest);
+  }
+
+  VEK_INLINE bool Span(Registers& r) {
+    const FastOp& run = *r.op;
+    const uint8_t* const begin = r.at;
+    r.at = EndOfRun<FastCode::kSetRun>(run, begin, limit);
+    Reach(r.at);
+    return r.at - begin >= run.run.minimum && EndFinalRun(r, run, begin);
+  }
+
+  // Goes on where a run has ended that gives nothing back.
+  VEK_INLINE bool EndFinalRun(Registers& r, const FastOp& run, const uint8_t* begin) {
+    if ((run.flags & (kTakesByte | kCaptures)) == 0) {
+      return GoOn(r);
+    }
+    const uint8_t* const end = r.at;
+    if ((run.flags & kTakesByte) != 0) {
+      if (end == limit || !IsEither(*end, run.end.byte)) {
+        return false;
+      }
+      ++r.at;
+    }
+    if ((run.flags & kCaptures) != 0 && !Capture(r, run.end.slot, run.flags, begin, end)) {
+      return Stop(r, whenFull);
+    }
+    return GoOn(r);
   }
 
   // Goes on where a run ends that gives back down to `lowest`.
@@ -411,7 +547,7 @@ class FastMatcher {
     } else {
       return Stop(r, whenFull);
     }
-    return GoTo(r, run.next);
+    return GoAfter(r, run);
   }
 
   VEK_INLINE bool Drop(Registers& r, const Frame* frame) {
@@ -428,28 +564,103 @@ class FastMatcher {
       }
       r.at += length;
     }
-    return TakeCharacters(r, run, nullptr);
+    return TakeCharacters(r, run, nullptr, run.run.maximum - run.run.minimum);
   }
 
-  VEK_INLINE bool TakeCharacters(Registers& r, const FastOp& run, Frame* frame) {
-    while (!CanFollow(run, r.at) || IsKnown(run, r.at)) {
-      const int32_t length = r.at < limit ? LengthAt(run, r.at) : 0;
+  VEK_INLINE bool TakeCharacters(Registers& r, const FastOp& run, Frame* frame, int32_t left) {
+    for (; !CanFollow(run, r.at) || IsKnown(run, r.at); --left) {
+      const int32_t length = left > 0 && r.at < limit ? LengthAt(run, r.at) : 0;
       if (length == 0) {
         return Drop(r, frame);
       }
       r.at += length;
     }
-    if (frame != nullptr) {
-      frame->at = r.at;
-    } else if (HasRoom(r)) {
-      Push(r, FrameKind::kTakesCharacter, r.at);
-    } else {
-      return Stop(r, whenFull);
+    if (frame == nullptr) {
+      if (!HasRoom(r)) {
+        return Stop(r, whenFull);
+      }
+      frame = Push(r, FrameKind::kTakesCharacter, r.at);
     }
-    return GoTo(r, run.next);
+    frame->at = r.at;
+    frame->counts[0] = left;
+    return GoAfter(r, run);
+  }
+
+  // ---- Bytes of a fixed number.
+
+  // The lanes of a block whose bytes lie in the ranges of their places.
+  VEK_INLINE static uint32_t InRanges(kernels::Block bytes, const uint8_t* ranges, int32_t count) {
+    const auto inside = [&bytes](const uint8_t* range) __attribute__((always_inline)) {
+      return kernels::InRange(bytes,
+                              {kernels::LoadAny(range), kernels::LoadAny(range + kernels::kBlock)});
+    };
+    kernels::Block hits = inside(ranges);
+    for (int32_t k = 1; k < count; ++k) {
+      ranges += 2 * kernels::kBlock;
+      hits = hits | inside(ranges);
+    }
+    return kernels::LaneBits(hits);
+  }
+
+  // Less than a block is tested as its first and its last kHalf bytes.
+  template <int32_t kHalf>
+  VEK_INLINE static bool IsFixed(const FastOp& fixed, const uint8_t* at) {
+    const int32_t ranges = fixed.fixed.ranges;
+    const int32_t length = fixed.fixed.length;
+    if constexpr (kHalf < kernels::kBlock) {
+      constexpr uint32_t kAll = (1U << 2 * kHalf) - 1;
+      return (~InRanges(kernels::LoadEnds<kHalf>(at, length), fixed.ranges, ranges) & kAll) == 0;
+    } else {
+      const uint8_t* const last = at + length - kernels::kBlock;
+      const uint8_t* table = fixed.ranges;
+      for (; at < last; at += kernels::kBlock, table += 2 * kernels::kBlock * ranges) {
+        if (InRanges(kernels::LoadAny(at), table, ranges) != 0xFFFF) {
+          return false;
+        }
+      }
+      return InRanges(kernels::LoadAny(last), table, ranges) == 0xFFFF;
+    }
+  }
+
+  template <int32_t kHalf>
+  VEK_INLINE bool Fixed(Registers& r) {
+    const FastOp& fixed = *r.op;
+    r.depth += fixed.captures.cost;
+    if (r.depth > allowance) {
+      return GiveUp(r);
+    }
+    if (limit - r.at < fixed.fixed.length || !IsFixed<kHalf>(fixed, r.at)) {
+      return false;
+    }
+    const FastCapture* capture = fixed.captures.first;
+    for (int32_t left = fixed.fixed.captures; left > 0; --left, ++capture) {
+      if (!Capture(r, capture->slot, capture->isUndone, r.at + capture->begin,
+                   r.at + capture->end)) {
+        return Stop(r, whenFull);
+      }
+    }
+    r.at += fixed.fixed.length;
+    return GoOn(r);
   }
 
   // ---- Groups.
+
+  // Sets a slot; false where that would have to be undone and no frame is left.
+  VEK_INLINE bool Capture(Registers& r, int32_t index, uint32_t flags, const uint8_t* begin,
+                          const uint8_t* end) {
+    RegExpFindResult& slot = slots[index];
+    if ((flags & kIsUndone) != 0 && r.top > base) {
+      if (!HasRoom(r)) {
+        return false;
+      }
+      Frame* const frame = Push(r, FrameKind::kSlot, slot.pointer);
+      frame->length = slot.length;
+      frame->slot = index;
+    }
+    slot.pointer = const_cast<uint8_t*>(begin);
+    slot.length = static_cast<int32_t>(end - begin);
+    return true;
+  }
 
   VEK_INLINE bool IsUndone(Registers& r, const FastOp& group) const {
     return (group.flags & kIsUndone) != 0 && r.top > base;
@@ -470,17 +681,8 @@ class FastMatcher {
   }
 
   VEK_INLINE bool Close(Registers& r) {
-    RegExpFindResult& slot = slots[r.op->slot];
-    if (IsUndone(r, *r.op)) {
-      if (!HasRoom(r)) {
-        return Stop(r, whenFull);
-      }
-      Push(r, FrameKind::kSlot, slot.pointer)->length = slot.length;
-    }
     const uint8_t* const start = subject + groups[r.op->serial].matching.start;
-    slot.pointer = start;
-    slot.length = static_cast<int32_t>(r.at - start);
-    return GoOn(r);
+    return Capture(r, r.op->end.slot, r.op->flags, start, r.at) ? GoOn(r) : Stop(r, whenFull);
   }
 
   VEK_INLINE bool Choose(Registers& r) {
@@ -538,9 +740,6 @@ class FastMatcher {
     r.depth += loop.loop.cost;
     if (r.depth > allowance) {
       return GiveUp(r);
-    }
-    if ((loop.flags & (kIsCounted | kMayBeEmpty | kIsUndone)) == 0) {
-      return GoTo(r, loop.loop.againOrExit);
     }
     GroupEntry::Matching& entry = groups[loop.serial].matching;
     const bool isEmpty = entry.start == Offset(r);
@@ -614,23 +813,20 @@ class FastMatcher {
 
   // ---- Assertions.
 
+  VEK_INLINE bool IsAtEnd(const uint8_t* at) const {
+    return at == limit || (limit - at == 1 && *at == kNewline);
+  }
+
   [[gnu::noinline]] bool Holds(const uint8_t* at, const FastOp& assertion) const {
     const bool atStart = at == subject;
     const bool atEnd = at == limit;
-    const bool isMultiLine = (assertion.flags & kIsMultiLine) != 0;
-    const bool isLastNewline = limit - at == 1 && *at == kNewline;
     switch (assertion.letter) {
-      case 'A':
-      case 'G':
-        return atStart;
-      case 'Z':
-        return atEnd || isLastNewline;
       case 'z':
         return atEnd;
       case '^':
-        return atStart || (isMultiLine && !atEnd && at[-1] == kNewline);
+        return atStart || (!atEnd && at[-1] == kNewline);
       case '$':
-        return atEnd || (isMultiLine ? *at == kNewline : isLastNewline);
+        return atEnd || *at == kNewline;
       case 'b':
         return ChangesWord(at);
       case 'B':
@@ -644,7 +840,7 @@ class FastMatcher {
 
   // Where the text that is matched ends before the subject, the byte there counts.
   VEK_INLINE bool ChangesWord(const uint8_t* at) const {
-    const bool after = at < call.subjectEnd && IsWordByte(*at);
+    const bool after = at < subjectEnd && IsWordByte(*at);
     return after != (at != subject && IsWordByte(at[-1]));
   }
 
@@ -701,7 +897,7 @@ class FastMatcher {
           }
           break;
         case FrameKind::kSlot:
-          slots[source.slot] = {const_cast<uint8_t*>(frame.at), static_cast<int32_t>(frame.length)};
+          slots[frame.slot] = {const_cast<uint8_t*>(frame.at), static_cast<int32_t>(frame.length)};
           --r.top;
           break;
         case FrameKind::kStart:
@@ -722,7 +918,7 @@ class FastMatcher {
           if ((source.flags & kIsNegative) != 0 && source.code == FastCode::kLookaround) {
             r.at = frame.at;
             r.depth = frame.depth;
-            return GoTo(r, source.next);
+            return GoAfter(r, source);
           }
           break;
       }
@@ -731,6 +927,7 @@ class FastMatcher {
 
   VEK_INLINE bool GiveBackByte(Registers& r, const FastOp& run, Frame* frame) {
     const uint8_t* end = frame->at;
+    const uint8_t* const follow = FollowersOf(run);
     Remember(run, end);
     do {
       if (end == frame->bound) {
@@ -738,12 +935,16 @@ class FastMatcher {
         return false;
       }
       --end;
-    } while ((run.run.follow != nullptr && run.run.follow[*end] == 0) || IsKnown(run, end));
+    } while ((follow != nullptr && follow[*end] == 0) || IsKnown(run, end));
+    if ((run.flags & kCaptures) != 0) {
+      const uint8_t* const begin = frame->bound - run.run.minimum;
+      slots[run.end.slot] = {const_cast<uint8_t*>(begin), static_cast<int32_t>(end - begin)};
+    }
     r.at = end;
     r.depth = frame->depth;
     frame->at = end;
     r.top -= end == frame->bound && !kRemembers ? 1 : 0;
-    return GoTo(r, run.next);
+    return GoAfter(r, run);
   }
 
   [[gnu::noinline]] bool GiveBackCharacter(Registers& r, Frame* frame) {
@@ -761,7 +962,7 @@ class FastMatcher {
     r.depth = frame->depth;
     frame->at = end;
     r.top -= end == frame->bound && !kRemembers ? 1 : 0;
-    return GoTo(r, run.next);
+    return GoAfter(r, run);
   }
 
   [[gnu::noinline]] bool TakeAnother(Registers& r, Frame* frame) {
@@ -769,27 +970,27 @@ class FastMatcher {
     Remember(run, frame->at);
     r.at = frame->at;
     r.depth = frame->depth;
-    const int32_t length = r.at < limit ? LengthAt(run, r.at) : 0;
+    const int32_t length = frame->counts[0] > 0 && r.at < limit ? LengthAt(run, r.at) : 0;
     if (length == 0) {
       return Drop(r, frame);
     }
     r.at += length;
-    return TakeCharacters(r, run, frame);
+    return TakeCharacters(r, run, frame, frame->counts[0] - 1);
   }
 
-  FastCall& call;
-  const FastProgram& program;
+  const TryMemory<kRemembers> memory;
   const FastOp* const ops;
+  const bool isUtf8;
   const int32_t allowance;
   RegExpFindResult* const slots;
   GroupEntry* const groups;
   const uint8_t* const subject;
+  const uint8_t* const subjectEnd;
   const uint8_t* const limit;
-  const int32_t mostFrames;
+  Frame* const base;
+  Frame* const framesEnd;
   const FastResult whenFull;  // no frame is left
 
-  const uint8_t* tryStart = nullptr;
-  Frame* base = nullptr;
   Frame* sub = nullptr;  // of the innermost sub-program
   int64_t returnsLeft;
   FastResult stopped = FastResult::kMatch;
@@ -804,23 +1005,29 @@ void ClearSlots(RegExpState* state) {
   }
 }
 
+FastText TextOf(const FastCall& call, const uint8_t* limit) {
+  return {call.state, call.allowance, call.subject, call.subjectEnd, limit};
+}
+
 VEK_INLINE FastResult TryLightly(FastCall* call, const uint8_t* start, const uint8_t* limit,
                                  Frame* frames) {
   if (call->program->clearsSlots) {
     ClearSlots(call->state);
   }
   const int32_t most = call->memory.IsBegun() ? kSomeReturns : call->lightReturns;
-  FastMatcher<false> matcher(call, limit, most, kFewFrames, FastResult::kExhausted);
-  return matcher.Run(start, frames);
+  FastMatcher<false> matcher(*call->program, TextOf(*call, limit),
+                             {most, frames, kFewFrames, FastResult::kExhausted}, {});
+  return matcher.Run(start, call->program->entry);
 }
 
 template <bool kRemembers>
 FastResult TryHard(FastCall* call, const uint8_t* start, const uint8_t* limit, int32_t mostFrames,
-                   Frame* frames) {
+                   Frame* frames, const TryMemory<kRemembers>& memory) {
   ClearSlots(call->state);
-  FastMatcher<kRemembers> matcher(call, limit, call->returnsAllowed, mostFrames,
-                                  FastResult::kGivesUp);
-  const FastResult result = matcher.Run(start, frames);
+  FastMatcher<kRemembers> matcher(*call->program, TextOf(*call, limit),
+                                  {call->returnsAllowed, frames, mostFrames, FastResult::kGivesUp},
+                                  memory);
+  const FastResult result = matcher.Run(start, call->program->entry);
   call->returnsAllowed = matcher.ReturnsLeft();
   return result;
 }
@@ -828,8 +1035,9 @@ FastResult TryHard(FastCall* call, const uint8_t* start, const uint8_t* limit, i
 template <int32_t kMostFrames>
 [[gnu::noinline]] FastResult TryWith(FastCall* call, const uint8_t* start, const uint8_t* limit) {
   Frame frames[kMostFrames];
-  return call->program->remembers ? TryHard<true>(call, start, limit, kMostFrames, frames)
-                                  : TryHard<false>(call, start, limit, kMostFrames, frames);
+  return call->program->remembers
+             ? TryHard<true>(call, start, limit, kMostFrames, frames, {call, start})
+             : TryHard<false>(call, start, limit, kMostFrames, frames, {});
 }
 
 // A try that has come back to its choices too often, or has used up its frames: with the memory,
@@ -860,6 +1068,10 @@ bool IsCharacterStart(const uint8_t* first, const uint8_t* limit, const uint8_t*
   return lead == at || ReadUtf8(lead, limit).length <= at - lead;
 }
 
+VEK_INLINE bool CanBegin(const FastProgram& program, const uint8_t* at, const uint8_t* limit) {
+  return at < limit ? program.canBegin[*at] != 0 : program.beginsAtEnd;
+}
+
 // Where a match can begin from `at` on; null if nowhere.
 VEK_INLINE const uint8_t* NextStart(const FastProgram& program, const uint8_t* first,
                                     const uint8_t* limit, const uint8_t* at) {
@@ -879,8 +1091,27 @@ VEK_INLINE const uint8_t* NextStart(const FastProgram& program, const uint8_t* f
 
 }  // namespace
 
+FastResult MatchFirst(const FastProgram& program, RegExpState* state, const uint8_t* subject,
+                      int32_t length) {
+  const uint8_t* const end = subject + length;
+  const int32_t allowance = AllowanceOf(program, *state);
+  if (allowance < 0) {
+    return FastResult::kGivesUp;
+  }
+  if (!CanBegin(program, subject, end)) {
+    return FastResult::kFail;
+  }
+  if (program.clearsSlots) {
+    ClearSlots(state);
+  }
+  Frame frames[kFirstFrames];
+  FastMatcher<false> matcher(program, {state, allowance, subject, end, end},
+                             {kFirstReturns, frames, kFirstFrames, FastResult::kExhausted}, {});
+  return matcher.Run(subject, program.entryAtStart);
+}
+
 FastResult MatchFast(FastCall* call, const uint8_t* start, const uint8_t* limit) {
-  if (start < limit ? call->program->canBegin[*start] == 0 : !call->program->beginsAtEnd) {
+  if (!CanBegin(*call->program, start, limit)) {
     return FastResult::kFail;
   }
   Frame frames[kFewFrames];

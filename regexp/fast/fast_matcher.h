@@ -37,12 +37,21 @@ struct FastCall {
   const uint8_t* furthest = nullptr;  // that the tries with the memory have come to
 };
 
+inline int32_t AllowanceOf(const FastProgram& program, const RegExpState& state) {
+  return static_cast<int32_t>(static_cast<uint32_t>(state.matchLimit) / RegExpDepthShare) - 1 -
+         program.depth;
+}
+
 // A call that comes back to its choices so often at most.
 inline FastCall FastCallOf(const FastProgram& program, RegExpState* state, const uint8_t* subject,
                            int32_t length, int64_t returns) {
-  const int32_t depth = state->matchLimit / RegExpDepthShare - 1;
-  return {&program, state, subject, subject + length, depth - program.depth, returns};
+  return {&program, state, subject, subject + length, AllowanceOf(program, *state), returns};
 }
+
+// Matches where a subject begins, which is its only place or the first of some. kExhausted where
+// that takes more than a few frames and returns to choices.
+FastResult MatchFirst(const FastProgram& program, RegExpState* state, const uint8_t* subject,
+                      int32_t length);
 
 // Matches at `start`, in a text that ends at `limit`; on kMatch the slots hold the match.
 FastResult MatchFast(FastCall* call, const uint8_t* start, const uint8_t* limit);

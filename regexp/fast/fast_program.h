@@ -15,11 +15,12 @@
 #include <stdint.h>
 
 #include "regexp/object/object_layout.h"
+#include "strings/kernels/block.h"
 
 namespace vekch::regexp {
 
 enum class FastCode : uint8_t {
-  kJump,           // nothing but its `next`; no operation leads to it once all is translated
+  kJump,           // nothing but its `next`
   kAccept,         // the end of the program
   kByte,           // one of two bytes, which may be the same
   kBytes,          // a run of bytes
@@ -32,6 +33,8 @@ enum class FastCode : uint8_t {
   kByteRun,        // kByte, repeated
   kAnyRun,         // kAnyByte, repeated
   kSetRun,         // kSet, repeated
+  kSetSpan,        // kSet, repeated without end, and nothing is given back
+  kOptionalSet,    // kSet, once or not, and nothing is given back
   kOpenSetRun,     // kOpenSet, repeated
   kCharacterRun,   // kCharacter, repeated
   kLazySet,        // kSet, as few as possible
@@ -40,9 +43,16 @@ enum class FastCode : uint8_t {
   kOpen,           // a capturing group begins
   kClose,          // and ends
   kChoice,         // ways to go on, the preferred one first
+  kRepeat,         // kLoop of which nothing is kept, and the kChoice that it leads to
   kEnterLoop,      // a repeated group begins
   kLoop,           // one repetition of it is over
-  kAssert,         // a condition on the position
+  kAssert,         // another condition on the position; "^" and "$" are those of lines
+  kAtStart,        // the subject begins here
+  kAtEnd,          // the text ends here, but for a newline
+  kFixedTwo,       // two or three bytes, each of a set of its own, and the captures among them
+  kFixedFour,      // the same of four to seven bytes
+  kFixedEight,     // of eight to fifteen
+  kFixed,          // and of more
   kLookaround,     // a sub-program: what follows it is tried at the same position
   kAtomic,         // a sub-program: no other way through it is tried once it has matched
   kSubEnd,         // the end of a sub-program
@@ -50,12 +60,53 @@ enum class FastCode : uint8_t {
 
 constexpr int32_t kMostTargets = 8;  // bits of a choice's byte
 
+// Bytes in ranges, tested 16 at a time.
+constexpr int32_t kMostRanges = 4;
+struct FastRanges {
+  uint8_t bytes[kMostRanges][2 * kernels::kBlock];  // as kernels::ByteRange has them
+  int32_t count;                                    // 0 for a set of more ranges
+  uint32_t outside;  // what the lanes' bits are turned by, so that those outside the set are set
+};
+
+// What is known of a repeated byte. Where the repetition gives nothing back, the followers are left
+// out.
+struct FastRunTables {
+  FastRanges ranges;
+  uint8_t follow[256];  // not 0 for a byte that can come next
+};
+
+// A group that lies in bytes of a fixed number, as offsets among them.
+struct FastCapture {
+  uint16_t slot;
+  uint8_t isUndone;
+  uint8_t begin;
+  uint8_t end;
+};
+constexpr int32_t kMostFixed = 128;  // bytes
+
 struct FastOp {
   // How a character is repeated.
   struct Run {
     int32_t minimum;
     int32_t maximum;
-    const uint8_t* follow;  // not 0 for a byte that can come next; null where all can
+    union {
+      const uint8_t* follow;        // not 0 for a byte that can come next; null where all can
+      const FastRunTables* tables;  // kSetRun; null where all can
+    };
+  };
+  // What is done where a run ends.
+  struct End {
+    uint8_t byte[2];  // what has to follow, in both cases, if it has kTakesByte
+    uint16_t slot;    // of the group around it, if it has kCaptures; of kClose
+  };
+  struct Fixed {
+    uint16_t length;
+    uint8_t ranges;  // at each place
+    uint8_t captures;
+  };
+  struct FixedCaptures {
+    const FastCapture* first;
+    int32_t cost;  // levels that the repetitions in it may take
   };
   // How a group is.
   struct Loop {
@@ -69,31 +120,65 @@ struct FastOp {
   struct Ways {
     uint8_t count;
     uint8_t atEnd;  // bit k where target k can match at the end of the text
+    uint16_t cost;  // kRepeat: levels that a repetition may take
   };
 
   FastCode code;
   uint8_t flags;
-  uint16_t next;
+  uint16_t next;  // what follows it, which is the operation after it or a jump there
   union {
-    int32_t length;   // kBytes, kCaselessBytes; characters before a look-behind
-    int32_t slot;     // kClose
-    int32_t letter;   // kAssert
-    uint8_t pair[2];  // kByte, kByteRun: the two bytes
-    Ways ways;        // kChoice
+    int32_t length;  // kBytes, kCaselessBytes; characters before a look-behind
+    int32_t letter;  // kAssert
+    End end;         // kClose, kByteRun, kAnyRun, kSetRun
+    Ways ways;       // kChoice, kRepeat
+    Fixed fixed;     // kFixed
   };
   union {
-    const uint8_t* bytes;       // the bytes of a run, or the members of a set, 0xFF for each
-    const uint8_t* waysOf;      // kChoice: bit k for a byte that target k can begin with, or null
+    const uint8_t* bytes;   // the bytes of a run, or the members of a set, 0xFF for each
+    const uint8_t* waysOf;  // of a choice: bit k for a byte that target k can begin with, or null
+    const uint8_t* ranges;  // kFixed: those of each place in a block, block by block
     const ProgramNode* record;  // kCharacter and its repetitions, kCopy
+    uint8_t pair[2];            // kByte, kByteRun: the two bytes
     int64_t serial;             // kOpen, kClose, kEnterLoop, kLoop: of the group
   };
   union {
     Run run;
     Loop loop;                       // kEnterLoop, kLoop
-    uint16_t targets[kMostTargets];  // kChoice; the first is the body of kLookaround
+    FixedCaptures captures;          // kFixed
+    uint16_t targets[kMostTargets];  // of a choice; the first is the body of kLookaround
   };
 };
 static_assert(sizeof(FastOp) == 32);
+
+// Shows every place of an operation that names another one.
+template <class Visit>
+void ForEachTarget(FastOp* op, Visit visit) {
+  switch (op->code) {
+    case FastCode::kAccept:
+    case FastCode::kSubEnd:
+      break;
+    case FastCode::kChoice:
+    case FastCode::kRepeat:
+      for (int32_t k = 0; k < op->ways.count; ++k) {
+        visit(&op->targets[k]);
+      }
+      break;
+    case FastCode::kLoop:
+      visit(&op->loop.againOrExit);
+      visit(&op->loop.exit);
+      if (op->loop.again != 0) {
+        visit(&op->loop.again);
+      }
+      break;
+    case FastCode::kLookaround:
+    case FastCode::kAtomic:
+      visit(&op->targets[0]);
+      visit(&op->next);
+      break;
+    default:
+      visit(&op->next);
+  }
+}
 
 enum FastFlag : uint8_t {
   kGivesNothingBack = 1,  // what follows a run begins with none of its bytes
@@ -103,19 +188,24 @@ enum FastFlag : uint8_t {
   kIsCounted = 16,        // the group's repetitions are counted
   kIsLazy = 32,           // what follows is preferred
   kIsNegative = 64,       // a look-around that must not match
-  kIsMultiLine = 128,     // "^" and "$" at every line
 };
 constexpr uint8_t kIsBehind = kGivesNothingBack;  // of a look-around: it is a look-behind
+constexpr uint8_t kTakesByte = kIsNegative;       // of a run: a byte has to follow
+constexpr uint8_t kCaptures = kIsLazy;            // of a run: a group is around it
 
 constexpr int32_t kMostEmptyLoops = 3;  // with more, failures are not remembered
 
 struct FastProgram {
   const FastOp* ops;
+  RegExpFindResult* slots;  // of the object
   uint16_t entry;
-  bool isUtf8;       // the format that it was made for
-  bool clearsSlots;  // a match may leave slots as they are
-  bool beginsAtEnd;  // a match can begin where the text ends
-  int32_t depth;     // levels that a match can need beside its repetitions of groups
+  uint16_t entryAtStart;  // where the subject begins
+  bool isUtf8;            // the format that it was made for
+  bool clearsSlots;       // a match may leave slots as they are
+  bool beginsAtEnd;       // a match can begin where the text ends
+  bool onlyAtStart;       // and nowhere but where the subject begins
+  int32_t directLength;   // of a subject whose beginning is tried before anything else, or -1
+  int32_t depth;          // levels that a match can need beside its repetitions of groups
   int32_t opCount;
   int32_t mostCost;  // of the loops
   bool remembers;    // failures can be remembered

@@ -11,6 +11,11 @@
 
 namespace vekch::regexp {
 
+struct ByteBounds {
+  uint8_t lowest;
+  uint8_t highest;
+};
+
 struct alignas(kernels::kBlock) NextBytes {
   static constexpr int32_t kTable = 256;  // bytes of a table that has one for each
 
@@ -36,6 +41,12 @@ struct alignas(kernels::kBlock) NextBytes {
 
   // Those above 0x7F.
   void AddHigh() { SetHigh(kernels::Splat(0xFF)); }
+  bool HasHigh() const { return kernels::LaneBits(High() == kernels::ZeroBlock()) != 0xFFFF; }
+
+  void Complement() {
+    SetLow(kernels::Without(kernels::Splat(0xFF), Low()));
+    SetHigh(kernels::Without(kernels::Splat(0xFF), High()));
+  }
 
   // Those that a table has 0xFF for.
   void AddMembers(const uint8_t* member) {
@@ -49,6 +60,40 @@ struct alignas(kernels::kBlock) NextBytes {
   bool Meets(const NextBytes& other) const {
     const kernels::Block both = (Low() & other.Low()) | (High() & other.High());
     return kernels::LaneBits(both == kernels::ZeroBlock()) != 0xFFFF;
+  }
+
+  // The ranges that they make up, none of all 256 bytes; how many, or 0 for more than `most`.
+  int32_t RangesOf(ByteBounds* ranges, int32_t most) const {
+    int32_t count = 0;
+    uint64_t inside = 0;  // all ones in a range
+    for (int32_t base = 0; base < kTable; base += 64) {
+      const auto word = kernels::LoadWord<uint64_t>(bits + base / 8);
+      for (int32_t from = 0; from < 64;) {
+        const uint64_t changes = (word ^ inside) >> from;
+        if (changes == 0) {
+          break;
+        }
+        from += kernels::LowestBit(changes);
+        const int32_t value = base + from;
+        if (inside != 0) {
+          ranges[count++].highest = static_cast<uint8_t>(value - 1);
+        } else if (count == most) {
+          return 0;
+        } else {
+          ranges[count].lowest = static_cast<uint8_t>(value);
+        }
+        inside = ~inside;
+      }
+    }
+    if (inside == 0) {
+      return count;
+    }
+    ranges[count++].highest = kTable - 1;
+    if (ranges[0].lowest == 0 && count == 1) {
+      ranges[0] = {0, 0x7F};
+      ranges[count++] = {0x80, kTable - 1};
+    }
+    return count;
   }
 
   bool IsAll() const {

@@ -1,25 +1,24 @@
 // SPDX-License-Identifier: MIT
 
 // Each record becomes the operation of the same index, in one pass; groups with a choice or a loop
-// take further operations behind the last record's. Then, against the direction of matching, the
-// bytes that can come next are gathered for each operation, until nothing changes: only loops lead
-// back, so that a few rounds do. Last, choices and runs get their tables.
+// take further operations behind the last record's. Then the bytes that can come next are found for
+// each operation, and operations are fused by them.
 
 #include "regexp/fast/translator.h"
 
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/character_set.h"
-#include "regexp/characters/properties.h"
-#include "regexp/fast/next_bytes.h"
+#include "regexp/fast/following.h"
+#include "regexp/fast/fuse.h"
+#include "regexp/fast/layout.h"
+#include "regexp/fast/table_room.h"
 #include "regexp/object/program_walk.h"
 #include "strings/kernels/block.h"
 
 namespace vekch::regexp {
 namespace {
 
-constexpr int32_t kMostRounds = 12;
 constexpr int32_t kOwnLevels = 16;  // of the search, and of the last tests
-constexpr uint8_t kNewline = '\n';
 
 // What is noted of a group while the records are walked.
 struct GroupShape {
@@ -39,28 +38,30 @@ class Translator {
       : state(patternState),
         walk(*patternState),
         program(reinterpret_cast<FastProgram*>(room)),
-        ops(reinterpret_cast<FastOp*>(program + 1)),
         capacity(static_cast<int32_t>(CapacityFor(walk.count))),
-        tables(reinterpret_cast<uint8_t*>(ops + capacity)),
         next(reinterpret_cast<NextBytes*>(AlignedBelow(roomEnd)) - capacity),
-        shapes(reinterpret_cast<GroupShape*>(next) - (walk.count + 1)),
+        ops(reinterpret_cast<FastOp*>(next) - capacity),
+        shapes(reinterpret_cast<GroupShape*>(ops) - (walk.count + 1)),
+        places(reinterpret_cast<uint16_t*>(shapes) - capacity),
+        tables(reinterpret_cast<uint8_t*>(program + 1), reinterpret_cast<uint8_t*>(places)),
         isUtf8(patternState->characterFormat != 0) {}
 
   // The least room that a translation takes, without any table.
   static int64_t ScratchOf(const RegExpState& state) {
     const int64_t records = state.nodeCount;
     return static_cast<int64_t>(sizeof(FastProgram) + kernels::kBlock) +
-           static_cast<int64_t>(sizeof(FastOp) + sizeof(NextBytes)) * CapacityFor(records) +
+           static_cast<int64_t>(sizeof(FastOp) + sizeof(NextBytes) + sizeof(uint16_t)) *
+               CapacityFor(records) +
            static_cast<int64_t>(sizeof(GroupShape)) * (records + 1);
   }
 
   // Behind what the program keeps.
-  const uint8_t* End() const { return tables; }
+  const uint8_t* End() const { return tables.Begin(); }
 
   const FastProgram* Run() {
     // An alternative at record 0 is not noted as one.
     const bool beginsEmpty = walk.count > 0 && walk.nodes[0].op == OpAlternative;
-    if (!HasRoom(0) || FactsOf(state)->readsOpenGroups != 0 || beginsEmpty) {
+    if (FactsOf(state)->readsOpenGroups != 0 || beginsEmpty) {
       return nullptr;
     }
     FindShapes();
@@ -72,20 +73,32 @@ class Translator {
       i = Record(i);
     }
     const uint16_t entry = Entry();
-    if (!isKnown || !PassJumps() || !FindNextBytes()) {
+    Following following(walk, ops, next);
+    if (!isKnown || !PassJumps() || !following.Find(used)) {
       return nullptr;
     }
     const uint16_t first = Passed(entry);
-    MakeTables();
-    *program = {ops,
-                first,
+    Fuse(ops, used, first, following, &tables, reinterpret_cast<uint8_t*>(places));
+    const Layout layout(ops, used, places);
+    auto* const placed = tables.Take<FastOp>(layout.Count());
+    if (placed == nullptr) {
+      return nullptr;
+    }
+    layout.Write(placed);
+    const bool onlyAtStart = ops[first].code == FastCode::kAtStart;
+    *program = {placed,
+                SlotsOf(state),
+                layout.PlaceOf(first),
+                layout.PlaceOf(onlyAtStart ? ops[first].next : first),
                 isUtf8,
                 certainSlots != state->captureCount - 1,
                 next[first].atEnd,
+                onlyAtStart,
+                DirectLength(onlyAtStart),
                 2 * shapes[0].mostLevels + kOwnLevels,
-                used,
+                layout.Count(),
                 mostCost,
-                Remembers(),
+                Remembers(following),
                 emptyLoopCount,
                 {emptyLoops[0], emptyLoops[1], emptyLoops[2]},
                 {}};
@@ -94,16 +107,37 @@ class Translator {
   }
 
  private:
+  // Up to which length of a subject its beginning is tried before anything else is asked: only
+  // where one match is looked for, and no literal tells where, or where the text ends.
+  int32_t DirectLength(bool onlyAtStart) const {
+    constexpr int32_t kShortSubject = 256;  // beyond it, starts are better looked for by a plan
+    const bool isOneLiteral = walk.count == 1 && IsLiteral(walk.nodes[0]);
+    const bool findsAll = (state->compileFlags & RegExpOptionG) != 0;
+    if (isOneLiteral || findsAll || state->requiredLiteralIndex >= 0 || !AnyModeBegins()) {
+      return -1;
+    }
+    return onlyAtStart ? INT32_MAX : kShortSubject;
+  }
+
+  // Whether searching for the pattern's literals would come to the first place as well, if that
+  // matches. A leading literal is looked for even if it may be left out.
+  bool AnyModeBegins() const {
+    return state->searchMode == 0 ||
+           (state->searchMode == 1 && FactsOf(state)->firstAlternative == 0 &&
+            walk.IsCertainLiteral(0) &&
+            IsCaseless(walk.nodes[0].c) == IsCaseless(static_cast<int32_t>(state->compileFlags)));
+  }
+
   // Whether what follows a place depends on nothing that a bit does not tell.
-  bool Remembers() const {
+  bool Remembers(const Following& following) const {
     if (emptyLoopCount > kMostEmptyLoops) {
       return false;
     }
     for (int32_t i = 0; i < used; ++i) {
       const FastOp& op = ops[i];
       const bool isSub = op.code == FastCode::kLookaround || op.code == FastCode::kAtomic;
-      if (op.code == FastCode::kCopy || (isSub && Captures(op)) ||
-          (op.code == FastCode::kLoop && (op.flags & kIsCounted) != 0)) {
+      const bool isCounted = op.code == FastCode::kLoop && (op.flags & kIsCounted) != 0;
+      if (op.code == FastCode::kCopy || isCounted || (isSub && following.Captures(op))) {
         return false;
       }
     }
@@ -115,9 +149,6 @@ class Translator {
   static uint8_t* AlignedBelow(uint8_t* end) {
     return end - reinterpret_cast<uintptr_t>(end) % kernels::kBlock;
   }
-
-  // Whether a table of so many bytes more would lie before the scratch.
-  bool HasRoom(int32_t bytes) const { return reinterpret_cast<uint8_t*>(shapes) - tables >= bytes; }
 
   FastOp& Begin(int32_t index, FastCode code, int32_t following) {
     ops[index] = {};
@@ -285,16 +316,28 @@ class Translator {
       Begin(i, FastCode::kJump, behind);
       return behind;
     }
+    const int32_t letter = walk.nodes[i].a;
+    const bool isMultiLine = (OptionsOf(walk.nodes[i]) & RegExpOptionM) != 0;
     FastOp& op = Begin(i, FastCode::kAssert, behind);
-    op.letter = walk.nodes[i].a;
-    op.flags = (OptionsOf(walk.nodes[i]) & RegExpOptionM) != 0 ? kIsMultiLine : 0;
+    if (letter == 'A' || letter == 'G' || (letter == '^' && !isMultiLine)) {
+      op.code = FastCode::kAtStart;
+    } else if (letter == 'Z' || (letter == '$' && !isMultiLine)) {
+      op.code = FastCode::kAtEnd;
+    }
+    op.letter = letter;
     return behind;
   }
 
-  // Whether what the record accepts may count more or fewer bytes than it has.
+  // Whether what the record accepts may count more or fewer bytes than it has: a byte above 0x7F
+  // that is no character counts as the code point of its value, and cases may differ in length.
   static bool MayBeSkewed(const ProgramNode& node) {
-    return node.op == OpCodePoint &&
-           (node.a < NextBytes::kTable || (OptionsOf(node) & RegExpOptionI) != 0);
+    const bool isByte = node.a >= 0x80 && node.a < NextBytes::kTable;
+    return node.op == OpCodePoint && (isByte || (OptionsOf(node) & RegExpOptionI) != 0);
+  }
+
+  // Whether the record accepts one byte, or one letter's two.
+  static bool IsByte(const ProgramNode& node) {
+    return node.op == OpChar || (node.op == OpCodePoint && node.a < 0x80);
   }
 
   // The set of a record that accepts single bytes alone, or null.
@@ -328,7 +371,7 @@ class Translator {
       return Run(i, behind, *quantifier);
     }
     FastOp& op = Begin(i, FastCode::kCharacter, behind);
-    if (node.op == OpChar) {
+    if (IsByte(node)) {
       op.code = FastCode::kByte;
       SetPair(node, &op);
     } else if (node.op == OpAnyByte) {
@@ -353,11 +396,11 @@ class Translator {
     }
     const bool isLazy = quantifier.op == OpLazy;
     FastOp& op = Begin(i, FastCode::kCharacterRun, behind + 1);
-    op.run = {quantifier.a, quantifier.b, nullptr};
-    if (node.op == OpChar && isLazy) {
+    op.run = {quantifier.a, quantifier.b, {nullptr}};
+    if ((IsByte(node) || node.op == OpAnyByte) && isLazy) {
       op.code = FastCode::kLazySet;
-      op.bytes = SetOfPair(node);
-    } else if (node.op == OpChar) {
+      op.bytes = SmallSetOf(node);
+    } else if (IsByte(node)) {
       op.code = FastCode::kByteRun;
       SetPair(node, &op);
     } else if (node.op == OpAnyByte) {
@@ -372,17 +415,17 @@ class Translator {
       op.record = &node;
       op.code = isLazy ? FastCode::kLazyCharacter : op.code;
     }
-    const bool isCounted = quantifier.b != RegExpUnbounded && op.code != FastCode::kLazySet;
-    const bool isUnknown = op.code == FastCode::kAnyRun || isCounted;
-    return isLazy && (isUnknown || op.bytes == nullptr) ? Unknown() : behind + 1;
+    return isLazy && op.bytes == nullptr ? Unknown() : behind + 1;
   }
 
-  // A set of a byte in both its cases; null where it has no room.
-  const uint8_t* SetOfPair(const ProgramNode& node) {
-    FastOp op = {};
-    SetPair(node, &op);
-    uint8_t* const set = NewTable();
-    if (set != nullptr) {
+  // A set of a byte in both its cases, or of any byte; null where it has no room.
+  const uint8_t* SmallSetOf(const ProgramNode& node) {
+    auto* const set = tables.Take<uint8_t>(NextBytes::kTable);
+    if (set != nullptr && node.op == OpAnyByte) {
+      NextBytes::All(false).Mark(set, 0xFF);
+    } else if (set != nullptr) {
+      FastOp op = {};
+      SetPair(node, &op);
       set[op.pair[0]] = set[op.pair[1]] = 0xFF;
     }
     return set;
@@ -503,7 +546,7 @@ class Translator {
     const bool isCertain = uncertain == 0 && FactsOf(state)->firstAlternative == 0 &&
                            walk.QuantifierAt(end + 1) == nullptr;
     FastOp& op = Begin(end, FastCode::kClose, Behind(end));
-    op.slot = node.c;
+    op.end.slot = static_cast<uint16_t>(node.c);
     op.serial = SerialOf(node);
     op.flags = isCertain ? 0 : kIsUndone;
     certainSlots += isCertain ? 1 : 0;
@@ -601,227 +644,21 @@ class Translator {
   // Lets every operation lead to one that does something. Skipped bodies hold no operations.
   bool PassJumps() {
     for (int32_t i = 0; i < used; ++i) {
-      FastOp& op = ops[i];
-      op.next = Passed(op.next);
-      if (op.code == FastCode::kChoice) {
-        for (int32_t k = 0; k < op.ways.count; ++k) {
-          op.targets[k] = Passed(op.targets[k]);
-        }
-      } else if (op.code == FastCode::kLoop) {
-        op.loop.again = Passed(op.loop.again);
-        op.loop.againOrExit = Passed(op.loop.againOrExit);
-        op.loop.exit = Passed(op.loop.exit);
-      } else if (op.code == FastCode::kLookaround || op.code == FastCode::kAtomic) {
-        op.targets[0] = Passed(op.targets[0]);
-      }
+      ForEachTarget(ops + i, [this](uint16_t* target) { *target = Passed(*target); });
     }
     return true;
-  }
-
-  // ---- The bytes that can come next.
-
-  bool FindNextBytes() {
-    for (int32_t i = 0; i < used; ++i) {
-      next[i] = NextBytes::None();
-    }
-    for (int32_t round = 0; round < kMostRounds; ++round) {
-      bool changed = false;
-      for (int32_t i = used - 1; i >= 0; --i) {
-        const NextBytes found = NextBytesOf(ops[i]);
-        changed = changed || !(found == next[i]);
-        next[i] = found;
-      }
-      if (!changed) {
-        return true;
-      }
-    }
-    return false;
-  }
-
-  NextBytes NextBytesOf(const FastOp& op) const {
-    NextBytes result = NextBytes::None();
-    switch (op.code) {
-      case FastCode::kJump:
-        return result;
-      case FastCode::kAccept:
-        return NextBytes::All(true);
-      case FastCode::kChoice:
-        for (int32_t k = 0; k < op.ways.count; ++k) {
-          result.Add(next[op.targets[k]]);
-        }
-        return result;
-      case FastCode::kLoop:
-        result = next[op.loop.againOrExit];
-        result.Add(next[op.loop.exit]);
-        if (op.loop.again != 0) {
-          result.Add(next[op.loop.again]);
-        }
-        return result;
-      case FastCode::kAtomic:
-        return Captures(op) ? NextBytes::All(true) : next[op.targets[0]];
-      case FastCode::kSubEnd:
-        return NextBytes::All(true);
-      case FastCode::kAssert:
-        return AtAssertion(op);
-      case FastCode::kOpen:
-      case FastCode::kClose:
-      case FastCode::kEnterLoop:
-        return next[op.next];
-      case FastCode::kLookaround:
-        return Captures(op) ? NextBytes::All(true) : next[op.next];
-      default:
-        break;
-    }
-    result = BytesOf(op);
-    if (op.code >= FastCode::kByteRun && op.run.minimum == 0) {
-      result.Add(next[op.next]);
-    }
-    return result;
-  }
-
-  // Whether groups in a sub-program capture: that stays even where what follows fails, so that no
-  // way there is passed over.
-  bool Captures(const FastOp& opening) const {
-    const auto first = static_cast<int32_t>(&opening - ops);
-    for (int32_t i = first; i < walk.GroupEnd(first); ++i) {
-      if (walk.nodes[i].op == OpCapture) {
-        return true;
-      }
-    }
-    return false;
-  }
-
-  NextBytes AtAssertion(const FastOp& op) const {
-    NextBytes result = next[op.next];
-    if (op.letter == 'z' || op.letter == 'Z' || op.letter == '$') {
-      NextBytes ends = NextBytes::None();
-      ends.atEnd = true;
-      if (op.letter != 'z') {
-        ends.AddByte(kNewline);
-      }
-      result.Keep(ends);
-    }
-    return result;
-  }
-
-  // The bytes that an operation's own characters begin with.
-  NextBytes BytesOf(const FastOp& op) const {
-    NextBytes result = NextBytes::None();
-    switch (op.code) {
-      case FastCode::kByte:
-      case FastCode::kByteRun:
-        result.AddByte(op.pair[0]);
-        result.AddByte(op.pair[1]);
-        break;
-      case FastCode::kBytes:
-        result.AddByte(op.bytes[0]);
-        break;
-      case FastCode::kCaselessBytes:
-        result.AddByte(op.bytes[0]);
-        if (IsAsciiLetter(op.bytes[0])) {
-          result.AddByte(static_cast<uint8_t>(op.bytes[0] ^ 0x20));
-        }
-        break;
-      case FastCode::kSet:
-      case FastCode::kSetRun:
-      case FastCode::kLazySet:
-        result.AddMembers(op.bytes);
-        break;
-      case FastCode::kOpenSet:
-      case FastCode::kOpenSetRun:
-      case FastCode::kLazyOpenSet:
-        result.AddMembers(op.bytes);
-        result.AddHigh();
-        break;
-      case FastCode::kCharacter:
-      case FastCode::kCharacterRun:
-      case FastCode::kLazyCharacter:
-        AddCharacters(*op.record, &result);
-        break;
-      default:
-        return NextBytes::All(false);
-    }
-    return result;
-  }
-
-  static void AddCharacters(const ProgramNode& node, NextBytes* result) {
-    result->AddHigh();
-    if (node.op == OpCharType || node.op == OpClass) {
-      const CharacterSet* const set = SetOf(node);
-      if (set != nullptr) {  // or nothing would have been translated
-        result->AddMembers(set->member);
-      }
-      return;
-    }
-    for (int32_t value = 0; value < 0x80; ++value) {
-      const bool isMember = node.op == OpCategory ? InCategorySet(value, CategoriesOf(node))
-                                                  : MatchPropertyItem(value, &node, 0) >= 0;
-      if (isMember) {
-        result->AddByte(static_cast<uint8_t>(value));
-      }
-    }
-  }
-
-  // ---- Tables.
-
-  uint8_t* NewTable() {
-    if (!HasRoom(NextBytes::kTable)) {
-      return nullptr;
-    }
-    uint8_t* const table = tables;
-    tables += NextBytes::kTable;
-    for (int32_t i = 0; i < NextBytes::kTable; i += kernels::kBlock) {
-      kernels::StoreAny(table + i, kernels::ZeroBlock());
-    }
-    return table;
-  }
-
-  void MakeTables() {
-    for (int32_t i = 0; i < used; ++i) {
-      FastOp& op = ops[i];
-      if (op.code == FastCode::kChoice) {
-        MakeWays(&op);
-      } else if (op.code >= FastCode::kByteRun && op.code <= FastCode::kLazyCharacter) {
-        MakeFollow(&op);
-      }
-    }
-  }
-
-  // Without a table every way is tried.
-  void MakeWays(FastOp* op) {
-    uint8_t* const table = NewTable();
-    op->waysOf = table;
-    for (int32_t k = 0; k < op->ways.count; ++k) {
-      const NextBytes& bytes = next[op->targets[k]];
-      const auto bit = static_cast<uint8_t>(1U << k);
-      op->ways.atEnd = static_cast<uint8_t>(op->ways.atEnd | (bytes.atEnd ? bit : 0));
-      if (table != nullptr) {
-        bytes.Mark(table, bit);
-      }
-    }
-  }
-
-  void MakeFollow(FastOp* op) {
-    const NextBytes& following = next[op->next];
-    const bool isLast = ops[op->next].code == FastCode::kAccept;  // which never fails
-    const bool isDisjoint = isLast || !BytesOf(*op).Meets(following);
-    op->flags = static_cast<uint8_t>((following.atEnd ? kFollowsAtEnd : 0) |
-                                     (isDisjoint ? kGivesNothingBack : 0));
-    uint8_t* const table = following.IsAll() ? nullptr : NewTable();
-    op->run.follow = table;
-    if (table != nullptr) {
-      following.Mark(table, 0xFF);
-    }
   }
 
   RegExpState* state;
   ProgramWalk walk;
   FastProgram* program;
-  FastOp* ops;
   const int32_t capacity;
-  uint8_t* tables;     // the next one
-  NextBytes* next;     // scratch, for each operation
-  GroupShape* shapes;  // scratch, for each group
+  // Scratch for each operation, for each group, and again for each operation.
+  NextBytes* next;
+  FastOp* ops;
+  GroupShape* shapes;
+  uint16_t* places;
+  TableRoom tables;
   const bool isUtf8;
   int32_t used = 0;
   bool isKnown = true;

@@ -22,11 +22,12 @@ bool FindsAll(const RegExpState& state) { return (state.compileFlags & RegExpOpt
 vekStatus ReportOne(RegExpState* state, RegExpFindResult* results, int32_t* count) {
   const RegExpFindResult* const slots = SlotsOf(state);
   const int32_t captures = state->captureCount;
-  *count = *count < captures ? *count : captures;
-  for (int32_t slot = 0; slot < *count; ++slot) {
+  const int32_t reported = *count < captures ? *count : captures;
+  *count = reported;
+  for (int32_t slot = 0; slot < reported; ++slot) {
     results[slot] = slots[slot];
   }
-  return *count < captures ? StatusRegExpResultsTruncated : StatusNoError;
+  return reported < captures ? StatusRegExpResultsTruncated : StatusNoError;
 }
 
 class Driver {
@@ -186,9 +187,10 @@ class Driver {
 constexpr int32_t kShortSubject = 256;  // beyond it, starts are better looked for by a plan
 
 // The first match in a short text by the fast program alone: setting up the driver and the exact
-// matcher would take longer than the search. kGivesUp where they are needed.
+// matcher would take longer than the search. kGivesUp where they are needed. The place `tried` is
+// known to fail.
 FastResult FindDirectly(const uint8_t* subject, int32_t length, const Stretch& stretch,
-                        RegExpState* state) {
+                        RegExpState* state, const uint8_t* tried) {
   const FastProgram* const program = FastProgramOf(state);
   if (program == nullptr || stretch.length > kShortSubject ||
       program->isUtf8 != (state->characterFormat != 0)) {
@@ -203,14 +205,14 @@ FastResult FindDirectly(const uint8_t* subject, int32_t length, const Stretch& s
     return FastResult::kGivesUp;
   }
   VEKCH_TAKEN("direct");
-  if (rule.way == StartRule::kFirst) {
-    return MatchFast(&call, begin, end);
+  // A field often matches where it begins: only then is a prefilter asked.
+  FastResult result = begin == tried ? FastResult::kFail : MatchFast(&call, begin, end);
+  if (result != FastResult::kFail || rule.way == StartRule::kFirst) {
+    return result;
   }
   if (rule.way == StartRule::kEveryCharacter && rule.plan == nullptr) {
     return FindFast(&call, begin, end);
   }
-  // A field often matches where it begins: only then is a prefilter asked.
-  FastResult result = MatchFast(&call, begin, end);
   StartPositions starts(state, rule, {subject, begin, end, program->isUtf8});
   const uint8_t* at = begin;
   while (result == FastResult::kFail && (at = starts.After(at, true)) != nullptr) {
@@ -242,13 +244,10 @@ vekStatus FindOneLoneLiteral(const Stretch& text, const RegExpState& state,
   return Driver(subject, length, stretch, state, report, results, count).Run();
 }
 
-}  // namespace
-
-vekStatus Search(const uint8_t* subject, int32_t length, RegExpState* state, Report report,
-                 RegExpFindResult* results, int32_t* count) {
-  if (state->regExpTag != RegExpTag) {
-    return StatusRegExpError;
-  }
+// All that is not decided where the subject begins; `tried` is its first place if that fails.
+[[gnu::noinline]] vekStatus SearchOn(const uint8_t* subject, int32_t length, RegExpState* state,
+                                     Report report, RegExpFindResult* results, int32_t* count,
+                                     const uint8_t* tried) {
   Stretch stretch = {subject, length};
   if (IsLoneLiteral(*state)) {
     return FindsAll(*state) ? Drive(subject, length, stretch, state, report, results, count)
@@ -269,7 +268,8 @@ vekStatus Search(const uint8_t* subject, int32_t length, RegExpState* state, Rep
     VEKCH_TAKEN("prefix literal");
     stretch = FromFirstLiteral(stretch, *state);
   }
-  switch (FindsAll(*state) ? FastResult::kGivesUp : FindDirectly(subject, length, stretch, state)) {
+  switch (FindsAll(*state) ? FastResult::kGivesUp
+                           : FindDirectly(subject, length, stretch, state, tried)) {
     case FastResult::kMatch:
       return ReportOne(state, results, count);
     case FastResult::kFail:
@@ -282,6 +282,32 @@ vekStatus Search(const uint8_t* subject, int32_t length, RegExpState* state, Rep
       break;
   }
   return Drive(subject, length, stretch, state, report, results, count);
+}
+
+}  // namespace
+
+vekStatus Search(const uint8_t* subject, int32_t length, RegExpState* state, Report report,
+                 RegExpFindResult* results, int32_t* count) {
+  if (state->regExpTag != RegExpTag) {
+    return StatusRegExpError;
+  }
+  // A field often matches where it begins, or nowhere.
+  const FastProgram* const program = FastProgramOf(state);
+  const uint8_t* tried = nullptr;
+  if (program != nullptr && length <= program->directLength &&
+      program->isUtf8 == (state->characterFormat != 0)) {
+    VEKCH_TAKEN("first position");
+    const FastResult result = MatchFirst(*program, state, subject, length);
+    if (result == FastResult::kMatch) {
+      return ReportOne(state, results, count);
+    }
+    if (result == FastResult::kFail && program->onlyAtStart) {
+      *count = 0;
+      return StatusNoError;
+    }
+    tried = result == FastResult::kFail ? subject : nullptr;
+  }
+  return SearchOn(subject, length, state, report, results, count, tried);
 }
 
 }  // namespace vekch::regexp
