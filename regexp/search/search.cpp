@@ -244,10 +244,57 @@ vekStatus FindOneLoneLiteral(const Stretch& text, const RegExpState& state,
   return Driver(subject, length, stretch, state, report, results, count).Run();
 }
 
-// All that is not decided where the subject begins; `tried` is its first place if that fails.
-[[gnu::noinline]] vekStatus SearchOn(const uint8_t* subject, int32_t length, RegExpState* state,
-                                     Report report, RegExpFindResult* results, int32_t* count,
-                                     const uint8_t* tried) {
+// A search for one match in a stretch, by the fast program alone where it can be. The position
+// `tried` is known to fail.
+VEK_INLINE vekStatus FindOneIn(const Stretch& stretch, const uint8_t* subject, int32_t length,
+                               RegExpState* state, RegExpFindResult* results, int32_t* count,
+                               const uint8_t* tried) {
+  switch (FindDirectly(subject, length, stretch, state, tried)) {
+    case FastResult::kMatch:
+      return ReportOne(state, results, count);
+    case FastResult::kFail:
+      *count = 0;
+      return StatusNoError;
+    case FastResult::kExhausted:
+      *count = 0;
+      return StatusRegExpMatchLimit;
+    case FastResult::kGivesUp:
+      break;
+  }
+  return Drive(subject, length, stretch, state, Report::kFind, results, count);
+}
+
+// The first match where no literal but a leading one tells anything. A field often matches where it
+// begins, or nowhere.
+[[gnu::noinline]] vekStatus FindAtBeginningOrOn(const FastProgram& program, const uint8_t* subject,
+                                                int32_t length, RegExpState* state,
+                                                RegExpFindResult* results, int32_t* count) {
+  VEKCH_TAKEN("first position");
+  const FastResult result = MatchFirst(program, state, subject, length);
+  if (result == FastResult::kMatch) {
+    return ReportOne(state, results, count);
+  }
+  if (result == FastResult::kFail && program.onlyAtStart) {
+    *count = 0;
+    return StatusNoError;
+  }
+  const Stretch text = {subject, length};
+  return FindOneIn(BeginsWithLiteral(*state) ? FromFirstLiteral(text, *state) : text, subject,
+                   length, state, results, count, result == FastResult::kFail ? subject : nullptr);
+}
+
+}  // namespace
+
+vekStatus Search(const uint8_t* subject, int32_t length, RegExpState* state, Report report,
+                 RegExpFindResult* results, int32_t* count) {
+  if (state->regExpTag != RegExpTag) {
+    return StatusRegExpError;
+  }
+  const FastProgram* const program = FastProgramOf(state);
+  if (program != nullptr && length <= program->directLength &&
+      program->isUtf8 == (state->characterFormat != 0)) {
+    return FindAtBeginningOrOn(*program, subject, length, state, results, count);
+  }
   Stretch stretch = {subject, length};
   if (IsLoneLiteral(*state)) {
     return FindsAll(*state) ? Drive(subject, length, stretch, state, report, results, count)
@@ -268,46 +315,8 @@ vekStatus FindOneLoneLiteral(const Stretch& text, const RegExpState& state,
     VEKCH_TAKEN("prefix literal");
     stretch = FromFirstLiteral(stretch, *state);
   }
-  switch (FindsAll(*state) ? FastResult::kGivesUp
-                           : FindDirectly(subject, length, stretch, state, tried)) {
-    case FastResult::kMatch:
-      return ReportOne(state, results, count);
-    case FastResult::kFail:
-      *count = 0;
-      return StatusNoError;
-    case FastResult::kExhausted:
-      *count = 0;
-      return StatusRegExpMatchLimit;
-    case FastResult::kGivesUp:
-      break;
-  }
-  return Drive(subject, length, stretch, state, report, results, count);
-}
-
-}  // namespace
-
-vekStatus Search(const uint8_t* subject, int32_t length, RegExpState* state, Report report,
-                 RegExpFindResult* results, int32_t* count) {
-  if (state->regExpTag != RegExpTag) {
-    return StatusRegExpError;
-  }
-  // A field often matches where it begins, or nowhere.
-  const FastProgram* const program = FastProgramOf(state);
-  const uint8_t* tried = nullptr;
-  if (program != nullptr && length <= program->directLength &&
-      program->isUtf8 == (state->characterFormat != 0)) {
-    VEKCH_TAKEN("first position");
-    const FastResult result = MatchFirst(*program, state, subject, length);
-    if (result == FastResult::kMatch) {
-      return ReportOne(state, results, count);
-    }
-    if (result == FastResult::kFail && program->onlyAtStart) {
-      *count = 0;
-      return StatusNoError;
-    }
-    tried = result == FastResult::kFail ? subject : nullptr;
-  }
-  return SearchOn(subject, length, state, report, results, count, tried);
+  return FindsAll(*state) ? Drive(subject, length, stretch, state, report, results, count)
+                          : FindOneIn(stretch, subject, length, state, results, count, nullptr);
 }
 
 }  // namespace vekch::regexp
