@@ -209,6 +209,21 @@ TEST(FastMatcherTest, AnswersLikeTheExactOne) {
 
 // ---- What it gives up.
 
+TEST(FastMatcherTest, RunsAlone) {
+  const auto isAlone = [](const char* pattern) {
+    const PatternObject object(pattern);
+    return Translated(object)->loneRun != nullptr;
+  };
+  for (const char* pattern : {"\\w+", "[abx]{2,}", "\\S+", "[ab]", "\\pL+", "[a-z]+$", "\\pL+\\Z",
+                              "(\\w+)$", "(\\pL+)"}) {
+    EXPECT_TRUE(isAlone(pattern)) << pattern;
+  }
+  for (const char* pattern : {"\\w*", "\\w+?", "\\w{1,9}", "\\pL{2,}", "\\s+$", "\\w+\\b", "\\w+,",
+                              "(a){0}\\w+", "(\\w)+", "(\\w+)?"}) {
+    EXPECT_FALSE(isAlone(pattern)) << pattern;
+  }
+}
+
 TEST(FastMatcherTest, GivesUpWhereTheDepthCouldRunOut) {
   const PatternObject object("(?:ab)*c");
   const FastProgram* const program = Translated(object);

@@ -586,8 +586,13 @@ TEST(SearchTest, LongSubjectsLikeTheModel) {
       "abc a c [ab]c \\bab \\b[ab]+c a*bc [a-c]+b \\w+c (\\w+)a \\w+(?=b) (?<=a)b (?<=ab). "
       "abc|bca|cab abcb|cab ab|bc b|c (?:ab|b)c .*b (?:.*)c ^a ^(\\w+)b [abc]{2}- "
       "[abc]{4,}c a(b)?c \u00E9a \\pL\\w [^-]b (a|b)\\1 (?i:AB)c \\p{Lu}a \\x{E9}[ab] [ab]c[ab]c "
-      "(ab|c)+a$ \\C\\xA9b a+?- [\u00E9-]+a");
-  sought.insert(sought.end(), {"^\\S+ +b", "\\W\\w+ b"});
+      "(ab|c)+a$ \\C\\xA9b a+?- [\u00E9-]+a \\w+ [ab] \\S{2,} \\W+$ \\w+\\Z \\w{2,}\\z \\pL+$ "
+      "\\P{Lu}+ [a\u00E9]+ [\u00C0-\u00FF]a \\p{Lu}\\pL*- [\u4E00-\u9FA5]{2} \\p{Han}c? "
+      "[^\\x{E9}a]b "
+      "[ab]{0,5}c ([ab]+)$ (\\w+) ([ab]){0}\\w+ (\\w+)[-\n]c \\S+?a\\s ((?:[a-c]+))(?!\\W) "
+      "\\s[a-c]{0,9}b\\s [^-]{1,7}c\\n \\b(?:abc|[b]ca|cab)\\b \\b(?:abc|cab)\\w (abc|bcab)[ab-] "
+      "(?i:abca|bcb)c? c[^-]*?- c[^\\d]*?(?:\u00E9|-) (\\n\\W+?)[\u00E9c]");
+  sought.insert(sought.end(), {"^\\S+ +b", "\\W\\w+ b", "[^ac\\d -]+", " .*?b"});
   Author author(20261);
   const auto subject = [&] {
     std::string text;

@@ -31,10 +31,16 @@ TEST(StartPositionsTest, PrefiltersOfPatterns) {
       {"[ab]c", Plan::kPackedPair},
       {"\\w+@\\w", Plan::kInnerLiteral},
       {"\\w+[@#]", Plan::kClassWindow},
+      {"\\w{1,9}@", Plan::kInnerLiteral},
+      {"[a-z]{1,3}@", Plan::kClassWindow},
       {"[A-Z][a-z]+", Plan::kPackedPair},
+      {"\\b\\w{5}\\b", Plan::kWordStart},
+      {"\\b[A-Z]\\d", Plan::kPackedPair},
       {"[^,a-f;i-n][^,a-f;i-n]", Plan::kClassWindow},
       {"license|program", Plan::kHashedPairs},
       {"if|then", Plan::kPackedPair},
+      {"\\b(?:copy|licen[cs]e)", Plan::kHashedPairs},
+      {"(?:copy|[ls]oan)", Plan::kPackedPair},
       {"\\d?", Plan::kNoPrefilter},
       {"(a)?\\1b", Plan::kNoPrefilter},
   };
@@ -43,6 +49,20 @@ TEST(StartPositionsTest, PrefiltersOfPatterns) {
     const Plan* const plan = PlanFor(pattern.State(), kLong);
     ASSERT_NE(plan, nullptr) << test.pattern;
     EXPECT_EQ(plan->strategy, test.strategy) << test.pattern;
+  }
+}
+
+TEST(StartPositionsTest, RunsThatDecide) {
+  const auto decides = [](const char* text) {
+    const PatternObject pattern(text);
+    return PlanFor(pattern.State(), kLong)->runDecides != 0;
+  };
+  for (const char* pattern : {"(\\w+)$", "[^a]+?\\d", "\\w+@"}) {
+    EXPECT_TRUE(decides(pattern)) << pattern;
+  }
+  for (const char* pattern :
+       {"\\B\\w+$", "(\\w+)[ab]\\1", "\\w{1,9}$", "\\w{2,}$", "\\pL+$", "\\w+$|a"}) {
+    EXPECT_FALSE(decides(pattern)) << pattern;
   }
 }
 

@@ -42,6 +42,14 @@ GROUPS = {
     "Compiling patterns": ["compile"],
 }
 
+# How patterns do beside each engine: by what is searched, and beside whom.
+KINDS = {
+    "short subjects": ["search_lines", "search_fields"],
+    "long texts": ["search", "search_texts"],
+    "replacing": ["replace_pattern"],
+}
+ENGINES = {"PCRE2 JIT": "pcre2 jit", "RE2": "re2", "PCRE2 interpreter": "pcre2"}
+
 
 def size_name(size):
     for unit, name in ((1 << 20, "MiB"), (1 << 10, "KiB")):
@@ -105,6 +113,23 @@ def means(groups, held, free):
     return table_of(head, rows)
 
 
+def beside_engines(held):
+    """The mean and the worst cell of each kind, beside each engine."""
+    rows = []
+    for kind, families in KINDS.items():
+        row = [kind]
+        for peer in ENGINES.values():
+            cells = [cell for family in families for cell in held.get(family, []) if peer in cell.ratios]
+            if cells:
+                worst = min(cells, key=lambda cell: cell.ratios[peer])
+                average = mean(cell.ratios[peer] for cell in cells)
+                row.append(f"{average:.2f}; {worst.ratios[peer]:.2f} ({worst.case})")
+            else:
+                row.append("")
+        rows.append(row)
+    return table_of(["Mean; worst cell", *ENGINES], rows)
+
+
 def beside_loops(families, held):
     rows = []
     for family in families:
@@ -138,6 +163,8 @@ def measured_part(run, groups, held, free):
     lines += means(groups, held, free)
     lines += ["", "Where no one has made anything faster than a naive loop:", ""]
     lines += beside_loops([family for members in groups.values() for family in members], held)
+    lines += ["", "Patterns beside each engine, as [below](#searching-with-patterns):", ""]
+    lines += beside_engines(held)
     lines += ["", *(f"- {line[0].upper()}{line[1:]}" for line in run.machine), ""]
     lines += ["Every cell: [performance-tables.md](performance-tables.md).", "", "## In pictures", ""]
     lines += ["A point is a case at a size, the heavy line the mean beside the C library held to SSE2, the dashed"]

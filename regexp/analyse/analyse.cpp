@@ -5,6 +5,7 @@
 //   LinkGroups    alternatives and ends of groups
 //   NoteOptions   the options in force, and the sets that depend on them
 //   MostDepth     how deep a match can get
+//   NoteRarest    what of a literal to look for first
 //
 // The program's records stay what they are: the passes write notes, entries of groups and facts.
 
@@ -13,6 +14,7 @@
 #include "regexp/analyse/levels.h"
 #include "regexp/characters/character_set.h"
 #include "regexp/characters/properties.h"
+#include "regexp/characters/rarest_bytes.h"
 #include "regexp/object/program_walk.h"
 #include "regexp/object/record_notes.h"
 
@@ -34,9 +36,18 @@ class Analysis {
     LinkGroups();
     NoteOptions();
     facts->mostDepth = MostDepth();
+    NoteRarest();
   }
 
  private:
+  void NoteRarest() const {
+    if (count > 0 && IsLiteral(nodes[0]) && IsCaseless(nodes[0].c)) {
+      const RarestBytes rarest((Literal(nodes[0])));
+      facts->rarest[0] = rarest.first;
+      facts->rarest[1] = rarest.second;
+    }
+  }
+
   // ---- Groups, their alternatives and their ends, and whether one is referred to while it is
   // open.
 

@@ -5,6 +5,7 @@
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/character_set.h"
 #include "regexp/characters/properties.h"
+#include "regexp/characters/wide_bytes.h"
 
 namespace vekch::regexp {
 namespace {
@@ -37,7 +38,7 @@ class FilterMaker {
       bit = static_cast<uint8_t>(1U << window);
       isLast = window == kMostWindow - 1 || mayBeWithin;
       if (mayBeWithin) {
-        AddAll(0x80, 256);
+        AddWithin();
       }
       if (!Close() || ends || isUnknown) {
         break;
@@ -269,28 +270,46 @@ class FilterMaker {
           isUnknown = true;
           return;
         }
-        AddSet(*set);
+        AddSet(node, *set);
         return;
       }
+      case OpGrapheme:  // what belongs to one may begin with any byte that no character is
+        AddAll(0, 256);
+        within = WideBytes::All();
+        isGrapheme = mayBeWithin = true;
+        return;
       default:
-        AddAll(0x80, 256);
-        for (int32_t value = 0; value < 0x80; ++value) {
-          if (AcceptsAscii(value, node)) {
+        for (int32_t value = 0; value < 256; ++value) {
+          if (Accepts(value, node)) {
             filter[value] |= bit;
           }
         }
-        mayBeWithin = true;
+        AddWide(WideBytesOf(node));
         return;
     }
   }
 
-  void AddSet(const CharacterSet& set) {
+  void AddSet(const ProgramNode& node, const CharacterSet& set) {
     for (int32_t value = 0; value < 256; ++value) {
       filter[value] |= static_cast<uint8_t>(set.member[value] & bit);
     }
     if (set.wide != Wide::kOutside) {
-      AddAll(0x80, 256);
-      mayBeWithin = true;
+      AddWide(set.wide == Wide::kMixed ? WideBytesOf(node) : WideBytes::All());
+    }
+  }
+
+  void AddWide(const WideBytes& bytes) {
+    for (int32_t value = WideBytes::kLowestLead; value < 256; ++value) {
+      filter[value] |= bytes.HasLead(value) ? bit : uint8_t{0};
+    }
+    within.seconds |= bytes.seconds;
+    mayBeWithin = true;
+  }
+
+  // The bytes after the first of the characters that may have begun there.
+  void AddWithin() {
+    for (int32_t value = 0x80; value < 256; ++value) {
+      filter[value] |= isGrapheme || within.HasSecond(value) ? bit : uint8_t{0};
     }
   }
 
@@ -300,17 +319,12 @@ class FilterMaker {
     }
   }
 
-  static bool AcceptsAscii(int32_t value, const ProgramNode& node) {
-    switch (node.op) {
-      case OpGrapheme:
-        return true;
-      case OpCategory:
-        return InCategorySet(value, CategoriesOf(node));
-      case OpCodePoint:
-        return MatchPropertyItem(value, &node, OptionsOf(node) & RegExpOptionI) >= 0;
-      default:
-        return MatchPropertyItem(value, &node, 0) >= 0;
+  static bool Accepts(int32_t value, const ProgramNode& node) {
+    if (node.op == OpCategory) {
+      return InCategorySet(value, CategoriesOf(node));
     }
+    const bool caseless = node.op == OpCodePoint && IsCaseless(OptionsOf(node));
+    return MatchPropertyItem(value, &node, caseless ? 1 : 0) >= 0;
   }
 
   const ProgramWalk& walk;
@@ -326,7 +340,9 @@ class FilterMaker {
   bool isUnknown = false;    // anything can follow here
   bool isLast = false;       // no further byte is asked for
   bool mayBeWithin = false;  // the byte may be within a character
+  bool isGrapheme = false;   // or of a further character that belongs to it
   bool passesLookaround = false;
+  WideBytes within = {0, 0};  // of characters that may have begun at the place before
 };
 
 }  // namespace

@@ -3,8 +3,10 @@
 
 #include "regexp/analyse/first_bytes.h"
 #include "regexp/analyse/levels.h"
+#include "regexp/characters/byte_ranges.h"
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/character_set.h"
+#include "regexp/characters/wide_bytes.h"
 #include "regexp/object/program_walk.h"
 #include "strings/kernels/block.h"
 #include "strings/kernels/clear_words.h"
@@ -18,6 +20,16 @@ constexpr uint8_t kNewline = '\n';
 constexpr int32_t kLongSubject = 128;  // for which a plan pays at once
 constexpr int32_t kManySearches = 4;
 
+// How often a byte above 0x7F occurs in a thousand of a text whose alphabet takes it: most lead
+// bytes of everyday characters make up a large part of what they begin, and the others are spread
+// evenly.
+constexpr int32_t WeightAboveAscii(int32_t value) {
+  constexpr int32_t kContinuation = 8;
+  constexpr int32_t kLeadOfTwo = 250;
+  constexpr int32_t kLeadOfThree = 60;
+  return value < 0xC0 ? kContinuation : value < 0xE0 ? kLeadOfTwo : value < 0xF0 ? kLeadOfThree : 1;
+}
+
 // How often the bytes up to a value occur in texts, in about a thousand bytes.
 struct Weights {
   int32_t upTo[256];
@@ -27,7 +39,10 @@ struct Weights {
     for (int32_t value = 0; value < 256; ++value) {
       const int32_t commonness = kernels::kCommonness.of[value];
       // The commonest byte but for its special rank has 78; frequencies fall as ranks rise.
-      sum += commonness == 0 ? 1 : commonness == 255 ? 10 : 400 / (84 - commonness);
+      sum += value >= 0x80       ? WeightAboveAscii(value)
+             : commonness == 0   ? 1
+             : commonness == 255 ? 10
+                                 : 400 / (84 - commonness);
       upTo[value] = sum;
     }
   }
@@ -39,6 +54,7 @@ struct Weights {
 constexpr Weights kWeights;
 constexpr int32_t kEverySecond = 500;
 constexpr int32_t kRarePair = 60;  // of a thousand places
+constexpr int32_t kLeastWord = 3;
 constexpr int32_t kFewRanges = 2;  // which are tested faster than a window
 
 int32_t Plus(int64_t a, int64_t b) {
@@ -66,6 +82,10 @@ class PlanMaker {
     }
     UseFilter();
     plan->isAtWordStart = isSingle && BeginsWord();
+    if (plan->isAtWordStart != 0 && !isRarePair) {
+      plan->strategy = SearchPlan::kWordStart;
+    }
+    plan->runDecides = isSingle && plan->window != 0 && BeginsWithRun();
   }
 
  private:
@@ -121,17 +141,21 @@ class PlanMaker {
     return true;
   }
 
-  // Sets and literals one behind the other, at least one of them repeated without end: the rarest
-  // literal behind it ends a run of the bytes that may stand before it.
+  // Sets and literals one behind the other, at least one of them repeated without end or of much
+  // varying length: the rarest literal behind it ends a run of the bytes that may stand before it.
   bool UseRun() {
+    constexpr int32_t kMuch = 4;
     int32_t passes = 0;
     int32_t least = 0;
+    int32_t most = 0;
     int32_t sets = 0;
-    bool isEndless = false;
+    const auto isSimple = [&] {
+      return isExact && sets == 1 && least <= 1 && most == INT32_MAX && passes == 2;
+    };
     int32_t i = walk.SkipPassed(0, &passes);
     for (; i < walk.count; i = walk.SkipPassed(i, &passes)) {
-      if (isEndless && IsExactLiteral(i)) {
-        ConsiderLiteral(i, least, passes, isExact && sets == 1 && least <= 1 && passes == 2);
+      if (most - least >= kMuch && IsExactLiteral(i)) {
+        ConsiderLiteral(i, {least, most, passes}, isSimple());
       }
       const int32_t width = AddToRun(walk.nodes[i]);
       if (width == 0) {
@@ -141,20 +165,37 @@ class PlanMaker {
       const ProgramNode* const quantifier = walk.QuantifierAt(behind);
       least =
           quantifier == nullptr ? Plus(least, width) : Plus(least, int64_t{quantifier->a} * width);
-      isEndless = isEndless || (quantifier != nullptr && quantifier->b == RegExpUnbounded);
+      most = Plus(most, quantifier == nullptr ? MostWidth(walk.nodes[i], width)
+                        : quantifier->b == RegExpUnbounded
+                            ? INT32_MAX
+                            : int64_t{quantifier->b} * MostWidth(walk.nodes[i], width));
       ++sets;
       passes += 2;
       i = quantifier == nullptr ? behind : behind + 1;
     }
-    if (isEndless && i < walk.count && walk.nodes[i].op == OpLookahead &&
+    if (most == INT32_MAX && i < walk.count && walk.nodes[i].op == OpLookahead &&
         !walk.HasAlternatives(i) && IsExactLiteral(i + 1)) {
-      ConsiderLiteral(i + 1, least, passes + 2, isExact && sets == 1 && least <= 1 && passes == 2);
+      const bool simple = isSimple();
+      ConsiderLiteral(i + 1, {least, most, passes + 2}, simple);
     }
     return plan->strategy == SearchPlan::kInnerLiteral;
   }
 
+  // Bytes that the atom of a run takes at most.
+  int32_t MostWidth(const ProgramNode& atom, int32_t least) const {
+    const bool isWide = HasSet(atom) && SetOf(atom)->wide != Wide::kOutside;
+    return isWide ? WideBytes::kLongest : least;
+  }
+
+  // How a literal lies behind a run.
+  struct RunDistance {
+    int32_t least;
+    int32_t most;
+    int32_t passes;
+  };
+
   // Takes the literal if it is the first one, or rarer by far, in a run that ends with the line.
-  void ConsiderLiteral(int32_t index, int32_t least, int32_t passes, bool isSimple) {
+  void ConsiderLiteral(int32_t index, const RunDistance& distance, bool isSimple) {
     const int32_t weight = RarestOf(walk.nodes[index]);
     const bool isFirst = plan->strategy != SearchPlan::kInnerLiteral;
     if (!isFirst && (weight * 2 >= literalWeight || work[kNewline] != 0)) {
@@ -162,13 +203,14 @@ class PlanMaker {
     }
     literalWeight = weight;
     plan->literal = index;
-    plan->distance = least;
+    plan->distance = distance.least;
+    plan->reach = distance.most;
     for (int32_t value = 0; value < 256; ++value) {
       plan->bytes[value] = work[value];
     }
     const uint8_t first = Literal(walk.nodes[index]).bytes[0];
     plan->runDecides = isSimple && work[first] == 0 && !LooksBack(index);
-    Use(SearchPlan::kInnerLiteral, passes + kSlackLevels);
+    Use(SearchPlan::kInnerLiteral, distance.passes + kSlackLevels);
   }
 
   static int32_t RarestOf(const ProgramNode& node) {
@@ -215,29 +257,78 @@ class PlanMaker {
     return false;
   }
 
-  // The pattern is alternatives of literals, of three bytes or more.
+  // Alternatives begin with literals of three bytes or more.
   bool UseWords() {
-    if (state->searchMode != 2) {
-      return false;
-    }
-    int32_t shortest = kMostWindow + 1;
-    for (int32_t i = 0; i < walk.count; i += 2) {
-      const int32_t length = Literal(walk.nodes[i]).length;
-      shortest = length < shortest ? length : shortest;
-    }
-    if (shortest < 3) {
+    int32_t passes = 0;
+    const int32_t shortest = ShortestWord(&passes);
+    if (shortest < kLeastWord) {
       return false;
     }
     auto* const table = reinterpret_cast<uint8_t*>(plan + 1);
     kernels::ClearWords(table, kPairHashes / 8);
-    for (int32_t i = 0; i < walk.count; i += 2) {
-      const uint8_t* const bytes = Literal(walk.nodes[i]).bytes;
+    ForEachWord([&](int32_t i) {
+      const ProgramNode& node = walk.nodes[i];
+      const uint8_t* const bytes = Literal(node).bytes;
       for (int32_t k = 0; k + 1 < shortest; ++k) {
-        table[PairHash(bytes[k], bytes[k + 1])] |= static_cast<uint8_t>(1U << k);
+        AddPair(bytes[k], bytes[k + 1], IsCaseless(node.c), static_cast<uint8_t>(1U << k), table);
+      }
+    });
+    plan->window = static_cast<uint8_t>(shortest - 1);
+    return Use(SearchPlan::kHashedPairs, 2 * passes + kSlackLevels);
+  }
+
+  static void AddPair(uint8_t first, uint8_t second, bool caseless, uint8_t mark, uint8_t* table) {
+    const uint8_t firsts[2] = {first, OtherCase(first, caseless)};
+    const uint8_t seconds[2] = {second, OtherCase(second, caseless)};
+    for (const uint8_t a : firsts) {
+      for (const uint8_t b : seconds) {
+        table[PairHash(a, b)] |= mark;
       }
     }
-    plan->window = static_cast<uint8_t>(shortest - 1);
-    return Use(SearchPlan::kHashedPairs, kSlackLevels);
+  }
+
+  // Calls `use` with the records that alternatives begin with: of the whole pattern where it is
+  // nothing else, or of a group that every match begins with.
+  template <class Use>
+  void ForEachWord(Use use) const {
+    int32_t passes = 0;
+    const int32_t group = walk.SkipPassed(0, &passes);
+    int32_t next = FactsOf(state)->firstAlternative;
+    if (next == 0 && group < walk.count && IsOpening(walk.nodes[group])) {
+      next = FirstAlternativeOf(walk.nodes[group]);
+      use(group + 1);
+    } else {
+      use(0);
+    }
+    for (; next != 0; next = AlternativeNoteOf(walk.nodes[next]).next) {
+      use(next + 1);
+    }
+  }
+
+  // The least length of these literals, or how many bytes of each are looked at; 0 where they are
+  // no literals, or no alternatives.
+  int32_t ShortestWord(int32_t* passes) const {
+    const int32_t group = walk.SkipPassed(0, passes);
+    *passes += 2;
+    const bool isGroup = FactsOf(state)->firstAlternative == 0 && group < walk.count &&
+                         IsPlainGroup(walk.nodes[group]) && walk.HasAlternatives(group) &&
+                         walk.QuantifierAt(walk.GroupEnd(group) + 1) == nullptr;
+    if (!isGroup && FactsOf(state)->firstAlternative == 0) {
+      return 0;
+    }
+    int32_t shortest = kMostWindow + 1;
+    ForEachWord([&](int32_t i) {
+      const int32_t length =
+          i < walk.count && walk.IsCertainLiteral(i) && walk.QuantifierAt(i + 1) == nullptr
+              ? Literal(walk.nodes[i]).length
+              : 0;
+      shortest = length < shortest ? length : shortest;
+    });
+    return shortest;
+  }
+
+  static bool IsPlainGroup(const ProgramNode& node) {
+    return node.op == OpCapture || node.op == OpGroup || node.op == OpOptionGroup;
   }
 
   void UseFilter() {
@@ -256,8 +347,8 @@ class PlanMaker {
     kernels::BytePair& pair = plan->pair;
     int32_t best[2] = {kEverySecond, kEverySecond};
     for (int32_t place = 0; place < plan->window; ++place) {
-      kernels::PairRanges ranges;
-      const int32_t count = RangesAt(place, &ranges);
+      kernels::Ranges ranges;
+      const int32_t count = RangesOf(plan->bytes, static_cast<uint8_t>(1U << place), &ranges);
       const int32_t weight = count == 0 ? kEverySecond : WeightOf(ranges, count);
       const int32_t worse = best[0] > best[1] ? 0 : 1;
       if (weight < best[worse]) {
@@ -274,51 +365,33 @@ class PlanMaker {
       }
     }
     const bool isKnown = best[0] < kEverySecond || best[1] < kEverySecond;
-    const bool isRare = best[0] * best[1] < kRarePair * kEverySecond;
-    if (isKnown && (isRare || pair.rangeCount <= kFewRanges)) {
+    isRarePair = isKnown && best[0] * best[1] < kRarePair * kEverySecond;
+    if (isRarePair || (isKnown && pair.rangeCount <= kFewRanges)) {
       plan->strategy = SearchPlan::kPackedPair;
     }
   }
 
-  // The ranges of bytes that may stand at a place: 1, 2 or 4 of them, 0 for more.
-  int32_t RangesAt(int32_t place, kernels::PairRanges* ranges) const {
-    const kernels::Block bit = kernels::Splat(static_cast<uint8_t>(1U << place));
-    int32_t count = 0;
-    uint32_t previous = 0;  // whether the byte below the current 16 is a member
-    bool isOpen = false;
-    for (int32_t base = 0; base < 256; base += kernels::kBlock) {
-      const kernels::Block members = kernels::LoadAny(plan->bytes + base) & bit;
-      const uint32_t bits = kernels::LaneBits(members == bit);
-      for (uint32_t changes = bits ^ ((bits << 1 | previous) & 0xFFFFU); changes != 0;
-           changes &= changes - 1) {
-        const int32_t value = base + kernels::LowestBit(changes);
-        if (isOpen) {
-          ranges->highest[count++] = static_cast<uint8_t>(value - 1);
-        } else if (count == kernels::kMostPairRanges) {
-          return 0;
-        } else {
-          ranges->lowest[count] = static_cast<uint8_t>(value);
-        }
-        isOpen = !isOpen;
-      }
-      previous = bits >> 15;
-    }
-    if (isOpen) {
-      ranges->highest[count++] = 255;
-    }
-    if (count > 0) {
-      kernels::RepeatLast(ranges, count);
-    }
-    return count == 3 ? 4 : count;
-  }
-
-  static int32_t WeightOf(const kernels::PairRanges& ranges, int32_t count) {
+  static int32_t WeightOf(const kernels::Ranges& ranges, int32_t count) {
     int32_t weight = 0;
     for (int32_t i = 0; i < count; ++i) {
       const bool isRepeated = i > 0 && ranges.lowest[i] == ranges.lowest[i - 1];
       weight += isRepeated ? 0 : kWeights.Of(ranges.lowest[i], ranges.highest[i]);
     }
     return weight < kEverySecond ? weight : kEverySecond;
+  }
+
+  // An endless run of bytes first, whose places to end at are the fewer the later it begins: where
+  // none of them leads on, none does for a start further along the run.
+  bool BeginsWithRun() const {
+    int32_t i = 0;
+    while (i < walk.count && IsPlainGroup(walk.nodes[i]) && walk.IsPassed(i)) {
+      ++i;
+    }
+    const CharacterSet* const set = i < walk.count ? walk.SetAt(i) : nullptr;
+    const ProgramNode* const quantifier =
+        set == nullptr ? nullptr : walk.QuantifierAt(walk.BehindAtom(i));
+    return quantifier != nullptr && quantifier->a == 1 && quantifier->b == RegExpUnbounded &&
+           set->wide != Wide::kMixed && !LooksBack(i);
   }
 
   // "\b" in front of a word byte.
@@ -340,6 +413,7 @@ class PlanMaker {
   SearchPlan* plan;
   uint8_t* work;  // at least 256 bytes
   int32_t literalWeight = 0;
+  bool isRarePair = false;
   bool isExact = true;  // the run's bytes are what its sets accept, no more
 };
 

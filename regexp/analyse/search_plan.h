@@ -30,7 +30,7 @@ struct alignas(8) SearchPlan {
     kPrefixLiteral,
     // A required literal inside is found first, then the run of the classes in front of it is
     // walked backwards to where a match can begin ("reverse inner": A. Gallant, Regex engine
-    // internals as a library, 2023). "\w+@\w", not "\w+[@#]".
+    // internals as a library, 2023). "\w+@\w" and "\w{1,9}@", not "\w+[@#]".
     kInnerLiteral,
     // By the classes of the first bytes, one bit for each place: forwards with few places, else
     // backwards through a window, as the bit-parallel suffix automaton does (BNDM: G. Navarro and
@@ -40,20 +40,24 @@ struct alignas(8) SearchPlan {
     // a time ("packed pair": W. Mula, SIMD-friendly algorithms for substring searching, 2016).
     // "[A-Z][a-z]+", not "[^,][^;]".
     kPackedPair,
-    // Alternatives of literals, all at once: backwards through a window of hashed pairs of bytes
-    // (L. Salmela, J. Tarhio, J. Kytojoki, Multipattern string matching with q-grams, 2006).
-    // "license|program", not "if|then".
+    // Where a word begins, 64 places at a time, and then by the classes of the first bytes.
+    // "\b\w{5}\b", not "\b[A-Z]\w" nor "\w{5}\b".
+    kWordStart,
+    // Alternatives of literals, or what begins with such, all at once: backwards through a window
+    // of hashed pairs of bytes (L. Salmela, J. Tarhio, J. Kytojoki, Multipattern string matching
+    // with q-grams, 2006). "license|program" and "\b(?:copy|licen[cs]e)", not "if|then".
     kHashedPairs,
   };
 
   Strategy strategy;
   uint8_t window;         // how many bytes are known, or pairs of bytes
   uint8_t isAtWordStart;  // no match begins behind a word byte
-  uint8_t runDecides;     // kInnerLiteral: what fails in a run's beginning fails all along the run
+  uint8_t runDecides;     // what fails in the beginning of a run fails all along the run
   int32_t depth;          // that has to be there for places to be passed over
   int32_t literal;        // kPrefixLiteral, kInnerLiteral: index of the record
   // kPrefixLiteral: from the match's start; kInnerLiteral: the least such distance
   int32_t distance;
+  int32_t reach;  // kInnerLiteral: the most such distance
   kernels::BytePair pair;
   // kClassWindow, kPackedPair: bit k for a byte that may stand at place k of a match.
   // kInnerLiteral: not 0 for a byte of the run.
@@ -61,11 +65,11 @@ struct alignas(8) SearchPlan {
 };
 
 // kHashedPairs: bit k for the hash of two bytes that may stand at the places k and k + 1 of a
-// match; a letter counts in both cases. The table follows the plan.
+// match; where case is ignored a letter is there in both. The table follows the plan.
 constexpr int32_t kPairHashes = 2048;
 
 VEK_INLINE uint32_t PairHash(uint8_t first, uint8_t second) {
-  return ((first & 0xDFU) << 4 ^ (second & 0xDFU)) & (kPairHashes - 1);
+  return (uint32_t{first} << 4 ^ second) & (kPairHashes - 1);
 }
 
 inline const uint8_t* PairTableOf(const SearchPlan& plan) {

@@ -8,10 +8,11 @@
 
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/character_set.h"
-#include "regexp/characters/properties.h"
+#include "regexp/fast/wide_length.h"
 #include "regexp/object/record_notes.h"
 #include "strings/kernels/byte_range.h"
 #include "strings/kernels/ends.h"
+#include "strings/kernels/range_set.h"
 #include "strings/kernels/taken.h"
 #include "unicode/utf8.h"
 
@@ -27,27 +28,14 @@ constexpr int32_t kSomeReturns = 64;
 constexpr int32_t kFirstReturns = 500;
 constexpr uint8_t kNewline = '\n';
 
-// Bytes of the character at `at` if the record accepts it, else 0. `at` lies before the limit.
-int32_t CharacterLength(const ProgramNode& atom, const uint8_t* at, const uint8_t* limit,
-                        bool isUtf8) {
-  if (atom.op == OpCharType || atom.op == OpClass) {
-    const CharacterSet& set = *SetOf(atom);
-    if (*at < 0x80 || !isUtf8) {
-      return set.member[*at] & 1;
-    }
-    const Utf8Character character = ReadUtf8(at, limit);
-    if (character.length == 1) {
-      return set.member[*at] & 1;
-    }
-    const bool inside = set.wide == Wide::kInside || InClass(static_cast<int32_t>(character.value),
-                                                             atom, IsCaseless(set.options));
-    return inside ? character.length : 0;
-  }
+// Bytes of the character at `at` if the record accepts it, else 0, looked up each time. `at` lies
+// before the limit.
+int32_t CharacterLength(const ProgramNode& atom, const uint8_t* at, const uint8_t* limit) {
   const Utf8Character character = ReadUtf8(at, limit);
-  const auto value = static_cast<int32_t>(character.value);
-  const bool inside = atom.op == OpCategory ? InCategorySet(value, CategoriesOf(atom))
-                                            : MatchPropertyItem(value, &atom, 0) >= 0;
-  return inside ? character.length : 0;
+  const bool isMember = character.length == 1 && HasSet(atom)
+                            ? SetOf(atom)->member[*at] != 0
+                            : AcceptsWide(atom, static_cast<int32_t>(character.value));
+  return isMember ? character.length : 0;
 }
 
 enum class FrameKind : uint8_t {
@@ -331,7 +319,9 @@ class FastMatcher {
     if (IsOpenSet(character)) {
       return *place < 0x80 ? character.bytes[*place] & 1 : ReadUtf8(place, limit).length;
     }
-    return CharacterLength(*character.record, place, limit, isUtf8);
+    auto* const set = AidAt<WideSet>(ops, character.aid);
+    return set != nullptr ? WideLength(set, place, limit)
+                          : CharacterLength(*character.record, place, limit);
   }
 
   [[gnu::noinline]] bool Copy(Registers& r) {
@@ -356,8 +346,19 @@ class FastMatcher {
                          : (run.flags & kFollowsAtEnd) != 0;
   }
 
-  VEK_INLINE const uint8_t* EndOfMembers(const uint8_t* members, const uint8_t* place) const {
-    while (place < limit && members[*place] != 0) {
+  // Past members of the operation's set of ranges, 16 at a time. Functions of their own, so that
+  // their registers cost nothing where runs are short.
+  [[gnu::noinline]] const uint8_t* SkipBlocks(const FastOp& run, const uint8_t* place,
+                                              const uint8_t* end) const {
+    const auto* const set = AidAt<const kernels::RangeSet>(ops, run.aid);
+    return set == nullptr ? place : kernels::SkipMembers(*set, place, end);
+  }
+
+  [[gnu::noinline]] const uint8_t* EndOfMembers(const FastOp& run, const uint8_t* place,
+                                                const uint8_t* end) const {
+    place = SkipBlocks(run, place, end);
+    const uint8_t* const members = run.bytes;
+    while (place < end && members[*place] != 0) {
       ++place;
     }
     return place;
@@ -487,7 +488,7 @@ class FastMatcher {
     const bool isEndless = run.code == FastCode::kOpenSetRun && run.run.maximum == RegExpUnbounded;
     while (count < run.run.maximum && end < limit) {
       if (isEndless && count >= run.run.minimum) {
-        end = EndOfMembers(run.bytes, end);  // whole characters, since all of them are members
+        end = EndOfMembers(run, end, limit);  // whole characters, since all of them are members
         break;
       }
       const int32_t length = LengthAt(run, end);
@@ -532,6 +533,7 @@ class FastMatcher {
 
   // Takes bytes until what follows can match. The repetition's frame is on top, or there is none.
   VEK_INLINE bool TakeBytes(Registers& r, const FastOp& run, const uint8_t* bound, Frame* frame) {
+    r.at = SkipBlocks(run, r.at, bound);
     while (!CanFollow(run, r.at) || IsKnown(run, r.at)) {
       if (r.at == bound || run.bytes[*r.at] == 0) {
         return Drop(r, frame);
@@ -568,6 +570,13 @@ class FastMatcher {
   }
 
   VEK_INLINE bool TakeCharacters(Registers& r, const FastOp& run, Frame* frame, int32_t left) {
+    if (run.code == FastCode::kLazyOpenSet && run.run.maximum == RegExpUnbounded) {
+      const uint8_t* const from = r.at;
+      r.at = SkipBlocks(run, from, limit);
+      while (r.at > from && r.at < limit && IsUtf8Continuation(*r.at)) {  // within a character
+        --r.at;
+      }
+    }
     for (; !CanFollow(run, r.at) || IsKnown(run, r.at); --left) {
       const int32_t length = left > 0 && r.at < limit ? LengthAt(run, r.at) : 0;
       if (length == 0) {
@@ -1072,20 +1081,33 @@ VEK_INLINE bool CanBegin(const FastProgram& program, const uint8_t* at, const ui
   return at < limit ? program.canBegin[*at] != 0 : program.beginsAtEnd;
 }
 
+// Whether the first character is one that a match can begin with.
+VEK_INLINE bool BeginsWith(const FastProgram& program, const uint8_t* at, const uint8_t* limit) {
+  auto* const first = program.firstCharacter;
+  return first == nullptr || *at < 0x80 || WideLength(first, at, limit) != 0;
+}
+
+// Whether the second byte is one that a match can go on with.
+VEK_INLINE bool GoesOnWith(const uint8_t* secondBytes, const uint8_t* at, const uint8_t* limit) {
+  return secondBytes == nullptr || (limit - at > 1 && (secondBytes[at[1]] & 2) != 0);
+}
+
 // Where a match can begin from `at` on; null if nowhere.
-VEK_INLINE const uint8_t* NextStart(const FastProgram& program, const uint8_t* first,
+VEK_INLINE const uint8_t* NextStart(const FastCall& call, const uint8_t* first,
                                     const uint8_t* limit, const uint8_t* at) {
-  for (;;) {
+  const FastProgram& program = *call.program;
+  for (;; ++at) {
     while (at < limit && program.canBegin[*at] == 0) {
       ++at;
     }
     if (at >= limit) {
       return at == limit && program.beginsAtEnd ? at : nullptr;
     }
-    if (!program.isUtf8 || !IsUtf8Continuation(*at) || IsCharacterStart(first, limit, at)) {
+    if (GoesOnWith(call.secondBytes, at, limit) &&
+        (!program.isUtf8 || !IsUtf8Continuation(*at) || IsCharacterStart(first, limit, at)) &&
+        BeginsWith(program, at, limit)) {
       return at;
     }
-    ++at;
   }
 }
 
@@ -1120,10 +1142,9 @@ FastResult MatchFast(FastCall* call, const uint8_t* start, const uint8_t* limit)
 }
 
 FastResult FindFast(FastCall* call, const uint8_t* start, const uint8_t* limit) {
-  const FastProgram& program = *call->program;
   Frame frames[kFewFrames];
-  for (const uint8_t* at = NextStart(program, start, limit, start); at != nullptr;
-       at = NextStart(program, start, limit, at + 1)) {
+  for (const uint8_t* at = NextStart(*call, start, limit, start); at != nullptr;
+       at = NextStart(*call, start, limit, at + 1)) {
     FastResult result = TryLightly(call, at, limit, frames);
     if (result == FastResult::kExhausted) {
       result = TryAgain(call, at, limit);

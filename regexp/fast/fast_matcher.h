@@ -35,6 +35,8 @@ struct FastCall {
   int32_t lightReturns = 2000;
   FailureMemory memory = {};
   const uint8_t* furthest = nullptr;  // that the tries with the memory have come to
+  // For FindFast: bit 1 for a byte that may follow the first of a match, if there is always one.
+  const uint8_t* secondBytes = nullptr;
 };
 
 inline int32_t AllowanceOf(const FastProgram& program, const RegExpState& state) {

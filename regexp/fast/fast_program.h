@@ -14,8 +14,10 @@
 
 #include <stdint.h>
 
+#include "regexp/characters/wide_set.h"
 #include "regexp/object/object_layout.h"
 #include "strings/kernels/block.h"
+#include "strings/kernels/range_set.h"
 
 namespace vekch::regexp {
 
@@ -132,6 +134,9 @@ struct FastOp {
     End end;         // kClose, kByteRun, kAnyRun, kSetRun
     Ways ways;       // kChoice, kRepeat
     Fixed fixed;     // kFixed
+    // kCharacter and its repetitions, kOpenSetRun, kLazySet, kLazyOpenSet: where what tests them
+    // faster is, a WideSet or a kernels::RangeSet, as an offset from the operations; 0 for none.
+    uint32_t aid;
   };
   union {
     const uint8_t* bytes;   // the bytes of a run, or the members of a set, 0xFF for each
@@ -195,6 +200,20 @@ constexpr uint8_t kCaptures = kIsLazy;            // of a run: a group is around
 
 constexpr int32_t kMostEmptyLoops = 3;  // with more, failures are not remembered
 
+// What must follow a run that is alone.
+enum class RunEnd : uint8_t { kAnything, kLineEnd, kTextEnd, kTextEndOrNewline };
+
+// A pattern that is one run of a set, or one of its members; perhaps captured, or before an end.
+struct LoneRun {
+  const uint8_t* member;         // not 0 for a byte of the set
+  const kernels::RangeSet* set;  // the same in another form, or null
+  WideSet* wide;                 // of characters of several bytes, or null
+  int32_t minimum;
+  RunEnd end;
+  bool isOne;  // not repeated
+  bool isCaptured;
+};
+
 struct FastProgram {
   const FastOp* ops;
   RegExpFindResult* slots;  // of the object
@@ -212,7 +231,17 @@ struct FastProgram {
   int8_t emptyLoopCount;
   int16_t emptyLoops[kMostEmptyLoops];  // serials of groups that may match nothing, repeated
   uint8_t canBegin[256];                // not 0 for a byte that a match can begin with
+  // Of the character that every match begins with, if it may have several bytes; or null.
+  WideSet* firstCharacter;
+  const LoneRun* loneRun;  // null where the pattern is more
 };
+
+// What an offset from the operations leads to.
+template <class Aid>
+inline Aid* AidAt(const FastOp* ops, uint32_t offset) {
+  auto* const base = reinterpret_cast<uint8_t*>(const_cast<FastOp*>(ops));
+  return offset == 0 ? nullptr : reinterpret_cast<Aid*>(base + offset);
+}
 
 // The one that was made, or null.
 inline const FastProgram* FastProgramOf(const RegExpState* state) {

@@ -4,6 +4,7 @@
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/character_set.h"
 #include "regexp/characters/properties.h"
+#include "regexp/characters/wide_bytes.h"
 
 namespace vekch::regexp {
 namespace {
@@ -12,18 +13,13 @@ constexpr int32_t kMostRounds = 12;
 constexpr uint8_t kNewline = '\n';
 
 void AddCharacters(const ProgramNode& node, NextBytes* result) {
-  result->AddHigh();
-  if (node.op == OpCharType || node.op == OpClass) {
-    const CharacterSet* const set = SetOf(node);
-    if (set != nullptr) {  // or nothing would have been translated
-      result->AddMembers(set->member);
-    }
-    return;
-  }
-  for (int32_t value = 0; value < 0x80; ++value) {
-    const bool isMember = node.op == OpCategory ? InCategorySet(value, CategoriesOf(node))
-                                                : MatchPropertyItem(value, &node, 0) >= 0;
-    if (isMember) {
+  const WideBytes wide = WideBytesOf(node);
+  const CharacterSet* const set = HasSet(node) ? SetOf(node) : nullptr;
+  for (int32_t value = 0; value < NextBytes::kTable; ++value) {
+    const bool isMember = set != nullptr          ? set->member[value] != 0
+                          : node.op == OpCategory ? InCategorySet(value, CategoriesOf(node))
+                                                  : MatchPropertyItem(value, &node, 0) >= 0;
+    if (isMember || wide.HasLead(value)) {
       result->AddByte(static_cast<uint8_t>(value));
     }
   }

@@ -6,18 +6,22 @@
 
 #include "regexp/fast/translator.h"
 
+#include "regexp/characters/byte_ranges.h"
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/character_set.h"
+#include "regexp/characters/wide_set.h"
 #include "regexp/fast/following.h"
 #include "regexp/fast/fuse.h"
 #include "regexp/fast/layout.h"
 #include "regexp/fast/table_room.h"
 #include "regexp/object/program_walk.h"
 #include "strings/kernels/block.h"
+#include "unicode/utf8.h"
 
 namespace vekch::regexp {
 namespace {
 
+constexpr uint8_t kNewline = '\n';
 constexpr int32_t kOwnLevels = 16;  // of the search, and of the last tests
 
 // What is noted of a group while the records are walked.
@@ -101,12 +105,167 @@ class Translator {
                 Remembers(following),
                 emptyLoopCount,
                 {emptyLoops[0], emptyLoops[1], emptyLoops[2]},
-                {}};
+                {},
+                nullptr,
+                nullptr};
     next[first].Mark(program->canBegin, 0xFF);
+    MakeAids(placed, layout.Count());
+    const FastOp& begin = placed[program->entry];
+    const bool isRun = begin.code == FastCode::kCharacterRun && begin.run.minimum > 0;
+    if (isRun || begin.code == FastCode::kCharacter) {
+      program->firstCharacter = AidAt<WideSet>(placed, begin.aid);
+    }
+    program->loneRun = MakeLoneRun();
     return program;
   }
 
  private:
+  // ---- What tests characters faster.
+
+  template <class Aid>
+  Aid* NewAid(FastOp* op, const FastOp* placed) {
+    auto* const aid = tables.Take<Aid>();
+    op->aid = aid == nullptr ? 0
+                             : static_cast<uint32_t>(reinterpret_cast<const uint8_t*>(aid) -
+                                                     reinterpret_cast<const uint8_t*>(placed));
+    return aid;
+  }
+
+  // Without one characters are tested one by one.
+  void MakeAids(FastOp* placed, int32_t count) {
+    for (int32_t i = 0; i < count; ++i) {
+      FastOp& op = placed[i];
+      switch (op.code) {
+        case FastCode::kOpenSetRun:
+          MakeRangeSet(op.bytes, &op, placed);
+          break;
+        case FastCode::kLazySet:
+        case FastCode::kLazyOpenSet:
+          MakeSkipped(&op, placed);
+          break;
+        case FastCode::kCharacter:
+        case FastCode::kCharacterRun:
+        case FastCode::kLazyCharacter:
+          MakeWideSet(&op, placed);
+          break;
+        default:
+          break;
+      }
+    }
+  }
+
+  void MakeWideSet(FastOp* op, const FastOp* placed) {
+    constexpr int32_t kMostWideSets = 3;  // leaves room for the memory of failures
+    if (wideSets++ < kMostWideSets) {
+      if (auto* const set = NewAid<WideSet>(op, placed)) {
+        set->Begin(*op->record);
+      }
+    }
+  }
+
+  void MakeRangeSet(const uint8_t* members, FastOp* op, const FastOp* placed) {
+    if (auto* const set = NewAid<kernels::RangeSet>(op, placed)) {
+      FillRangeSet(members, 0xFF, set);
+      op->aid = set->count == 0 ? 0 : op->aid;
+    }
+  }
+
+  // Of the bytes that a lazy repetition takes without asking what follows. A stop within a
+  // character can't be distinguished from one before it.
+  void MakeSkipped(FastOp* op, const FastOp* placed) {
+    if (op->run.follow == nullptr) {
+      return;
+    }
+    uint8_t skipped[NextBytes::kTable];
+    bool stopsWithin = false;
+    for (int32_t i = 0; i < NextBytes::kTable; ++i) {
+      skipped[i] = op->run.follow[i] == 0 ? op->bytes[i] : 0;
+      stopsWithin = stopsWithin || (IsUtf8Continuation(static_cast<uint8_t>(i)) && skipped[i] == 0);
+    }
+    if (op->code == FastCode::kLazySet || !stopsWithin) {
+      MakeRangeSet(skipped, op, placed);
+    }
+  }
+
+  // ---- A run alone: a group around it at most, and behind it an end at most.
+
+  const LoneRun* MakeLoneRun() {
+    const bool isCaptured = walk.count > 0 && walk.nodes[0].op == OpCapture && walk.IsPassed(0);
+    const int32_t atom = isCaptured ? 1 : 0;
+    if (atom >= walk.count || FactsOf(state)->firstAlternative != 0 ||
+        state->captureCount != (isCaptured ? 2 : 1)) {
+      return nullptr;
+    }
+    const ProgramNode& node = walk.nodes[atom];
+    int32_t i = walk.BehindAtom(atom);
+    const ProgramNode* const quantifier = walk.QuantifierAt(i);
+    i += quantifier == nullptr ? 0 : 1;
+    const bool isClosed =
+        !isCaptured || (i < walk.count && walk.nodes[i].op == OpGroupEnd && OpeningOf(i) == 0);
+    LoneRun run = {nullptr,   nullptr, nullptr, 1, RunEnd::kAnything, quantifier == nullptr,
+                   isCaptured};
+    if (!isClosed || !SetEnd(isCaptured ? i + 1 : i, &run) ||
+        !SetRun(atom, node, quantifier, &run)) {
+      return nullptr;
+    }
+    // Where its longest fails, no shorter one may be before an end.
+    const bool endsWithin = run.end != RunEnd::kAnything && run.member[kNewline] != 0;
+    auto* const made = endsWithin ? nullptr : tables.Take<LoneRun>();
+    if (made != nullptr) {
+      *made = run;
+    }
+    return made;
+  }
+
+  bool SetEnd(int32_t i, LoneRun* run) const {
+    if (i == walk.count) {
+      return true;
+    }
+    const ProgramNode& node = walk.nodes[i];
+    if (node.op != OpAssert || i + 1 != walk.count || run->isOne) {
+      return false;
+    }
+    const bool isMultiLine = node.a == '$' && (OptionsOf(node) & RegExpOptionM) != 0;
+    run->end = isMultiLine     ? RunEnd::kLineEnd
+               : node.a == 'z' ? RunEnd::kTextEnd
+                               : RunEnd::kTextEndOrNewline;
+    return node.a == '$' || node.a == 'z' || node.a == 'Z';
+  }
+
+  bool SetRun(int32_t atom, const ProgramNode& node, const ProgramNode* quantifier, LoneRun* run) {
+    const bool isEndless = quantifier != nullptr && quantifier->op == OpGreedy &&
+                           quantifier->a > 0 && quantifier->b == RegExpUnbounded;
+    if (quantifier != nullptr && !isEndless) {
+      return false;
+    }
+    run->minimum = isEndless ? quantifier->a : 1;
+    const CharacterSet* const bytes = ByteSetOf(atom);
+    const CharacterSet* const open = OpenSetOf(atom);
+    if (bytes != nullptr || (open != nullptr && isEndless && run->minimum == 1)) {
+      run->member = (bytes != nullptr ? bytes : open)->member;
+      auto* const set = tables.Take<kernels::RangeSet>();
+      if (set != nullptr) {
+        FillRangeSet(run->member, 0xFF, set);
+        run->set = set->count == 0 ? nullptr : set;
+      }
+      return true;
+    }
+    const bool isWide = open == nullptr && isEndless && run->minimum == 1 &&
+                        (HasSet(node) || IsProperty(node)) && !MayBeSkewed(node);
+    run->wide = isWide ? tables.Take<WideSet>() : nullptr;
+    if (run->wide == nullptr) {
+      return false;
+    }
+    run->wide->Begin(node);
+    run->member = run->wide->Bytes();
+    return true;
+  }
+
+  static bool IsProperty(const ProgramNode& node) {
+    return node.op == OpCodePoint || node.op == OpCategory || node.op == OpRange ||
+           node.op == OpScript;
+  }
+
   // Up to which length of a subject its beginning is tried before anything else is asked: only
   // where one match is looked for, and no literal tells where, or where the text ends.
   int32_t DirectLength(bool onlyAtStart) const {
@@ -666,6 +825,7 @@ class Translator {
   int32_t uncertain = 0;  // groups around it that a match may not pass once
   int32_t certainSlots = 0;
   int32_t mostCost = 0;  // of a loop
+  int32_t wideSets = 0;
   int8_t emptyLoopCount = 0;
   int16_t emptyLoops[kMostEmptyLoops] = {};
 };

@@ -73,12 +73,16 @@ struct PatternFacts {
   int32_t mostDepth;         // that a match can need, INT32_MAX where that depends on the subject
   uint32_t freeFrom;         // where the part of the room begins that is free
   uint32_t plan;             // the search plan, once there is one
-  int32_t planless;          // searches that did without, kNeverPlanned if all will
-  int32_t readsOpenGroups;   // not 0 if a group is referred to before its end
   uint32_t fastProgram;      // what the fast matcher runs, once there is one
-  int32_t isUntranslated;    // not 0 if there can't be one
+  uint8_t planless;          // searches that did without, kNeverPlanned if all will
+  uint8_t readsOpenGroups;   // not 0 if a group is referred to before its end
+  uint8_t isUntranslated;    // not 0 if there can't be a program for the fast matcher
+  uint8_t unused;
+  // Of a literal that begins the pattern and is found in either case: where the two bytes are that
+  // texts hold least often.
+  int32_t rarest[2];
 };
-constexpr int32_t kNeverPlanned = INT32_MAX;
+constexpr uint8_t kNeverPlanned = UINT8_MAX;
 
 // The layout is part of the library's binary interface.
 static_assert(sizeof(ProgramNode) == 24 && offsetof(ProgramNode, op) == 0);

@@ -8,9 +8,9 @@
 #include <stdint.h>
 
 #include "regexp/characters/bytes.h"
+#include "regexp/characters/rarest_bytes.h"
 #include "regexp/object/record.h"
 #include "strings/kernels/block.h"
-#include "strings/kernels/commonness.h"
 #include "strings/kernels/find_kernels.h"
 #include "strings/kernels/find_pair_kernels.h"
 
@@ -18,31 +18,8 @@ namespace vekch::regexp {
 
 constexpr int32_t kNotFound = -1;
 
-// Where the bytes of a literal stand that texts hold least often in both cases; the second is the
-// first again in a literal of one byte.
-struct RarestBytes {
-  int32_t first = 0;
-  int32_t second = 0;
-
-  explicit RarestBytes(const Literal& literal) {
-    for (int32_t i = 1; i < literal.length; ++i) {
-      if (Commonness(literal.bytes[i]) < Commonness(literal.bytes[first])) {
-        second = first;
-        first = i;
-      } else if (second == first ||
-                 Commonness(literal.bytes[i]) < Commonness(literal.bytes[second])) {
-        second = i;
-      }
-    }
-  }
-
-  static int32_t Commonness(uint8_t byte) {
-    return kernels::kCommonness.of[IsAsciiLetter(byte) ? byte | 0x20 : byte];
-  }
-};
-
-inline kernels::PairRanges BothCases(uint8_t byte) {
-  kernels::PairRanges ranges;
+inline kernels::Ranges BothCases(uint8_t byte) {
+  kernels::Ranges ranges;
   ranges.lowest[0] = ranges.highest[0] = byte;
   ranges.lowest[1] = ranges.highest[1] = OtherCase(byte);
   kernels::RepeatLast(&ranges, 2);
@@ -50,8 +27,8 @@ inline kernels::PairRanges BothCases(uint8_t byte) {
 }
 
 // By the two rarest bytes 64 places at a time, the last places by the rarest alone.
-inline int32_t FindFirstCaseless(const uint8_t* subject, int32_t length, const Literal& literal) {
-  const RarestBytes rarest(literal);
+inline int32_t FindFirstCaseless(const uint8_t* subject, int32_t length, const Literal& literal,
+                                 const RarestBytes& rarest) {
   const uint8_t* const end = subject + (length - literal.length + 1);
   const uint8_t* at = subject;
   const auto isHere = [&literal](const uint8_t* place) {
@@ -105,12 +82,13 @@ inline int32_t FindLastCaseless(const uint8_t* subject, int32_t length, const Li
 }
 
 inline int32_t FindFirst(const uint8_t* subject, int32_t length, const Literal& literal,
-                         bool caseless) {
+                         bool caseless, const RarestBytes* rarest = nullptr) {
   if (literal.length > length) {
     return kNotFound;
   }
   if (caseless) {
-    return FindFirstCaseless(subject, length, literal);
+    return FindFirstCaseless(subject, length, literal,
+                             rarest != nullptr ? *rarest : RarestBytes(literal));
   }
   return literal.length == 1
              ? kernels::FindByte(subject, length, literal.bytes[0])

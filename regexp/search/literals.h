@@ -31,12 +31,18 @@ inline bool IsLoneLiteral(const RegExpState& state) {
          (state.characterFormat == 0 || !IsUtf8Continuation(Literal(node).bytes[0]));
 }
 
+// Of the literal that begins the pattern, if it is found in either case.
+inline RarestBytes RarestOf(const RegExpState& state) {
+  return {FactsOf(&state)->rarest[0], FactsOf(&state)->rarest[1]};
+}
+
 // The first match of such a pattern.
 inline bool FindLoneLiteral(const Stretch& text, const RegExpState& state,
                             RegExpFindResult* match) {
   const ProgramNode& node = *ProgramOf(&state);
   const Literal literal(node);
-  const int32_t at = FindFirst(text.begin, text.length, literal, IsCaseless(node.c));
+  const RarestBytes rarest = RarestOf(state);
+  const int32_t at = FindFirst(text.begin, text.length, literal, IsCaseless(node.c), &rarest);
   if (at == kNotFound) {
     return false;
   }
@@ -68,8 +74,9 @@ inline Stretch UpToLastLiteral(const Stretch& text, const RegExpState& state) {
 // with, and the text from there on; as it is where there is none.
 inline bool BeginsWithLiteral(const RegExpState& state) { return state.searchMode == 1; }
 inline Stretch FromFirstLiteral(const Stretch& text, const RegExpState& state) {
+  const RarestBytes rarest = RarestOf(state);
   const int32_t at = FindFirst(text.begin, text.length, Literal(*ProgramOf(&state)),
-                               IsCaseless(static_cast<int32_t>(state.compileFlags)));
+                               IsCaseless(static_cast<int32_t>(state.compileFlags)), &rarest);
   return at == kNotFound ? text : Stretch{text.begin + at, text.length - at};
 }
 

@@ -8,6 +8,7 @@
 #include "frame/checks.h"
 #include "regexp/analyse/search_plan.h"
 #include "regexp/fast/fast_matcher.h"
+#include "regexp/fast/lone_run.h"
 #include "regexp/fast/translator.h"
 #include "regexp/match/matcher.h"
 #include "regexp/search/literals.h"
@@ -46,7 +47,8 @@ class Driver {
         isLoneLiteral(IsLoneLiteral(*patternState)),
         rule(isLoneLiteral ? StartRule{StartRule::kEveryCharacter, nullptr}
                            : StartRuleFor(patternState, stretch.length)),
-        firstAlternative(FactsOf(patternState)->firstAlternative) {
+        firstAlternative(FactsOf(patternState)->firstAlternative),
+        positions(patternState, rule, {subject, searchStart, searchEnd, matcher.IsUtf8()}) {
     if (!isLoneLiteral && PlanFor(patternState, stretch.length) != nullptr) {
       UseFast(subject, length);
     }
@@ -62,24 +64,32 @@ class Driver {
     const FastProgram* const translated = FastProgramFor(state);
     if (translated != nullptr) {
       fast = FastCallOf(*translated, state, subject, length, Matcher::MostReturns(*state, length));
+      // No prefilter is better than a look-up of the character that begins a match.
+      const bool isUnfiltered = rule.plan == nullptr ||
+                                (rule.plan->strategy == SearchPlan::kClassWindow &&
+                                 rule.plan->isAtWordStart == 0 && translated->firstCharacter != 0);
+      usesFastLoop = fast.allowance >= 0 && rule.way == StartRule::kEveryCharacter && isUnfiltered;
+      fast.secondBytes = rule.plan != nullptr && rule.plan->window > 1 ? rule.plan->bytes : nullptr;
+      isLoneRun = fast.allowance >= 0 && rule.way == StartRule::kEveryCharacter &&
+                  translated->loneRun != nullptr;
     }
+  }
+
+  // Of a try that was not given up.
+  MatchResult ResultOf(FastResult result) {
+    return result == FastResult::kMatch  ? MatchResult::kOk
+           : result == FastResult::kFail ? MatchResult::kFail
+                                         : matcher.Exhaust();
   }
 
   MatchResult MatchAt(const uint8_t* at, const uint8_t* end) {
     // Steps that were lost before count for the exact matcher alone, and so does a match's length.
     if (fast.allowance >= 0 && !matcher.requireNonEmpty &&
         matcher.StepsLeft() == state->matchLimit) {
-      switch (MatchFast(&fast, at, end)) {
-        case FastResult::kMatch:
-          VEKCH_TAKEN("fast matcher");
-          return MatchResult::kOk;
-        case FastResult::kFail:
-          return MatchResult::kFail;
-        case FastResult::kExhausted:
-          return matcher.Exhaust();
-        case FastResult::kGivesUp:
-          VEKCH_TAKEN("fast matcher that gave up");
-          break;
+      const FastResult result = MatchFast(&fast, at, end);
+      VEKCH_TAKEN(result == FastResult::kGivesUp ? "fast matcher that gave up" : "fast matcher");
+      if (result != FastResult::kGivesUp) {
+        return ResultOf(result);
       }
     }
     VEKCH_TAKEN("exact matcher");
@@ -94,20 +104,41 @@ class Driver {
 
   // At the first start position from `at` on where there is one.
   MatchResult FindFrom(const uint8_t* at, const uint8_t* end) {
+    if (isLoneRun && !matcher.requireNonEmpty) {
+      VEKCH_TAKEN("lone run");
+      const int32_t captures = state->captureCount;
+      const int32_t found = FindRuns(*fast.program, at, end, {matcher.Slots(), captures, captures});
+      return found != 0 ? MatchResult::kOk : MatchResult::kFail;
+    }
     if (isLoneLiteral) {
       matcher.ClearSlots();  // groups can have been dropped that a match reports all the same
       const Stretch rest = {at, static_cast<int32_t>(end - at)};
       return FindLoneLiteral(rest, *state, matcher.Slots()) ? MatchResult::kOk : MatchResult::kFail;
     }
-    StartPositions starts(state, rule, {matcher.Subject(), at, end, matcher.IsUtf8()});
-    at = starts.First();
+    if (usesFastLoop && !matcher.requireNonEmpty && matcher.StepsLeft() == state->matchLimit) {
+      VEKCH_TAKEN("start positions of the fast matcher");
+      const FastResult result = FindFast(&fast, at, end);
+      if (result != FastResult::kGivesUp) {
+        return ResultOf(result);
+      }
+    }
+    if (end == searchEnd) {
+      positions.GoOnFrom(at);
+      return FindAmong(&positions, end);
+    }
+    StartPositions few(state, rule, {matcher.Subject(), at, end, matcher.IsUtf8()});
+    return FindAmong(&few, end);
+  }
+
+  MatchResult FindAmong(StartPositions* starts, const uint8_t* end) {
+    const uint8_t* at = starts->First();
     while (at != nullptr) {
       const int64_t steps = matcher.StepsLeft();
       const MatchResult result = MatchAt(at, end);
       if (result != MatchResult::kFail) {
         return result;
       }
-      at = starts.After(at, matcher.StepsLeft() == steps);
+      at = starts->After(at, matcher.StepsLeft() == steps);
     }
     return MatchResult::kFail;
   }
@@ -137,6 +168,12 @@ class Driver {
   }
 
   vekStatus FindAll() {
+    if (isLoneRun) {  // no try of which could lose steps
+      VEKCH_TAKEN("lone run");
+      foundCount = FindRuns(*fast.program, searchStart, searchEnd,
+                            {results, *numFind, state->captureCount - FirstSlot()});
+      return ReportAll();
+    }
     const int32_t room = *numFind;
     const uint8_t* at = searchStart;
     while (at <= searchEnd && foundCount < room) {
@@ -159,9 +196,10 @@ class Driver {
       }
       ++at;
     }
-    if (matcher.StepsLeft() < 0) {
-      return StatusRegExpMatchLimit;
-    }
+    return matcher.StepsLeft() < 0 ? StatusRegExpMatchLimit : ReportAll();
+  }
+
+  vekStatus ReportAll() {
     *numFind = foundCount;
     const int32_t perMatch = state->captureCount - FirstSlot();
     return foundCount != 0 && foundCount < perMatch ? StatusRegExpResultsTruncated : StatusNoError;
@@ -178,6 +216,9 @@ class Driver {
   const bool isLoneLiteral;
   const StartRule rule;
   const int32_t firstAlternative;
+  bool isLoneRun = false;
+  bool usesFastLoop = false;
+  StartPositions positions;
   FastCall fast = {nullptr, nullptr, nullptr, nullptr, -1, 0};
   int32_t foundCount = 0;
 };

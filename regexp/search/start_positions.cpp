@@ -112,6 +112,8 @@ const uint8_t* StartPositions::Candidate(const uint8_t* at) {
     case SearchPlan::kClassWindow:
     case SearchPlan::kPackedPair:
       return NextByClasses(at);
+    case SearchPlan::kWordStart:
+      return NextWordStart(at);
     case SearchPlan::kHashedPairs:
       return NextWord(at);
     default:
@@ -121,7 +123,13 @@ const uint8_t* StartPositions::Candidate(const uint8_t* at) {
 
 // What follows the run in which a try has failed that decides for all of it.
 const uint8_t* StartPositions::BehindRun(const uint8_t* at) const {
-  return runLiteral != nullptr && runLiteral >= at ? runLiteral + 1 : at + 1;
+  if (plan->strategy == SearchPlan::kInnerLiteral) {
+    return runLiteral != nullptr && runLiteral >= at ? runLiteral + 1 : at + 1;
+  }
+  while (at < text.end && (plan->bytes[*at] & 1) != 0) {
+    ++at;
+  }
+  return at < text.end ? at : at + 1;
 }
 
 // Not within a character.
@@ -166,7 +174,8 @@ const uint8_t* StartPositions::NextInRun(const uint8_t* at) {
       }
       runLiteral = from + found;
       runStart = runLiteral;
-      while (runStart > at && plan->bytes[runStart[-1]] != 0) {
+      while (runStart > at && runLiteral - runStart < plan->reach &&
+             plan->bytes[runStart[-1]] != 0) {
         --runStart;
       }
     }
@@ -205,31 +214,71 @@ const uint8_t* StartPositions::NextWord(const uint8_t* at) const {
                       [table](const uint8_t* p) { return uint32_t{table[PairHash(p[0], p[1])]}; });
 }
 
-// Places are looked at 64 at a time, and remembered; the last ones by the filter alone.
-const uint8_t* StartPositions::NextPair(const uint8_t* at) {
+// Places are looked at 64 at a time by one way, and remembered; the last ones by the other.
+template <class FindGroup, class FindLast>
+VEK_INLINE const uint8_t* StartPositions::NextOfGroups(const uint8_t* at, FindGroup findGroup,
+                                                       FindLast findLast) {
   const uint8_t* const end = text.end - (plan->window - 1);
   for (;;) {
-    if (pairsFrom == nullptr || at - pairsFrom >= kernels::kGroup) {
+    if (groupFrom == nullptr || at - groupFrom >= kernels::kGroup) {
       if (end - at < kernels::kGroup) {
-        return NextWindow(at);
+        return findLast(at, end);
       }
-      pairsFrom = kernels::FindPairs(at, end, plan->pair, &pairs);
-      if (pairs == 0) {
-        at = pairsFrom;
-        pairsFrom = nullptr;
+      groupFrom = findGroup(at, end);
+      if (group == 0) {
+        at = groupFrom;
+        groupFrom = nullptr;
         continue;
       }
-      at = pairsFrom > at ? pairsFrom : at;
+      at = groupFrom > at ? groupFrom : at;
     }
-    pairs = pairs >> (at - pairsFrom) << (at - pairsFrom);
-    for (; pairs != 0; pairs &= pairs - 1) {
-      at = pairsFrom + kernels::LowestBit(pairs);
+    group = group >> (at - groupFrom) << (at - groupFrom);
+    for (; group != 0; group &= group - 1) {
+      at = groupFrom + kernels::LowestBit(group);
       if (FitsWindow(at, *plan)) {
         return at;
       }
     }
-    at = pairsFrom + kernels::kGroup;
+    at = groupFrom + kernels::kGroup;
   }
+}
+
+const uint8_t* StartPositions::NextPair(const uint8_t* at) {
+  return NextOfGroups(
+      at,
+      [this](const uint8_t* from, const uint8_t* end) {
+        return kernels::FindPairs(from, end, plan->pair, &group);
+      },
+      [this](const uint8_t* from, const uint8_t*) { return NextWindow(from); });
+}
+
+// 64 places some of which are word bytes behind others, or the first place of less than 64.
+const uint8_t* StartPositions::FindWordStarts(const uint8_t* at, const uint8_t* end) {
+  const kernels::LoadedSet<4> words({kernels::MakeRange('0', '9'), kernels::MakeRange('A', 'Z'),
+                                     kernels::MakeRange('_', '_'), kernels::MakeRange('a', 'z')});
+  for (group = 0; end - at >= kernels::kGroup; at += kernels::kGroup) {
+    const uint64_t members = words.MembersInGroup(at);
+    const bool goesOn = at != text.subject && IsWordByte(at[-1]);
+    group = members & ~(members << 1 | (goesOn ? 1 : 0));
+    if (group != 0) {
+      break;
+    }
+  }
+  return at;
+}
+
+const uint8_t* StartPositions::NextWordStart(const uint8_t* at) {
+  return NextOfGroups(
+      at, [this](const uint8_t* from, const uint8_t* end) { return FindWordStarts(from, end); },
+      [this](const uint8_t* from, const uint8_t* end) {
+        const auto isStart = [this](const uint8_t* place) {
+          return (place == text.subject || !IsWordByte(place[-1])) && FitsWindow(place, *plan);
+        };
+        while (from < end && !isStart(from)) {
+          ++from;
+        }
+        return from < end ? from : nullptr;
+      });
 }
 
 }  // namespace vekch::regexp

@@ -44,6 +44,9 @@ class StartPositions {
   StartPositions(const RegExpState* state, const StartRule& startRule, const Text& searched)
       : program(ProgramOf(state)), rule(startRule), plan(startRule.plan), text(searched) {}
 
+  // Begins anew at a later position, with what has been found out of the text.
+  void GoOnFrom(const uint8_t* first) { text.first = first; }
+
   // The first position, or null.
   const uint8_t* First() { return plan != nullptr ? NextByPlan(text.first) : text.first; }
 
@@ -74,18 +77,22 @@ class StartPositions {
   const uint8_t* BehindRun(const uint8_t* at) const;
   const uint8_t* NextByClasses(const uint8_t* at);
   const uint8_t* NextWindow(const uint8_t* at);
+  template <class FindGroup, class FindLast>
+  const uint8_t* NextOfGroups(const uint8_t* at, FindGroup findGroup, FindLast findLast);
   const uint8_t* NextPair(const uint8_t* at);
+  const uint8_t* NextWordStart(const uint8_t* at);
+  const uint8_t* FindWordStarts(const uint8_t* at, const uint8_t* end);
   const uint8_t* NextWord(const uint8_t* at) const;
   bool IsPlace(const uint8_t* at) const;
 
   const ProgramNode* program;
   const StartRule rule;
   const SearchPlan* const plan;
-  const Text text;
+  Text text;
   const uint8_t* runStart = nullptr;    // where the run may begin that the literal ends
   const uint8_t* runLiteral = nullptr;  // the literal
-  const uint8_t* pairsFrom = nullptr;   // 64 places that have been looked at
-  uint64_t pairs = 0;                   // those of them that have the two bytes
+  const uint8_t* groupFrom = nullptr;   // 64 places that have been looked at
+  uint64_t group = 0;                   // those of them that are worth a closer look
 };
 
 }  // namespace vekch::regexp

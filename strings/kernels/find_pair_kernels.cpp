@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "strings/kernels/find_pair_kernels.h"
 
-#include "strings/kernels/byte_range.h"
 #include "strings/kernels/scan.h"
 
 namespace vekch::kernels {
@@ -24,16 +23,8 @@ struct HasPair {
 
   template <class Load>
   VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
-    return InAny(load(positions[0] + i), ranges[0]) & InAny(load(positions[1] + i), ranges[1]);
-  }
-
-  VEK_INLINE static Block InAny(Block b, const ByteRange* ranges) {
-    Block hits = InRange(b, ranges[0]);
-#pragma GCC unroll 4
-    for (int32_t r = 1; r < kRanges; ++r) {
-      hits = hits | InRange(b, ranges[r]);
-    }
-    return hits;
+    return InAny<kRanges>(load(positions[0] + i), ranges[0]) &
+           InAny<kRanges>(load(positions[1] + i), ranges[1]);
   }
 };
 

@@ -8,28 +8,14 @@
 
 #include <stdint.h>
 
+#include "strings/kernels/range_set.h"
+
 namespace vekch::kernels {
-
-constexpr int32_t kMostPairRanges = 4;
-
-// A set of bytes as ranges, of which there are 1, 2 or 4; the last may be repeated.
-struct PairRanges {
-  uint8_t lowest[kMostPairRanges];
-  uint8_t highest[kMostPairRanges];
-};
-
-// Fills the ranges after the first `count` of them, of which there is one at least.
-inline void RepeatLast(PairRanges* ranges, int32_t count) {
-  for (int32_t i = count; i < kMostPairRanges; ++i) {
-    ranges->lowest[i] = ranges->lowest[count - 1];
-    ranges->highest[i] = ranges->highest[count - 1];
-  }
-}
 
 struct BytePair {
   int32_t offsets[2];  // of the two bytes after a position, none of them negative
   int32_t rangeCount;
-  PairRanges sets[2];
+  Ranges sets[2];
 };
 
 // Looks at the positions from `from` on, 64 at a time, as long as 64 remain before `end`: returns
