@@ -342,7 +342,7 @@ class FilterMaker {
   bool mayBeWithin = false;  // the byte may be within a character
   bool isGrapheme = false;   // or of a further character that belongs to it
   bool passesLookaround = false;
-  WideBytes within = {0, 0};  // of characters that may have begun at the place before
+  WideBytes within = {0, 0};  // of characters that may have begun at the position before
 };
 
 }  // namespace

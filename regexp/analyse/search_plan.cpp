@@ -141,8 +141,8 @@ class PlanMaker {
     return true;
   }
 
-  // Sets and literals one behind the other, at least one of them repeated without end or of much
-  // varying length: the rarest literal behind it ends a run of the bytes that may stand before it.
+  // Sets and literals one after the other, at least one of them repeated without end or of much
+  // varying length: the rarest literal after it ends a run of the bytes that may be before it.
   bool UseRun() {
     constexpr int32_t kMuch = 4;
     int32_t passes = 0;
@@ -187,7 +187,7 @@ class PlanMaker {
     return isWide ? WideBytes::kLongest : least;
   }
 
-  // How a literal lies behind a run.
+  // How far a literal is from where a match begins.
   struct RunDistance {
     int32_t least;
     int32_t most;
@@ -380,7 +380,7 @@ class PlanMaker {
     return weight < kEverySecond ? weight : kEverySecond;
   }
 
-  // An endless run of bytes first, whose places to end at are the fewer the later it begins: where
+  // An endless run of bytes first, which has the fewer ends the later it begins: where
   // none of them leads on, none does for a start further along the run.
   bool BeginsWithRun() const {
     int32_t i = 0;

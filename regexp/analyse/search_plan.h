@@ -40,7 +40,7 @@ struct alignas(8) SearchPlan {
     // a time ("packed pair": W. Mula, SIMD-friendly algorithms for substring searching, 2016).
     // "[A-Z][a-z]+", not "[^,][^;]".
     kPackedPair,
-    // Where a word begins, 64 places at a time, and then by the classes of the first bytes.
+    // Where a word begins, 64 positions at a time, and then by the classes of the first bytes.
     // "\b\w{5}\b", not "\b[A-Z]\w" nor "\w{5}\b".
     kWordStart,
     // Alternatives of literals, or what begins with such, all at once: backwards through a window

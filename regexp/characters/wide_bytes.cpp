@@ -35,7 +35,7 @@ void AddRange(int64_t first, int64_t last, WideBytes* bytes) {
   }
 }
 
-// Whether that is all of what the record stands for.
+// Whether that is all that the record accepts.
 bool AddItem(const ProgramNode& item, bool caseless, WideBytes* bytes) {
   const bool isNegatedName = item.c != 0;  // but for those records that say otherwise
   switch (item.op) {

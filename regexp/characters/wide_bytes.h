@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// The first two bytes of characters of several bytes, as far as a record's form tells them.
+// The first two bytes of characters of several bytes, as far as the record lists them.
 
 #ifndef VEKCH_REGEXP_CHARACTERS_WIDE_BYTES_H
 #define VEKCH_REGEXP_CHARACTERS_WIDE_BYTES_H

@@ -36,7 +36,7 @@ class WideSet {
     return (bits[entry] >> codePoint % kBlockSize & 1) != 0;
   }
 
-  // Not 0 for a byte that is a member where it stands alone.
+  // Not 0 for a byte that is a member where it is a character by itself.
   const uint8_t* Bytes() const { return member; }
 
  private:

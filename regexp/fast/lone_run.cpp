@@ -153,7 +153,7 @@ class RunFinder {
       if (!Add(start, at)) {
         return;
       }
-      at += isUtf8 ? -length : 1;  // no member, or one behind the end
+      at += isUtf8 ? -length : 1;  // no member, or one after the end
     }
   }
 

@@ -187,7 +187,7 @@ class Translator {
     }
   }
 
-  // ---- A run alone: a group around it at most, and behind it an end at most.
+  // ---- A run alone: a group around it at most, and an end after it at most.
 
   const LoneRun* MakeLoneRun() {
     const bool isCaptured = walk.count > 0 && walk.nodes[0].op == OpCapture && walk.IsPassed(0);

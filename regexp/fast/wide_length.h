@@ -12,7 +12,8 @@
 
 namespace vekch::regexp {
 
-// As ReadUtf8; characters of two and three bytes are told by one comparison of all their marks.
+// As ReadUtf8; characters of two and three bytes are recognised by one comparison of all their
+// marks.
 VEK_INLINE Utf8Character ReadWide(const uint8_t* at, const uint8_t* limit) {
   if (limit - at >= 4) {
     const auto word = kernels::LoadWord<uint32_t>(at);

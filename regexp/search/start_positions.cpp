@@ -214,7 +214,7 @@ const uint8_t* StartPositions::NextWord(const uint8_t* at) const {
                       [table](const uint8_t* p) { return uint32_t{table[PairHash(p[0], p[1])]}; });
 }
 
-// Places are looked at 64 at a time by one way, and remembered; the last ones by the other.
+// Positions are looked at 64 at a time by one way, and remembered; the last ones by the other.
 template <class FindGroup, class FindLast>
 VEK_INLINE const uint8_t* StartPositions::NextOfGroups(const uint8_t* at, FindGroup findGroup,
                                                        FindLast findLast) {
@@ -252,7 +252,7 @@ const uint8_t* StartPositions::NextPair(const uint8_t* at) {
       [this](const uint8_t* from, const uint8_t*) { return NextWindow(from); });
 }
 
-// 64 places some of which are word bytes behind others, or the first place of less than 64.
+// 64 positions where words begin at some, or the first position of less than 64.
 const uint8_t* StartPositions::FindWordStarts(const uint8_t* at, const uint8_t* end) {
   const kernels::LoadedSet<4> words({kernels::MakeRange('0', '9'), kernels::MakeRange('A', 'Z'),
                                      kernels::MakeRange('_', '_'), kernels::MakeRange('a', 'z')});

@@ -91,7 +91,7 @@ class StartPositions {
   Text text;
   const uint8_t* runStart = nullptr;    // where the run may begin that the literal ends
   const uint8_t* runLiteral = nullptr;  // the literal
-  const uint8_t* groupFrom = nullptr;   // 64 places that have been looked at
+  const uint8_t* groupFrom = nullptr;   // 64 positions that have been looked at
   uint64_t group = 0;                   // those of them that are worth a closer look
 };
 
