@@ -30,7 +30,7 @@ class FailureMemory {
   void Begin(const FastProgram& program, FreeRoom room, const uint8_t* first) {
     start = first;
     kinds = int64_t{program.opCount} << program.emptyLoopCount;
-    const int64_t words = room.Size() / 8;
+    const int64_t words = room.Size() / 16;  // the other half is the exact matcher's
     bits = reinterpret_cast<uint64_t*>(room.Begin());
     places = words * 64 / kinds;
     kernels::ClearWords(bits, static_cast<uint64_t>(words));

@@ -26,6 +26,7 @@ constexpr int32_t kManyFrames = 6000;
 // it.
 constexpr int32_t kSomeReturns = 64;
 constexpr int32_t kFirstReturns = 500;
+constexpr int64_t kForgetfulReturns = 20000;
 constexpr uint8_t kNewline = '\n';
 
 // Bytes of the character at `at` if the record accepts it, else 0, looked up each time. `at` lies
@@ -1033,12 +1034,17 @@ template <bool kRemembers>
 FastResult TryHard(FastCall* call, const uint8_t* start, const uint8_t* limit, int32_t mostFrames,
                    Frame* frames, const TryMemory<kRemembers>& memory) {
   ClearSlots(call->state);
+  // What is remembered may not serve where the depth could run out; the exact matcher knows how
+  // much of it each failure took.
+  const bool mayForget = kRemembers &&
+                         (limit - start) * call->program->mostCost > call->allowance &&
+                         call->returnsAllowed > kForgetfulReturns;
+  const int64_t most = mayForget ? kForgetfulReturns : call->returnsAllowed;
   FastMatcher<kRemembers> matcher(*call->program, TextOf(*call, limit),
-                                  {call->returnsAllowed, frames, mostFrames, FastResult::kGivesUp},
-                                  memory);
+                                  {most, frames, mostFrames, FastResult::kGivesUp}, memory);
   const FastResult result = matcher.Run(start, call->program->entry);
-  call->returnsAllowed = matcher.ReturnsLeft();
-  return result;
+  call->returnsAllowed -= most - matcher.ReturnsLeft();
+  return mayForget && result == FastResult::kExhausted ? FastResult::kGivesUp : result;
 }
 
 template <int32_t kMostFrames>

@@ -106,6 +106,7 @@ struct Frame {
   uint32_t node;  // index of the record
   int32_t count;  // repetitions left to give back or to take; kCharacters: the lowest offset
   Budget budget;
+  int32_t deepest;  // the least depth that any record had, of those tried before this frame's
   int64_t skew;
 };
 static_assert(sizeof(Frame) == 64, "what the header promises for each level of depth");

@@ -116,7 +116,7 @@ Flow Matcher::NextAlternative(Registers* r) {
     return EnterAlternative(r, opening);
   }
   Undo(frame);
-  --top;
+  Pop();
   const ProgramNode* const quantifier = QuantifierOf(opening);
   if (quantifier == nullptr || quantifier->op == OpLazy || quantifier->a > 0) {
     return Flow::kFail;
@@ -133,6 +133,9 @@ Flow Matcher::EndGroup(Registers* r) {
   const ProgramNode& opening = program[OpeningOf(*r->node)];
   const ProgramNode* const quantifier = QuantifierAt(r->node + 1);
   const bool isLazy = quantifier != nullptr && quantifier->op == OpLazy;
+  if (IsKnown(*r, *r->node)) {
+    return Flow::kFail;
+  }
   Frame* const frame = Push(*r, Choice::kGroupEnd);
   SaveGroup(opening, frame);
   Capture(opening, r->at);
@@ -145,6 +148,7 @@ Flow Matcher::EndGroup(Registers* r) {
   if (isEmpty || (entry.maximum < 1 && !isLazy)) {
     return GoBehind(r, EndPhase::kBehind);
   }
+  HasBeen(r->budget.depth - 1);
   if (r->budget.depth < 1) {
     return FailGroupEnd();
   }
@@ -172,7 +176,8 @@ Flow Matcher::GoBehind(Registers* r, EndPhase phase) {
 
 Flow Matcher::FailGroupEnd() {
   Undo(Top());
-  --top;
+  NoteFailure(Top());
+  Pop();
   return Flow::kFail;
 }
 

@@ -53,6 +53,10 @@ MatchResult Matcher::Match(const ProgramNode* first, const uint8_t* start, const
   lowest.above = nullptr;
   chunkInUse = &lowest;
   top = lowest.frames;
+  deepest = fullBudget.depth;
+  if (failures.IsBegun() && !failures.Reaches(OffsetOf(start))) {
+    failures.Begin(state, OffsetOf(start));
+  }
   Registers r = {first, start, fullBudget, OnAbort(), 0};
   Flow flow = Run(&r, Flow::kNext);
   for (int64_t chunks = 0; flow != Flow::kFinished; flow = Run(&r, flow)) {
@@ -118,7 +122,9 @@ VEK_INLINE Flow Matcher::Execute(Registers* r) {
     if (r->budget.depth < 0) {
       return Flow::kAbort;
     }
+    HasBeen(r->budget.depth);
     if (r->budget.steps - stepsLost < 1) {
+      deepest = kBelowAll;
       return Flow::kFail;
     }
     if (r->node == programEnd) {
@@ -307,6 +313,11 @@ Flow Matcher::Fail(Registers* r) {
 
 // Goes on with the last frame, to which a failure has come back, or an abort that it stops.
 Flow Matcher::Resume(Registers* r, bool aborted) {
+  workLeft -= failures.IsBegun() ? 1 : 0;  // looking up what is known is work as well
+  if (workLeft < remembersBelow) {
+    failures.Begin(state, OffsetOf(matchStart));
+    remembersBelow = INT64_MIN;
+  }
   switch (Top().choice) {
     case Choice::kCharacters:
       return GiveBack(r);
@@ -351,6 +362,7 @@ constexpr bool IsSub(Choice choice) {
 // of it. Nothing is undone before that is known: an abort that counts as a match leaves the slots
 // as they are.
 Flow Matcher::Abort(Registers* r) {
+  deepest = kBelowAll;
   OnAbort onAbort = r->onAbort;
   Frame* frame = Below(top);
   stepsLost += 1 + onAbort.LostSteps();

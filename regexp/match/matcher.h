@@ -24,6 +24,7 @@
 
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/character_set.h"
+#include "regexp/match/failure_levels.h"
 #include "regexp/match/frame.h"
 #include "regexp/object/object_layout.h"
 #include "regexp/object/record_notes.h"
@@ -85,6 +86,10 @@ class Matcher {
 
   // An empty match is refused.
   bool requireNonEmpty = false;
+
+  // Remembers failures once so many records more have been executed.
+  void RememberAfter(int64_t records) { remembersBelow = workLeft - records; }
+  bool Remembers() const { return failures.IsBegun() && !requireNonEmpty; }
 
  private:
   static constexpr int32_t kFramesInChunk = 52;  // keeps a chunk below a page
@@ -183,7 +188,13 @@ class Matcher {
     frame->at = OffsetOf(r.at);
     frame->node = IndexOf(r.node);
     frame->choice = choice;
+    frame->deepest = deepest;
+    deepest = r.budget.depth;
     return frame;
+  }
+  void Pop() {
+    HasBeen(Top().deepest);
+    --top;
   }
   Frame& Top() { return top[-1]; }
   bool HasRoom() const { return top <= chunkInUse->frames + kFramesInChunk - kSpareFrames; }
@@ -199,6 +210,27 @@ class Matcher {
   uint32_t IndexOf(const ProgramNode* node) const { return static_cast<uint32_t>(node - program); }
   // Bytes in slot 0: what was consumed, which counts code points by their own length.
   int64_t MatchLength(const Registers& r) const { return r.at - matchStart + r.skew; }
+
+  // ---- The memory of failures. One that a limit had a part in has been below any depth.
+  static constexpr int32_t kBelowAll = -1;
+  void HasBeen(int32_t depth) { deepest = depth < deepest ? depth : deepest; }
+
+  // Whether what follows a record is known to fail where the registers are.
+  bool IsKnown(const Registers& r, const ProgramNode& node) {
+    const int32_t needed = Remembers() ? failures.Known(IndexOf(&node), OffsetOf(r.at)) : -1;
+    if (needed < 0 || needed > r.budget.depth) {
+      return false;
+    }
+    HasBeen(r.budget.depth - needed);
+    return true;
+  }
+
+  // What was tried from a frame has failed.
+  void NoteFailure(const Frame& frame) {
+    if (Remembers() && deepest > kBelowAll) {
+      failures.Note(frame.node, frame.at, frame.budget.depth - deepest);
+    }
+  }
 
   // What a character adds to slot 0 beyond its bytes.
   static int32_t SkewOf(const ProgramNode& atom, int32_t length) {
@@ -232,6 +264,11 @@ class Matcher {
   Frame* sub = nullptr;                     // of the innermost program in the program
   int64_t stepsLost = 0;                    // by aborts
   int64_t workLeft = MostWork(*state, subjectEnd - subject);  // of the whole call
+
+  static constexpr int64_t kForgetful = 20000;  // records, before failures are remembered
+  FailureLevels failures;
+  int64_t remembersBelow = workLeft - kForgetful;  // work left
+  int32_t deepest = 0;  // the least depth that any record has had, since the last frame
 
   int32_t atomicMinimum = 0;  // repetitions due of the atomic group that is set
   int32_t atomicMaximum = 0;  // repetitions allowed

@@ -114,7 +114,7 @@ Flow Matcher::GoOnBehind(Registers* r, const ProgramNode& atom, Choice choice, i
   Push(*r, choice)->count = count;
   r->onAbort = OnAbort();
   r->node = BehindAtom(atom) + 1;
-  return Flow::kNext;
+  return IsKnown(*r, atom) ? Flow::kFail : Flow::kNext;
 }
 
 Flow Matcher::RepeatCharacters(Registers* r, const ProgramNode& atom) {
@@ -139,10 +139,11 @@ Flow Matcher::RepeatCharacters(Registers* r, const ProgramNode& atom) {
 Flow Matcher::GiveBack(Registers* r) {
   Frame& frame = Top();
   Restore(frame, r);
+  NoteFailure(frame);
   const ProgramNode& atom = *r->node;
   const uint8_t* const lowest = subject + frame.count;
   if (r->at == lowest) {
-    --top;
+    Pop();
     return Flow::kFail;
   }
   const uint8_t* const before = BeforeLast(atom, r->at, lowest);
@@ -151,7 +152,7 @@ Flow Matcher::GiveBack(Registers* r) {
   frame.at = OffsetOf(before);
   frame.skew = r->skew;
   r->node = BehindAtom(atom) + 1;
-  return Flow::kNext;
+  return IsKnown(*r, atom) ? Flow::kFail : Flow::kNext;
 }
 
 // Where a repetition that ends at `at` ends with one character less.
@@ -190,7 +191,7 @@ Flow Matcher::GiveBackCopy(Registers* r) {
   Restore(frame, r);
   const ProgramNode& atom = *r->node;
   if (--frame.count < 0) {
-    --top;
+    Pop();
     return Flow::kFail;
   }
   r->at -= slots[atom.a].length;
@@ -218,10 +219,11 @@ Flow Matcher::RepeatLazily(Registers* r, const ProgramNode& atom) {
 Flow Matcher::TakeOneMore(Registers* r) {
   Frame& frame = Top();
   Restore(frame, r);
+  NoteFailure(frame);
   const ProgramNode& atom = *r->node;
   const int32_t length = --frame.count < 0 ? -1 : RepetitionLength(atom, r->at);
   if (length < 0) {
-    --top;
+    Pop();
     return Flow::kFail;
   }
   r->at += length;
@@ -229,7 +231,7 @@ Flow Matcher::TakeOneMore(Registers* r) {
   frame.at = OffsetOf(r->at);
   frame.skew = r->skew;
   r->node = BehindAtom(atom) + 1;
-  return Flow::kNext;
+  return IsKnown(*r, atom) ? Flow::kFail : Flow::kNext;
 }
 
 }  // namespace vekch::regexp
