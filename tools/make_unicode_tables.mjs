@@ -39,6 +39,10 @@ function demand(condition, what) {
   }
 }
 
+function demandNumber(found, expected, what) {
+  demand(found === expected, `${what}: ${found} for ${expected}`);
+}
+
 // ---- The shape of the tables, as regexp/characters/unicode_tables.h has it.
 
 const kPageBits = 6;
@@ -109,8 +113,8 @@ async function readCategories(unpacked) {
 const isListed = (classNumber) => classNumber < Object.keys(kCategories).length;
 
 function checkRecords(classes) {
-  demand(classes.filter(isListed).length === kRecordCount, 'number of records');
-  demand(classes.findLastIndex(isListed) === kLastRecord, 'last record');
+  demandNumber(classes.filter(isListed).length, kRecordCount, 'number of records');
+  demandNumber(classes.findLastIndex(isListed), kLastRecord, 'last record');
   for (let codePoint = kLastRecord + 1; codePoint < kCodePoints; ++codePoint) {
     if (kClassNames[classes[codePoint]] === 'Unlisted') {
       classes[codePoint] = kClassNames.indexOf('Beyond');
@@ -130,8 +134,10 @@ async function readLowerCase(unpacked, classes) {
 
 async function readScripts(unpacked, longNames) {
   const known = (await load(unpacked, 'index.mjs')).Script.filter((name) => name !== 'Unknown');
-  demand(kScripts.length === kScriptCount && [...kScripts].sort().join() === known.sort().join(),
-    'scripts');
+  const differing = [...kScripts.filter((name) => !known.includes(name)),
+    ...known.filter((name) => !kScripts.includes(name))];
+  demand(differing.length === 0, `scripts: ${differing.join(' ')}`);
+  demandNumber(kScripts.length, kScriptCount, 'number of scripts');
   const cased = ['Uppercase_Letter', 'Lowercase_Letter', 'Titlecase_Letter'];
   const kind = (codePoint) =>
     cased.includes(longNames.get(codePoint)) ? 'cased' : longNames.get(codePoint);
@@ -146,7 +152,7 @@ async function readScripts(unpacked, longNames) {
         list.at(-1)[1] = codePoint;
       }
     }
-    demand(list.length === (kPairCounts[name] ?? list.length), `pairs of ${name}`);
+    demandNumber(list.length, kPairCounts[name] ?? list.length, `pairs of ${name}`);
     lists.push(list);
   }
   return lists;
@@ -161,7 +167,7 @@ async function readBlocks(unpacked) {
       .replace('Phags_Pa', 'Phags_pa').replaceAll('_', '');
     blocks.push({ name: `In${written}`, begin, end });
   }
-  demand(blocks.length === kBlockCount, 'number of blocks');
+  demandNumber(blocks.length, kBlockCount, 'number of blocks');
   return blocks.sort((one, other) => one.begin - other.begin);
 }
 
