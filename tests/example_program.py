@@ -72,6 +72,11 @@ def expect_failing_output(test, name, arguments):
     test.assertEqual((done.stderr, done.returncode), (name + b": standard output: it is closed\n", 2))
 
 
+def few(count):
+    """As many rounds as `count`, or the share of it that is tried where a run is slow."""
+    return max(1, count // OPTIONS.share)
+
+
 def limited(size=64 << 20):
     """Arguments of run that keep the program's memory below `size`, where it can be bounded."""
     if not OPTIONS.bounded:
@@ -96,6 +101,7 @@ def main():
     parser.add_argument("--program", required=True)
     parser.add_argument("--emulator")
     parser.add_argument("--bounded", action="store_true")
+    parser.add_argument("--share", type=int, default=1, help="one of so many random cases is tried")
     rest = parser.parse_known_args(namespace=OPTIONS)[1]
     result = unittest.main("__main__", argv=sys.argv[:1] + rest, exit=False).result
     for test, reason in result.skipped:

@@ -21,11 +21,10 @@ namespace vekch::test {
 
 #ifdef VEKCH_TEST_INSTRUMENTED
 constexpr bool kIsInstrumented = true;
-constexpr size_t kShare = 7;  // one of so many patterns is tried
 #else
 constexpr bool kIsInstrumented = false;
-constexpr size_t kShare = 1;
 #endif
+constexpr size_t kShare = VEKCH_TEST_SHARE;  // one of so many patterns is tried
 
 constexpr int32_t kDefaultLimit = 10000;
 constexpr int32_t kNoOffset = 0x5A5A5A5A;

@@ -22,7 +22,8 @@ import tempfile
 import unittest
 
 import grep_options
-from example_program import OPTIONS, expect_failing_output, expect_table, limited, main, open_terminal, run
+from example_program import (OPTIONS, expect_failing_output, expect_table, few, limited, main,
+                             open_terminal, run)
 
 BUFFER = 128 << 10  # as in input.cpp; a pattern is at most a quarter of it
 
@@ -341,7 +342,7 @@ class Threads(InFolder):
 
     def expect_like_one(self, arguments, **more):
         one = run(["-j1"] + arguments, **more)
-        for jobs in ("5",) if OPTIONS.emulator else ("2", "5"):
+        for jobs in ("2", "5")[-few(2):]:
             many = run(["-j" + jobs] + arguments, **more)
             self.assertTrue(many.stdout == one.stdout, (arguments, jobs, len(many.stdout), len(one.stdout)))
             self.assertEqual((many.stderr, many.returncode), (one.stderr, one.returncode))
@@ -349,14 +350,14 @@ class Threads(InFolder):
 
     def test_many_files(self):
         chance = random.Random(8)
-        for i in range(60 if OPTIONS.emulator else 400):
+        for i in range(few(400)):
             os.makedirs(f"many/{i % 7}", exist_ok=True)
             size = chance.choice((0, 3, 100, 100, 60000))
             lines = [b"%d two %d\n" % (i, n) if chance.random() < 0.5 else b"none\n" for n in range(size)]
             self.write(f"many/{i % 7}/{i}", b"".join(lines) + chance.choice((b"", b"\0two\n", b"end")))
         table = ("-rn two", "-rnC1 ^9\\d+", "-rn --limit 0 two", "-rc two", "-rl two", "-rL two",
                  "-ro -b \\w+o", "-rm3 two", "-rv two", "-r --color=always tw?o")
-        for arguments in table[:3 if OPTIONS.emulator else None]:
+        for arguments in table[:few(24)]:
             one = self.expect_like_one(arguments.split() + ["many", "gone"])
             self.assertEqual(one.returncode, 2)
         self.assertEqual(run(["-rq", "two", "many", "gone"]).returncode, 0)
@@ -369,7 +370,7 @@ class Threads(InFolder):
         for end in (b"", b"last two", b"two\0\ntwo\n" + b"two\n" * 99999):
             self.write("large", b"".join(lines) + b"".join(lines[:50000]) + end)
             for arguments in ("-n 77", "-vc two", "-on 9+", "-n --limit 0 999$", "-F -v two"):
-                if not OPTIONS.emulator or (not end and "n" in arguments):
+                if OPTIONS.share == 1 or (not end and "n" in arguments):
                     self.expect_like_one(arguments.split(" ") + ["large"])
 
 
@@ -379,8 +380,7 @@ class Random(InFolder):
             self.skipTest("no grep")
         environment = {"LC_ALL": "C", "GREP_COLORS": "ne"}
         random.seed(20)
-        rounds = 40 if OPTIONS.emulator else 300
-        for _ in range(rounds):
+        for _ in range(few(300)):
             alphabet = random.choice(("ab", "aAbB", "aA@`[{zZ", "aeiouxyz .,"))
             def text(least, most, extra=""):
                 letters = random.choices(alphabet + extra, k=random.randint(least, most))
@@ -416,7 +416,7 @@ class Random(InFolder):
     def test_like_python(self):
         random.seed(21)
         environment = {"TERM": "dumb"}
-        for _ in range(40 if OPTIONS.emulator else 400):
+        for _ in range(few(400)):
             patterns = ["".join(random.choices(self.PIECES, k=random.randint(1, 4))) +
                         random.choice(("", random.choice(self.ENDS)))
                         for _ in range(random.choice((1, 1, 2)))]
@@ -469,7 +469,7 @@ class Buffers(InFolder):
                              expected[:80], done.stderr))
 
     def test_places_around_the_end_of_the_buffer(self):
-        offsets = (-3, 0) if OPTIONS.emulator else range(-7, 3)
+        offsets = (-3, 0) if OPTIONS.share > 1 else range(-7, 3)
         for line in (b"a line of text\n", b"x", b"\0y", b"ab\0" * 50000 + b"\n"):
             for offset in offsets:
                 at = BUFFER + offset

@@ -17,7 +17,8 @@ import tempfile
 import time
 import unittest
 
-from example_program import OPTIONS, expect_failing_output, expect_table, limited, main, open_terminal, run
+from example_program import (OPTIONS, expect_failing_output, expect_table, few, limited, main,
+                             open_terminal, run)
 
 BUFFER = 128 << 10  # the largest of its buffers, a multiple of the others
 CODECS = {"utf8": "utf-8", "utf16le": "utf-16-le", "utf16be": "utf-16-be", "latin1": "latin-1"}
@@ -137,7 +138,7 @@ class Table(unittest.TestCase):
 class Random(unittest.TestCase):
     def test_like_model(self):
         chance = random.Random(5)
-        for _ in range(30 if OPTIONS.emulator else 300):
+        for _ in range(few(300)):
             text = "".join(chance.choices("aAzZ ,,;\t\r\n\nß€𝄞", k=chance.choice((0, 3, 30, 300))))
             source, arguments, lines = chance.choice(list(CODECS)[:3]), [], text.encode().split(b"\n")
             arguments += ["--from", source]
@@ -201,7 +202,7 @@ class Buffers(unittest.TestCase):
         pieces = [b"a", b"\n", b"\x80", b"\xc0", b"\xff", b"\xc3", b"\xe2\x82", b"\xf0\x9f\x98",
                   b"\xe0\x80", *(c.encode() for c in "ß€𝄞")]
         content = b"".join(random.Random(9).choices(pieces, k=3 * BUFFER))
-        for cut in range(0, 3 if OPTIONS.emulator else 12):
+        for cut in range(max(3, few(12))):
             text = content[cut:].decode("utf-8", "as latin")
             self.convert(["--to", "utf16be"], content[cut:], text.encode("utf-16-be"), cut)
 
