@@ -22,8 +22,8 @@ class VekchRecipe(ConanFile):
 
     def export_sources(self):
         tree = os.path.join(self.recipe_folder, "..", "..")
-        for pattern in ("CMakeLists.txt", "LICENSE", "NOTICE", "README.md", "cmake/*", "docs/*",
-                        "frame/*", "include/*", "regexp/*", "strings/*", "tools/*", "unicode/*",
+        for pattern in ("CMakeLists.txt", "LICENSE", "NOTICE", "README.md", "SECURITY.md", "cmake/*",
+                        "docs/*", "frame/*", "include/*", "regexp/*", "strings/*", "tools/*", "unicode/*",
                         "packaging/windows/*"):
             copy(self, pattern, tree, self.export_sources_folder)
 

@@ -10,7 +10,8 @@ tar -tf "$2"/vekch-*.tar.gz | sed 's,^[^/]*,,' >"$2/tgz.list"
 dpkg-deb --fsys-tarfile "$2"/vekch_*_amd64.deb | tar -tf - | sed 's,^\./usr,,' >"$2/deb.list"
 for list in "$2/tgz.list" "$2/deb.list"; do
   for file in include/vekch/vekch.h lib/.*libvekchm7.so.1 lib/.*libvekchm7.a lib/.*vekch.pc \
-    lib/.*vekchConfig.cmake share/doc/vekch/NOTICE share/doc/vekch/LICENSE bin/vekgrep; do
+    lib/.*vekchConfig.cmake share/doc/vekch/NOTICE share/doc/vekch/LICENSE \
+    share/doc/vekch/SECURITY.md bin/vekgrep; do
     grep -qx "/$file" "$list" || { echo "$list has no $file" && exit 1; }
   done
 done
