@@ -30,7 +30,6 @@ constexpr int32_t kMost = INT32_MAX;
 constexpr int32_t kLast = kMost - 1;       // the last position
 constexpr size_t kHuge = size_t{1} << 32;  // room for kMost units, or for twice kMost bytes
 constexpr size_t kFold = size_t{4} << 20;  // after so many bytes the same pages follow
-constexpr size_t kPage = 4096;
 
 using Bytes = std::basic_string<uint8_t>;
 
@@ -50,9 +49,9 @@ class HugePages {
   bool MapZeros() { return all_ != nullptr && CommitZeros(all_ + kHuge, kHuge); }
   bool MapFolded() { return all_ != nullptr && Fold(all_ + kHuge, kHuge); }
 
-  // The last `size` bytes; and the page of zeros that can be put at their last page.
+  // The last `size` bytes; and zeros that can be put where folded pages end.
   uint8_t* AtEnd(size_t size) const { return all_ + 2 * kHuge - size; }
-  bool EndWithZeros() { return CommitAnew(AtEnd(kPage), kPage); }
+  bool EndWithZeros() { return MapZerosAt(AtEnd(kFold)); }
 
  private:
 #ifdef _WIN32
@@ -63,8 +62,28 @@ class HugePages {
   static bool CommitZeros(uint8_t* p, size_t size) {
     return VirtualAlloc(p, size, MEM_COMMIT, PAGE_READWRITE) != nullptr;
   }
-  static bool CommitAnew(uint8_t* /*p*/, size_t /*size*/) { return false; }
-  static bool Fold(uint8_t* /*p*/, size_t /*size*/) { return false; }
+  static HANDLE NewPages() {
+    return CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0,
+                              static_cast<DWORD>(kFold), nullptr);
+  }
+  static bool MapAt(HANDLE pages, uint8_t* p) {
+    return pages != nullptr && MapViewOfFileEx(pages, FILE_MAP_WRITE, 0, 0, kFold, p) == p;
+  }
+  static bool MapZerosAt(uint8_t* p) { return UnmapViewOfFile(p) != 0 && MapAt(NewPages(), p); }
+  // Views go where nothing is reserved: what lies around them is reserved anew. They stay until the
+  // program ends, as reserving at other addresses costs nothing.
+  static bool Fold(uint8_t* p, size_t size) {
+    const HANDLE pages = NewPages();
+    Release(p - kHuge, 3 * kHuge);
+    bool done = true;
+    for (uint8_t* guard : {p - kHuge, p + size}) {
+      done = done && VirtualAlloc(guard, kHuge, MEM_RESERVE, PAGE_NOACCESS) == guard;
+    }
+    for (size_t i = 0; done && i < size; i += kFold) {
+      done = MapAt(pages, p + i);
+    }
+    return done;
+  }
 #else
   static uint8_t* Reserve(size_t size) {
     void* const p =
@@ -79,9 +98,9 @@ class HugePages {
   static bool CommitZeros(uint8_t* p, size_t size) {
     return mprotect(p, size, PROT_READ | PROT_WRITE) == 0;
   }
-  static bool CommitAnew(uint8_t* p, size_t size) {
+  static bool MapZerosAt(uint8_t* p) {
     constexpr int kHow = MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED;
-    return mmap(p, size, PROT_READ | PROT_WRITE, kHow, -1, 0) != MAP_FAILED;
+    return mmap(p, kFold, PROT_READ | PROT_WRITE, kHow, -1, 0) != MAP_FAILED;
   }
   static bool Fold(uint8_t* p, size_t size) {
     const int file = memfd_create("folded", 0);
@@ -199,7 +218,7 @@ TEST_F(SizeTest, Find) {
 TEST_F(SizeTest, FindInTerminated) {
   VEKCH_NEEDS_ROOM();
   ASSERT_TRUE(room.EndWithZeros());
-  uint8_t* const end = room.AtEnd(kPage);
+  uint8_t* const end = room.AtEnd(kFold);
   std::fill(end - kFold, end, uint8_t{'a'});
   const uint8_t* const string = end - kMost;
   int32_t index = -7;
