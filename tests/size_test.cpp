@@ -180,7 +180,10 @@ const FindCase kFinds[] = {
     {veksFind_8u, "q\0"_b, -1},
     {veksFind_8u, "zq\0\0"_b, -1},
     {veksFind_8u, kMisleading, -1},
+    {veksFind_8u, Bytes(15, 0) + "z"_b, kLast - 15},
+    {veksFind_8u, Bytes(70000, 0) + "z"_b, kLast - 70000},
     {veksFindRev_8u, "a\0"_b, 0},
+    {veksFindRev_8u, "a"_b + Bytes(70000, 0), 0},
     {veksFindRev_8u, "a\0\0\0"_b, 0},
     {veksFindRev_8u, "a"_b + Bytes(40, 0), 0},
     {veksFindRev_8u, "ea"_b, -1},
@@ -190,7 +193,10 @@ const FindCase kFinds[] = {
     {veksFindCAny_8u, "z"_b, kLast},
     {veksFindCAny_8u, "qz"_b, kLast},
     {veksFindCAny_8u, "pqxz"_b, kLast},
+    {veksFindCAny_8u, "xyz"_b, kLast},
+    {veksFindCAny_8u, "pqrstxyz"_b, kLast},
     {veksFindCAny_8u, kDigits + "bdfz"_b, kLast},
+    {veksFindCAny_8u, kDigits + "bcdefghijklmnopqrstuvwxyzBCDEFGHIJKLM"_b, kLast},
     {veksFindCAny_8u, "bdfhjlnprtvxz13579"_b, kLast},
     {veksFindCAny_8u, "qx"_b, -1},
     {veksFindRevCAny_8u, "a"_b, 0},
@@ -447,6 +453,32 @@ TEST_F(SizeTest, Replace) {
   EXPECT_EQ(read, kMost);
   EXPECT_EQ(written, kMost);
   EXPECT_EQ(room.AtEnd(1)[0], 'z');
+}
+
+TEST_F(SizeTest, ReplaceEvery) {
+  VEKCH_NEEDS_ROOM();
+  Put({{0, 'z'}, {-1, 'z'}});
+  Pattern pattern("z", "g", 0);
+  struct Case {
+    const char* replacement;
+    int32_t read, written;  // the last byte of the room stays unused
+  };
+  const Case cases[] = {{"", kMost, kMost - 2}, {"$&", kLast, kLast}, {"wxyz", 1, 4}};
+  for (const Case& test : cases) {
+    uint64_t memory[10];
+    auto* const replacement = reinterpret_cast<RegExpReplaceState*>(memory);
+    veksRegExpReplaceInit(reinterpret_cast<const uint8_t*>(test.replacement), replacement);
+    RegExpFindResult results[2];
+    int32_t count = 2;
+    int32_t read = kMost;
+    int32_t written = kMost;
+    EXPECT_EQ(veksRegExpReplace_8u(text, &read, room.AtEnd(kMost), &written, results, &count,
+                                   pattern.State(), replacement),
+              StatusNoError);
+    EXPECT_EQ(count, 2);
+    EXPECT_EQ(read, test.read) << test.replacement;
+    EXPECT_EQ(written, test.written) << test.replacement;
+  }
 }
 
 }  // namespace
