@@ -295,6 +295,32 @@ TEST(FastMatcherTest, HostilePatternsEnd) {
   }
 }
 
+// What keeps a frame for each unit uses up those of a light try, then all that there are; a match
+// is none the less where the units are.
+TEST(FastMatcherTest, FramesRunOut) {
+  constexpr struct {
+    const char* pattern;  // of any number of units
+    const char* unit;
+  } kCases[] = {
+      {"(?:[ab]+b,)*!", "abb,"},   // a run that gives back
+      {"(?:[ab]+?b,)*!", "aab,"},  // lazy ones
+      {"(?:[^!,]+?b,)*!", "\u00E9b,"},  {"(?:\\p{Ll}+?b,)*!", "\u00E9b,"},
+      {"(?:\\p{Ll}+b,)*!", "\u00E9b,"},                                   // a run of characters
+      {"(?:(a)|(ab)|b)*!", "ab"},                                         // groups and choices
+      {"(?:(?:a|ab)(b)??,)*!", "ab,"},  {"(?:(?:ab?){1,2},)*!", "aab,"},  // counted repetitions
+      {"(?:(?:a|b|)*,)*!", "ab,"},                                        // that may be empty
+      {"(?:(?=(a))ab?|a)*!", "ab"},
+  };
+  for (const auto& test : kCases) {
+    const PatternObject object(test.pattern, "", 1, 200000);
+    for (const size_t units : {1100, 3000}) {
+      const std::string subject = test::Repeat(test.unit, units) + "!";
+      EXPECT_EQ(Find(object, subject), "0+" + std::to_string(subject.size()))
+          << test.pattern << ", units " << units;
+    }
+  }
+}
+
 // With the memory from the first return on, every small pattern gives what it gives without.
 TEST(FastMatcherTest, RemembersNothingThatIsWrong) {
   const test::Words patterns = test::AllTexts(test::Split("a b | ( ) * +? (?: (?= a?"), 5);
