@@ -91,13 +91,17 @@ def read_excused():
         elif len(place) < 2:
             place.append(line.strip())
         else:
-            change, kind, reason = (part.strip() for part in line.split(" | "))
+            change, kind, reason = (part.strip() for part in line.rsplit(" | ", 2))
             excused[(*place, change)] = Excuse(kind, reason)
     return excused
 
 
 def key_of(mutant):
     return mutant.site.file, mutant.line, mutant.name
+
+
+def text_of(mutant):
+    return f"  {mutant.number}: {mutant.site.file}\n     {mutant.line}\n     {mutant.name}"
 
 
 # ---- Building
@@ -140,7 +144,7 @@ def build():
     for command in (
         ["cmake", "-S", TREE, "-B", WORK / "build", "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
          "-DCMAKE_CXX_COMPILER=g++", "-DCMAKE_C_COMPILER=gcc", f"-DCMAKE_CXX_FLAGS={options}",
-         "-DVEKCH_BUILD_TESTS=ON", "-DVEKCH_BUILD_EXAMPLES=OFF", "-DVEKCH_INSTALL=OFF",
+         "-DVEKCH_BUILD_TESTS=ON", "-DVEKCH_BUILD_EXAMPLES=ON", "-DVEKCH_INSTALL=OFF",
          "-DBUILD_SHARED_LIBS=OFF"],
         ["cmake", "--build", WORK / "build", "--target", *PROGRAMS],
     ):  # fmt: skip
@@ -154,7 +158,7 @@ def build():
 
 def run_test(program, name, mutant, limit, reached="", shown=False):
     """Whether the test passed, and its processor time. `limit`: seconds of that, then it is over."""
-    more = {"VEKCH_MUTANT": str(mutant), "GTEST_FAIL_FAST": "1"}
+    more = {"VEKCH_MUTANT": str(mutant), "GTEST_BREAK_ON_FAILURE": "1"}
     if reached:
         more["VEKCH_REACHED"] = reached
     output = None if shown else subprocess.DEVNULL
@@ -194,19 +198,16 @@ def try_mutant(mutant, tests):
     seconds = 0.0
     for test in tests:
         if mutant.number in test.reached:
-            limit = math.ceil(1 + 3 * test.seconds)
+            limit = math.ceil(1 + 2 * test.seconds)
             passed, used = run_test(test.program, test.name, mutant.number, limit)
             seconds += used
             if not passed:
                 return Outcome(mutant, test.name, seconds)
+    print(f"survived\n{text_of(mutant)}", flush=True)
     return Outcome(mutant, None, seconds)
 
 
 # ---- Reporting
-
-
-def text_of(mutant):
-    return f"  {mutant.number}: {mutant.site.file}\n     {mutant.line}\n     {mutant.name}"
 
 
 def report(outcomes, excused):
@@ -216,9 +217,7 @@ def report(outcomes, excused):
         excuse = excused.get(key_of(outcome.mutant))
         state = "excused" if excuse else "caught" if outcome.caught else "survived"
         counts[folder][state] += 1
-        if state == "survived":
-            print(f"survived\n{text_of(outcome.mutant)}")
-        elif excuse and outcome.caught:
+        if excuse and outcome.caught:
             print(f"excused, but caught by {outcome.caught}\n{text_of(outcome.mutant)}")
     total = sum(counts.values(), collections.Counter())
     for folder, count in [*sorted(counts.items()), ("together", total)]:
@@ -268,7 +267,7 @@ def main():
                 if arguments.mutant in test.reached:
                     print(test.name, flush=True)
                     run_test(test.program, test.name, arguments.mutant,
-                             math.ceil(1 + 3 * test.seconds), shown=True)  # fmt: skip
+                             math.ceil(1 + 2 * test.seconds), shown=True)  # fmt: skip
             return 0
         print(f"{len(everything)} places, {len(chosen)} mutants, {len(tests)} tests in"
               f" {sum(test.seconds for test in tests):.0f} s of processor time", flush=True)
