@@ -26,6 +26,11 @@ constexpr bool kIsInstrumented = false;
 #endif
 constexpr size_t kShare = VEKCH_TEST_SHARE;  // one of so many patterns is tried
 
+// Whether one of them is: spread so that no period of what a list is made of is met.
+constexpr bool IsInShare(size_t number) {
+  return (number * 0x9E3779B97F4A7C15U >> 32) % kShare == 0;
+}
+
 constexpr int32_t kDefaultLimit = 10000;
 constexpr int32_t kNoOffset = 0x5A5A5A5A;
 

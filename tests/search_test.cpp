@@ -427,7 +427,7 @@ TEST_P(SmallWorlds, LikeTheModel) {
   size_t compiled = 0;
   for (const std::string& pattern : AllTexts(Split(world.words), world.mostWords)) {
     for (const std::string& options : allOptions) {
-      if (++number % kShare != 0 || !bench.Compile(world.before + pattern, {options})) {
+      if (!IsInShare(++number) || !bench.Compile(world.before + pattern, {options})) {
         continue;
       }
       ++compiled;
