@@ -458,7 +458,7 @@ TEST_F(SizeTest, Replace) {
 TEST_F(SizeTest, ReplaceEvery) {
   VEKCH_NEEDS_ROOM();
   Put({{0, 'z'}, {-1, 'z'}});
-  Pattern pattern("z", "g", 0);
+  const PatternObject pattern("z", "g", 0);
   struct Case {
     const char* replacement;
     int32_t read, written;  // the last byte of the room stays unused
