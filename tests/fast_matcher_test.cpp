@@ -313,7 +313,7 @@ TEST(FastMatcherTest, FramesRunOut) {
   };
   for (const auto& test : kCases) {
     const PatternObject object(test.pattern, "", 1, 200000);
-    for (const size_t units : {1100, 3000}) {
+    for (const size_t units : {size_t{1100}, size_t{3000}}) {
       const std::string subject = test::Repeat(test.unit, units) + "!";
       EXPECT_EQ(Find(object, subject), "0+" + std::to_string(subject.size()))
           << test.pattern << ", units " << units;

@@ -187,10 +187,10 @@ VEKCH_API vekStatus veksRegExpSetFormat(int32_t format, RegExpState* state) VEKC
  * searches end at once all the same, since the search remembers which choices have failed where.
  * It does not where the pattern has back-references, conditionals, captures in a look-around or an
  * atomic group, repeated atomic groups, or repetitions of a group with a bound other than 0, 1 or
- * none, nor where the subject is so long that the depth is used up. Any search that has gone through
- * about 1,000,000 + 100,000 * limit + 4,096 * len records of the program, or come back to its
- * choices half as often, ends as if the limit had run out: after about ten seconds at 10000, and
- * sooner at a lower limit, which serves patterns and subjects from somebody you don't trust.
+ * none, nor where the subject is so long that the depth is used up. Any search that has gone
+ * through about 1,000,000 + 100,000 * limit + 4,096 * len records of the program, or come back to
+ * its choices half as often, ends as if the limit had run out: after about ten seconds at 10000,
+ * and sooner at a lower limit, which serves patterns and subjects from somebody you don't trust.
  *
  * **A search may also run out of the limit without a status.** Inside of a group, a further
  * repetition that would nest too deep is one that can't be had, and the search goes on with those
