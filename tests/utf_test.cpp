@@ -166,17 +166,18 @@ TEST(UtfTest, EdgesOfTheByteRangesInsideLongText) {
                            "\xC3\xA9 x\xE2\x80\xA6"_b};
   const size_t count = edges.size();
   for (size_t i = 0; i < count * count * count * count; ++i) {
-    const auto fill = [&, end = i % 19](Bytes text, size_t size) {
-      while (text.size() < std::max(size, end)) {
-        text += fillers[i % 5];
+    const auto fill = [&fillers, i](Bytes* text, size_t size) {
+      while (text->size() < size) {
+        *text += fillers[i % 5];
       }
-      return text;
     };
-    Bytes text = fill({}, 0);
+    Bytes text;
+    fill(&text, i % 19);
     for (size_t j = 1; j < count * count * count * count; j *= count) {
       text.push_back(edges[i / j % count]);
     }
-    sweep.Expect(kToUnits, {fill(text, 75), {}, static_cast<int32_t>(i / 5 % 2), 80});
+    fill(&text, 75);
+    sweep.Expect(kToUnits, {text, {}, static_cast<int32_t>(i / 5 % 2), 80});
   }
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // A library with one small function and one small kernel that keeps every rule of
-// binary_rules.py, or, with one of the macros FAULT_... defined, breaks one of them.
+// tools/binary_rules.py, or, with one of the macros FAULT_... defined, breaks one of them.
 
 #if defined(FAULT_STRAY_KERNEL) || defined(FAULT_NO_KERNEL)
 #define KERNEL __attribute__((noinline))
