@@ -18,7 +18,7 @@ constexpr int64_t kAllSizes[] = {1,  2,  3,   5,   8,       13,   16,      24,  
 // Those of them that show the kernels' stages, in caches.
 constexpr int64_t kSomeSizes[] = {8, 16, 31, 64, 100, 256, 1 << 10, 4096, 1 << 16};
 
-// Bytes that start `offset` bytes behind a 64-byte boundary, with a zero byte behind the last.
+// Bytes that start `offset` bytes after a 64-byte boundary, with a zero byte after the last.
 class Input {
  public:
   explicit Input(int64_t length, int64_t offset = 0)

@@ -73,9 +73,9 @@ constexpr Pattern kPatterns[] = {
     {"word twice", "\\b(\\w+)\\s+\\1\\b", "", Needs::kBacktracking,
      "What is looked for depends on what was found: a group to record at every word."},
     {"price", "(?<=[$])\\d+(?:\\.\\d\\d)?", "", Needs::kBacktracking,
-     "A look behind at every digit."},
+     "A look-behind at every digit."},
     {"word before a comma", "\\w+(?=,)", "", Needs::kBacktracking,
-     "A look ahead behind every byte of a word, each but the last in vain."},
+     "A look-ahead after every byte of a word, each but the last in vain."},
 };
 
 // Short fields that match, as programs take them apart by the million: each is searched for within

@@ -14,7 +14,7 @@ namespace vekch_bench {
 constexpr const char* kTextNames[] = {"ascii", "latin", "cyrillic", "cjk", "emoji"};
 
 // The text of that name in UTF-8, its sentences in random order, over and over; cut at the first
-// end of a character at or behind `bytes`. The same for the same arguments in every run.
+// end of a character at or after `bytes`. The same for the same arguments in every run.
 std::string MakeText(const std::string& name, int64_t bytes);
 
 }  // namespace vekch_bench

@@ -118,12 +118,12 @@ class PatternMutator {
     return pieces[Below(pieces.size())];
   }
 
-  size_t Behind(char closing, size_t from) const {
+  size_t After(char closing, size_t from) const {
     const size_t at = text_.find(closing, from);
     return at == std::string::npos ? text_.size() : at + 1;
   }
 
-  // Behind "(", "(?:", "(?<=" and the like.
+  // After "(", "(?:", "(?<=" and the like.
   size_t OpeningEnd(size_t i) const {
     return i + 1 < text_.size() && text_[i + 1] == '?'
                ? std::min(text_.size(), text_.find_first_not_of("?<>=!:imsx-", i + 1))
@@ -133,7 +133,7 @@ class PatternMutator {
   size_t QuantifierEnd(size_t i) const {
     size_t end = i;
     if (i < text_.size() && std::strchr("*+?{", text_[i]) != nullptr) {
-      end = text_[i] == '{' ? Behind('}', i) : i + 1;
+      end = text_[i] == '{' ? After('}', i) : i + 1;
       end += text_.compare(end, 1, "?") == 0 ? 1 : 0;
     }
     return end;
@@ -155,7 +155,7 @@ class PatternMutator {
   size_t EscapeEnd(size_t i) const {
     const size_t end = std::min(i + 2, text_.size());
     const bool hasBraces = end < text_.size() && text_[end] == '{';
-    return hasBraces && std::strchr("pPx", text_[i + 1]) != nullptr ? Behind('}', end) : end;
+    return hasBraces && std::strchr("pPx", text_[i + 1]) != nullptr ? After('}', end) : end;
   }
 
   size_t ClassEnd(size_t i) const {
@@ -163,7 +163,7 @@ class PatternMutator {
     i += text_.compare(i, 1, "^") == 0 ? 1 : 0;
     i += text_.compare(i, 1, "]") == 0 ? 1 : 0;
     while (i < text_.size() && text_[i] != ']') {
-      i = text_[i] == '\\' ? EscapeEnd(i) : text_.compare(i, 2, "[:") == 0 ? Behind(']', i) : i + 1;
+      i = text_[i] == '\\' ? EscapeEnd(i) : text_.compare(i, 2, "[:") == 0 ? After(']', i) : i + 1;
     }
     return std::min(i + 1, text_.size());
   }

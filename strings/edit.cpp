@@ -19,13 +19,13 @@ using kernels::MovePiece;
 using kernels::MoveShort;
 
 // Bytes of a string after a range of `number` bytes from `start` on. The difference can't wrap.
-VEK_INLINE int64_t RestBehind(int32_t start, int32_t number, int32_t length) {
+VEK_INLINE int64_t RestAfter(int32_t start, int32_t number, int32_t length) {
   return int64_t{length} - start - number;
 }
 
 // Whether such a range lies inside a string.
 VEK_INLINE bool LiesInside(int32_t start, int32_t number, int32_t length) {
-  return start >= 0 && number >= 0 && RestBehind(start, number, length) >= 0;
+  return start >= 0 && number >= 0 && RestAfter(start, number, length) >= 0;
 }
 
 enum class Delimiter { kNone, kBetween };
@@ -230,7 +230,7 @@ VEK_KERNEL vekStatus veksInsert_8u(const uint8_t* source, int32_t sourceLength,
   if (AnyNull(source, inserted, destination)) {
     return StatusNullPointer;
   }
-  const int64_t rest = RestBehind(startIndex, 0, sourceLength);
+  const int64_t rest = RestAfter(startIndex, 0, sourceLength);
   if (insertedLength == 0 || !AreShort(startIndex, rest, insertedLength)) {
     return InsertLong(source, sourceLength, inserted, insertedLength, destination, startIndex);
   }
@@ -246,7 +246,7 @@ VEK_KERNEL vekStatus veksInsert_8u_I(const uint8_t* inserted, int32_t insertedLe
   if (AnyNull(inserted, buffer, length)) {
     return StatusNullPointer;
   }
-  const int64_t rest = RestBehind(startIndex, 0, *length);
+  const int64_t rest = RestAfter(startIndex, 0, *length);
   if (startIndex < 0 || !AreShort(rest, insertedLength)) {
     return InsertLongInPlace(inserted, insertedLength, buffer, length, startIndex);
   }
@@ -264,7 +264,7 @@ VEK_KERNEL vekStatus veksRemove_8u(const uint8_t* source, int32_t sourceLength,
   if (AnyNull(source, destination)) {
     return StatusNullPointer;
   }
-  const int64_t rest = RestBehind(startIndex, number, sourceLength);
+  const int64_t rest = RestAfter(startIndex, number, sourceLength);
   if (number < 0 || !AreShort(startIndex, rest)) {
     return RemoveLong(source, sourceLength, destination, startIndex, number);
   }
@@ -279,7 +279,7 @@ VEK_KERNEL vekStatus veksRemove_8u_I(uint8_t* buffer, int32_t* length, int32_t s
   if (AnyNull(buffer, length)) {
     return StatusNullPointer;
   }
-  const int64_t rest = RestBehind(startIndex, number, *length);
+  const int64_t rest = RestAfter(startIndex, number, *length);
   if (AnyNegative(startIndex, number) || !AreShort(rest)) {
     return RemoveLongInPlace(buffer, length, startIndex, number);
   }

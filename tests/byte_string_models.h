@@ -389,7 +389,7 @@ inline vekStatus RunHash(const Hash& hash, const uint8_t* string, int32_t length
                    : hash.units(reinterpret_cast<const uint16_t*>(string), length, number);
 }
 
-// Rows of the sweep: the hash is stored behind the text's place, or wherever that lies.
+// Rows of the sweep: the hash is stored after the text's place, or wherever that lies.
 template <size_t kHash, int32_t kSize>
 constexpr Function kHashFunction = {
     "Hash", [](Call& c) { return RunHash(kHashes[kHash], c.text, c.length / kSize, kSize, c.to); },

@@ -8,7 +8,7 @@ namespace vekch::test {
 namespace {
 
 // Equal strings but for a pair of bytes at one position, and perhaps the same pair the other way
-// round behind it, which must not be the difference that is reported.
+// round after it, which must not be the difference that is reported.
 Input Pair(size_t length, size_t where, uint8_t inText, uint8_t inOther, size_t second = kLongest) {
   Input in = {Bytes(length, 0)};
   for (size_t i = 0; i < length; ++i) {

@@ -116,7 +116,7 @@ TEST(ObjectTest, SizeOfEveryLengthBetweenTheGuards) {
   }
 }
 
-// A wrong option ends the compilation right behind the clearing.
+// A wrong option ends the compilation right after the clearing.
 TEST(ObjectTest, EveryByteOfTheBlockIsCleared) {
   PatternObject bench(40);
   for (size_t length = 0; length <= 40; ++length) {
@@ -222,7 +222,7 @@ TEST(CompilerTest, LimitsOfGroupsAndNesting) {
   }
 }
 
-// ---- Room. What takes the most records for its bytes, alone and repeated, in front of and behind
+// ---- Room. What takes the most records for its bytes, alone and repeated, in front of and after
 // other dense text: a record too many would hit the guard.
 
 TEST(CompilerTest, DensestConstructsStayInTheObject) {

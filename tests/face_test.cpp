@@ -106,7 +106,7 @@ TEST(FaceTest, TextsAsTheirModels) {
 }
 
 // Characters of one to four bytes, whole and cut, meet the end of a piece at every place.
-TEST(FaceTest, UtfGoesOnBehindAPiece) {
+TEST(FaceTest, UtfGoesOnAfterAPiece) {
   const std::u16string units = u"a\u00E9\u20AC\U0001F600";
   for (const std::string_view cut : {"", "\x80", "\xE2\x82", "\xF0\x9F\x98", "\xFD\x80\x80"}) {
     for (size_t before = 0; before < 12; ++before) {
@@ -162,7 +162,7 @@ bool BeginsCharacter(std::string_view text, size_t at) {
   return at == text.size() || (static_cast<unsigned char>(text[at]) & 0xC0) != 0x80;
 }
 
-// Asks at each place whether the pattern matches just there: behind as many bytes as lie before it.
+// Asks at each place whether the pattern matches just there: after as many bytes as lie before it.
 Spans ModelOfAll(const std::string& pattern, const std::string& text, bool bytes) {
   Spans spans;
   for (size_t at = 0; at <= text.size();) {

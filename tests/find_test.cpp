@@ -246,10 +246,10 @@ TEST_F(FindZeroTerminated, NeedleAcrossPiecesOfALongString) {
   for (const size_t n : {1U, 2U, 7U, 64U, 2500U}) {
     const Bytes needle = random.Text(n - 1, 26, 'a') + "!"_b;
     for (size_t from = 64; from <= 65536; from = from < 2048 ? 2 * from : from + 4095) {
-      for (const size_t behind : {size_t{0}, size_t{1}, n / 2, n - 1, n, n + 40}) {
-        const size_t at = from < behind ? 0 : from - behind;
-        Bytes text = random.Text(at, 26, 'a') + needle + random.Text(behind % 3 * 20, 26, 'a');
-        const size_t place = (from / 64 + behind) * 7 % TerminatedString::kPlaces;
+      for (const size_t after : {size_t{0}, size_t{1}, n / 2, n - 1, n, n + 40}) {
+        const size_t at = from < after ? 0 : from - after;
+        Bytes text = random.Text(at, 26, 'a') + needle + random.Text(after % 3 * 20, 26, 'a');
+        const size_t place = (from / 64 + after) * 7 % TerminatedString::kPlaces;
         ExpectNeedle(text, needle, place);
         ExpectNeedle(text.substr(0, at + n - 1), needle, place);
         text[at + n / 2] ^= 0x80;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Memory between two pages that can't be touched: a byte read or written in front of it or behind
+// Memory between two pages that can't be touched: a byte read or written in front of it or after
 // it ends the test program.
 
 #ifndef VEKCH_TESTS_GUARDED_BUFFER_H
@@ -24,7 +24,7 @@ class GuardedBuffer {
     return begin_ + size_ - distance - length;
   }
 
-  // The first byte behind the page that precedes, or `distance` bytes after that.
+  // The first byte after the page that precedes, or `distance` bytes after that.
   uint8_t* AtStart(size_t distance = 0) const { return begin_ + distance; }
 
  private:

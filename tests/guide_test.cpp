@@ -81,7 +81,7 @@ struct Example {
   std::vector<std::string> columns;  // the text first
 };
 
-// The slash that ends the pattern is the one with options, spaces and a column behind it.
+// The slash that ends the pattern is the one with options, spaces and a column after it.
 Example Read(const std::string& line) {
   Example example;
   const bool replaces = line[0] == 's';

@@ -38,7 +38,7 @@ TEST(HashTest, EveryElementEverywhere) {
 }
 
 // A zero element ends the reading, not only the hashing: the length may promise more than there is.
-TEST(HashTest, NothingIsReadBehindTheZero) {
+TEST(HashTest, NothingIsReadAfterTheZero) {
   GuardedBuffer buffer(kLongest);
   for (const size_t size : {1U, 2U}) {
     for (size_t length = 0; length < 100; ++length) {

@@ -87,7 +87,7 @@ class Matcher {
     int32_t length = -1;
   };
 
-  // How often something is repeated, and the record behind it.
+  // How often something is repeated, and the record after it.
   struct Times {
     int32_t least;
     int32_t most;
@@ -157,7 +157,7 @@ class Matcher {
       if (result != kFail || alternative == close) {
         return result;
       }
-      scene.options = OptionsBehind(alternative);
+      scene.options = OptionsAfter(alternative);
       first = alternative + 1;
       if (resets) {
         SetLength(at - slots[0].start);
@@ -172,7 +172,7 @@ class Matcher {
     return from;
   }
 
-  uint32_t OptionsBehind(int32_t record) const { return static_cast<uint32_t>(program[record].b); }
+  uint32_t OptionsAfter(int32_t record) const { return static_cast<uint32_t>(program[record].b); }
 
   struct Character {
     int32_t value;
@@ -300,11 +300,11 @@ class Matcher {
       case OpScript:
         return taken(MatchPropertyItem(character.value, &node, folds) >= 0, character.length);
       case OpGrapheme: {
-        int32_t behind = at + character.length;
-        while (behind < end && IsMark(Read(behind, true).value)) {
-          behind += Read(behind, true).length;
+        int32_t after = at + character.length;
+        while (after < end && IsMark(Read(after, true).value)) {
+          after += Read(after, true).length;
         }
-        return taken(!IsMark(character.value), behind - at);
+        return taken(!IsMark(character.value), after - at);
       }
       default:
         return std::nullopt;
@@ -323,10 +323,10 @@ class Matcher {
     }
     SetLength(slots[0].length + taken->reported);
     const Result result = Match(next, at + taken->bytes, scene);
-    return result == kAbort ? AbortBehind(node.op) : result;
+    return result == kAbort ? AbortAfter(node.op) : result;
   }
 
-  static Result AbortBehind(uint32_t op) {
+  static Result AbortAfter(uint32_t op) {
     return op == OpChar || op == OpBackref       ? kAbort
            : op == OpCharType || op == OpAnyByte ? kFail
                                                  : kOk;
@@ -338,7 +338,7 @@ class Matcher {
       int32_t length;
     };
     const auto least = static_cast<size_t>(times.least);
-    std::vector<Place> places = {{at, slots[0].length}};  // behind none, one, two ... of them
+    std::vector<Place> places = {{at, slots[0].length}};  // after none, one, two ... of them
     const auto most = static_cast<size_t>(std::max(times.least, std::min(times.most, end - at)));
     while (places.size() <= most) {
       const Place last = places.back();
@@ -393,7 +393,7 @@ class Matcher {
     if (node.op == OpCapture) {
       Set(static_cast<size_t>(node.c), old);
     }
-    return Match(times.next, at, {scene.end, OptionsBehind(close), scene.group});
+    return Match(times.next, at, {scene.end, OptionsAfter(close), scene.group});
   }
 
   // One repetition, and all that follows.
@@ -411,14 +411,14 @@ class Matcher {
                 : kFail;
         first += 1;
       } else {
-        const int32_t behind = first + condition.b + 2;
-        holds = Match(first, at, {behind, group.options, &group});
-        first = behind;
+        const int32_t after = first + condition.b + 2;
+        holds = Match(first, at, {after, group.options, &group});
+        first = after;
       }
       if (holds == kFail) {
         first = NextAlternative(first, group.close, open.a);
         if (first < group.close) {
-          inside.options = OptionsBehind(first++);
+          inside.options = OptionsAfter(first++);
         }
       }
       return holds == kAbort ? kAbort : Match(first, at, inside);
@@ -426,11 +426,11 @@ class Matcher {
     return TryAlternatives(first, group.close, at, inside, true);
   }
 
-  // The end of a repetition. What is aborted behind it has failed.
+  // The end of a repetition. What is aborted after it has failed.
   Result EndGroup(int32_t at, const Scene& scene) {
     const Group& group = *scene.group;
     const ProgramNode& open = program[group.open];
-    const Scene after = {scene.end, OptionsBehind(group.close), group.outer};
+    const Scene after = {scene.end, OptionsAfter(group.close), group.outer};
     const int32_t consumed = at - group.start;
     const Times left = group.times.OneLess();
     const Group again = {group.outer, group.open, group.close, left, group.options, at};
@@ -536,7 +536,7 @@ class Matcher {
   bool Holds(int32_t letter, int32_t at, uint32_t options) const {
     const bool isStart = at == 0;
     const bool isEnd = at == end;
-    const bool isBehindNewline = !isStart && subject[at - 1] == '\n';
+    const bool isAfterNewline = !isStart && subject[at - 1] == '\n';
     const bool isAtNewline = !isEnd && subject[at] == '\n';
     const bool isLastNewline = isAtNewline && at + 1 == end;
     const bool isBoundary =
@@ -551,14 +551,14 @@ class Matcher {
       case 'z':
         return isEnd;
       case '^':
-        return isStart || (byLines && isBehindNewline && !isEnd);
+        return isStart || (byLines && isAfterNewline && !isEnd);
       case '$':
         return isEnd || isLastNewline || (byLines && isAtNewline);
       case 'b':
       case 'B':
         return isBoundary == (letter == 'b');
       case RegExpAssertLineStart:
-        return isStart || isBehindNewline;
+        return isStart || isAfterNewline;
       default:
         return false;
     }

@@ -23,7 +23,7 @@ my @differences = (
     ['a back-reference needs a byte', undef, '(a*)b\1', 'b'],
     ['captures of a look-around stay when what follows it fails', undef, '(?=(a))x|a', 'a'],
     ['captures of an atomic group stay when it is given back', undef, '(?>(a)b)?abc', 'abc'],
-    ['nothing is seen behind the last literal, if the pattern ends with one',
+    ['nothing is seen after the last literal, if the pattern ends with one',
         qr/(?:\(\?[=!]|\$|\\[zZ]).*[ab](?:\+\??|\{[12].*)?$/, '(?=a\n)a', "a\n"],
     ['a repetition of nothing is the last one, even if more are due',
         qr/\)\{/, '(?:(?(1)a|())){2}', 'a'],

@@ -50,7 +50,7 @@ class ProgramChecker {
            (required < 0 || nodes[required].op == OpChar || nodes[required].op == OpString);
   }
 
-  // Moves on behind one construct, and says what is wrong with it.
+  // Moves on after one construct, and says what is wrong with it.
   const char* Step(const ProgramNode& node) {
     const bool followsAtom = repeatable;
     repeatable = true;
@@ -89,7 +89,7 @@ class ProgramChecker {
 
   int32_t Serial() const { return open.empty() ? 0 : nodes[open.back()].a; }
 
-  // The runs lie one behind the other, from the last record on.
+  // The runs lie one after the other, from the last record on.
   bool StringHolds(const ProgramNode& node) {
     const auto tail = reinterpret_cast<uintptr_t>(nodes + count) + copied;
     const auto end = reinterpret_cast<uintptr_t>(nodes + room);

@@ -113,7 +113,7 @@ TEST(ParsePropertyEscapeTest, WhatIsRefusedAtItsName) {
   }
 }
 
-TEST(ParsePropertyEscapeTest, EveryByteBehindTheLetter) {
+TEST(ParsePropertyEscapeTest, EveryByteAfterTheLetter) {
   const std::string majors = "LMZSNPC";
   for (int byte = 0; byte < 256; ++byte) {
     const std::string text = {'p', static_cast<char>(byte), 'x'};

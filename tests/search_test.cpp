@@ -3,7 +3,7 @@
 // Searching: oddities by name with results worked out by hand, small worlds in full and large
 // patterns at random beside the model, arguments, and the stack that a search takes.
 //
-// Subjects lie in turn in front of and behind a page that can't be touched; objects and results end
+// Subjects lie in turn in front of and after a page that can't be touched; objects and results end
 // at one.
 
 #include <gtest/gtest.h>
@@ -310,13 +310,13 @@ const Oddity kOddities[] = {
     {"captures of one that should not match stay", "(?:(?!(ab))x|a)", "ab", "0+1 0+2"},
     {"until the next start", "(?=(a))x|b", "ab", "1+1 -"},
     {"too little in front of it", "(?<=ab)c|(?<!ab)b", "bc", "0+1"},
-    {"literal text behind counts in bytes, the way back in characters", "(?<=\u00E9)b", "x\u00E9b",
-     ""},
+    {"literal text of a look-behind counts in bytes, the way back in characters", "(?<=\u00E9)b",
+     "x\u00E9b", ""},
     {"which meet at the start", "(?<=\u00E9)b", "\u00E9b", "2+1"},
-    {"a code point behind", "(?<=\\x{E9})b", "x\u00E9b", "3+1"},
+    {"a code point in a look-behind", "(?<=\\x{E9})b", "x\u00E9b", "3+1"},
     {"the way back in characters in the byte format too", "(?<=.)b", "\u00E9b", "2+1", {"", 0}},
     // Where the search begins and ends.
-    {"nothing is seen behind the last literal that is needed", "(?=a\n)a", "a\n", ""},
+    {"nothing is seen after the last literal that is needed", "(?=a\n)a", "a\n", ""},
     {"it is the end there", "(?=a$)a", "ab", "0+1"},
     {"alternatives of literals: the earliest", "cat|dog", "hotdog cat", "3+3"},
     {"of two at one place the first", "ab|abc", "abc", "0+2"},
@@ -330,7 +330,7 @@ const Oddity kOddities[] = {
     {"groups alone", "(a)(b)?", "aab", "0+1 - 1+1 2+1", {"g"}},
     {"room for less than a match", "(a)(b)", "abab", "truncated 0+1", {"g", 1, kDefaultLimit, 1}},
     {"room for less than two", "(a)(b)", "abab", "0+1 1+1 2+1", {"g", 1, kDefaultLimit, 3}},
-    {"behind an empty match one byte is tried", "(?:|ab|a)", "ab", "0+0 0+1 1+0 2+0", {"g"}},
+    {"after an empty match one byte is tried", "(?:|ab|a)", "ab", "0+0 0+1 1+0 2+0", {"g"}},
     {"as if it were the last", "(?:|a$)", "ab", "0+0 0+1 1+0 2+0", {"g"}},
     {"but for word boundaries", "(?:|a\\b)", "ab", "0+0 1+0 2+0", {"g"}},
     {"an alternative at top level may be empty again", "|a", "a", "0+0 0+0 1+0", {"g"}},
@@ -338,9 +338,9 @@ const Oddity kOddities[] = {
     // Limits.
     {"no depth at all", "a", "a", "limit 0", {"", 1, 3}},
     {"alternatives of literals need none", "a|b", "b", "0+1", {"", 1, 0}},
-    {"an abort behind a byte stays one", "a(b)", "ac", "limit 0", {"", 1, 4}},
-    {"behind a run it is a match", "ab(c)", "abd", "0+2 -", {"", 1, 4}},
-    {"behind a type it is a failure", ".(b)", "ac", "", {"", 1, 4}},
+    {"an abort after a byte stays one", "a(b)", "ac", "limit 0", {"", 1, 4}},
+    {"after a run it is a match", "ab(c)", "abd", "0+2 -", {"", 1, 4}},
+    {"after a type it is a failure", ".(b)", "ac", "", {"", 1, 4}},
     {"failures that cost too many steps", "a*(b)", "aaaaaa", "limit 2", {"", 1, 4}},
     {"with every match the elements stay as many", "a*(b)", "aaaaaa", "limit 40", {"g", 1, 4}},
     {"a repetition that has no depth left", "(a)*", "aaaa", "0+1 0+1", {"", 1, 24}},
@@ -376,7 +376,7 @@ struct World {
   std::string before = "";  // of each pattern
 };
 
-// Is passed over at once, and leaves no room in the object for the set of a class behind it, nor
+// Is passed over at once, and leaves no room in the object for the set of a class after it, nor
 // for a plan.
 std::string ClassesThatTakeTheRoom() {
   return "(?:" + Repeat("[qr]", RegExpFixedSize / sizeof(regexp::CharacterSet) + 1) + "){0}";

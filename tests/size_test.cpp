@@ -4,7 +4,7 @@
 // pass it must not wrap.
 //
 // The text is untouched pages of zeros with a few bytes set, so reading it takes no memory. What is
-// written goes to addresses behind which the same few pages lie again and again. Around both lie
+// written goes to addresses after which the same few pages lie again and again. Around both lie
 // pages that can't be touched, as far as a wrapped position leads. Where there is no such memory, a
 // test says so and is skipped.
 

@@ -73,7 +73,7 @@ class Sweep {
   explicit Sweep(size_t longest = 3 * kLongest)
       : text_(longest), other_(longest), result_(longest + 2 * kMargin) {}
 
-  // `place` from 0 to 511 says how the strings lie: at all distances from the page behind them, or
+  // `place` from 0 to 511 says how the strings lie: at all distances from the page after them, or
   // in front of them, and from each other.
   void Expect(const Function& function, const Input& input, size_t place = 0) {
     if (++calls_ > kAlways && calls_ % kInputShare != 0) {
@@ -88,19 +88,19 @@ class Sweep {
       const bool inPlace = where == kInPlace;
       const Bytes before = inPlace ? input.text : Bytes();
       const size_t room = std::max(before.size(), expected.stored.size());
-      const size_t behind = (place * 5 + place / 16) % 16;
-      uint8_t* to = result_.AtEnd(room, behind);
-      std::memset(to - kMargin, kUnwritten, room + kMargin + behind);
+      const size_t gap = (place * 5 + place / 16) % 16;
+      uint8_t* to = result_.AtEnd(room, gap);
+      std::memset(to - kMargin, kUnwritten, room + kMargin + gap);
       Put(to, before);
       const uint8_t* text = inPlace ? to : PutText(input, place);
       Call call = {text,    Size(input.text), other, Size(input.other),
                    input.x, input.y,          to,    kNoNumber};
       ASSERT_EQ(function.run(call), StatusNoError) << function.name;
       ASSERT_EQ(call.number, expected.number) << Describe(function, input, place);
-      // In place, bytes behind a shorter result stay.
+      // In place, bytes after a shorter result stay.
       const Bytes rest = before.substr(std::min(before.size(), expected.stored.size()));
       const Bytes after =
-          Bytes(kMargin, kUnwritten) + expected.stored + rest + Bytes(behind, kUnwritten);
+          Bytes(kMargin, kUnwritten) + expected.stored + rest + Bytes(gap, kUnwritten);
       ASSERT_EQ(std::memcmp(to - kMargin, after.data(), after.size()), 0)
           << Describe(function, input, place) << (inPlace ? ", in place" : "");
       ASSERT_TRUE(inPlace || std::equal(input.text.begin(), input.text.end(), text));

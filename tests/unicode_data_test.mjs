@@ -73,7 +73,7 @@ const [unassigned, privateUse, surrogates] = await Promise.all(
   ['Unassigned', 'Private_Use', 'Surrogate'].map((name) => readSet(`General_Category/${name}`)));
 
 // The categories' answers, with what the database's form made of them: ranges and unassigned code
-// points count as Cn both ways, and behind the last record only private use has any category.
+// points count as Cn both ways, and after the last record only private use has any category.
 async function expectedCategory(name) {
   const set = await readSet(`General_Category/${kShortNames[name]}`);
   const isRange = (x) => privateUse[x] || surrogates[x] ||

@@ -429,7 +429,7 @@ class Random(InFolder):
             expected = [("-n", "".join(numbered)), ("-c", f"{sum(found)}\n"),
                         ("-vc", f"{len(found) - sum(found)}\n")]
             matches = [[m for m in models[0].finditer(line)] for line in lines]
-            # How the search goes on behind an empty match is a matter of taste.
+            # How the search goes on after an empty match is a matter of taste.
             if len(models) == 1 and all(m[0] for line in matches for m in line):
                 def replaced(m):
                     return f"<{m[0]}{m[1] or '' if m.re.groups else ''}0>"

@@ -172,7 +172,7 @@ class Random(unittest.TestCase):
 
 
 def as_latin(error):
-    """Takes one byte that is malformed for the character of its value, and goes on behind it."""
+    """Takes one byte that is malformed for the character of its value, and goes on after it."""
     return error.object[error.start:error.start + 1].decode("latin-1"), error.start + 1
 
 

@@ -189,7 +189,7 @@ function paged(values) {
   return { pageOf, pages: [...numbers.keys()].flatMap((page) => page.split(',').map(Number)) };
 }
 
-// The stretches of code points that the tables of pages cover, one behind the other.
+// The stretches of code points that the tables of pages cover, one after the other.
 const covered = (values) =>
   [...values.slice(0, kMainEnd), ...values.slice(kTagsFirst, kTagsEnd)];
 
@@ -225,7 +225,7 @@ function wrapped(items, separator = ',') {
 const array = (declaration, items) =>
   `constexpr ${declaration}[] = {\n${wrapped(items.map(String))}\n};\n\n`;
 
-// Names each with a closing brace behind it.
+// Names each with a closing brace after it.
 const nameList = (declaration, names) =>
   `constexpr char ${declaration}[] =\n${names.map((name) => `    "${name}}"`).join('\n')};\n\n`;
 

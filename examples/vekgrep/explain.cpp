@@ -157,10 +157,10 @@ std::string LeftToExact(const RegExpState& state) {
   int32_t options = static_cast<int32_t>(state.compileFlags);
   for (int32_t i = 0; i < state.nodeCount; ++i) {
     const ProgramNode& node = nodes[i];
-    const int32_t behind = i + (IsOpening(node.op)   ? node.b + 2
-                                : node.op == OpClass ? node.b + 1
-                                                     : 1);
-    const bool isQuantified = behind < state.nodeCount && IsQuantifier(nodes[behind]);
+    const int32_t after = i + (IsOpening(node.op)   ? node.b + 2
+                               : node.op == OpClass ? node.b + 1
+                                                    : 1);
+    const bool isQuantified = after < state.nodeCount && IsQuantifier(nodes[after]);
     const auto group = static_cast<size_t>(node.a);
     if (node.op == OpBackref && node.a < state.captureCount && !isClosed[group]) {
       return "a reference to a group before its end";
@@ -174,7 +174,7 @@ std::string LeftToExact(const RegExpState& state) {
       isClosed[slots.back()] = slots.back() != 0;
       slots.pop_back();
     }
-    i = node.op == OpClass ? behind - 1 : i;
+    i = node.op == OpClass ? after - 1 : i;
     options = node.op == OpSetOptions                             ? node.a
               : node.op == OpOptionGroup                          ? node.c
               : node.op == OpAlternative || node.op == OpGroupEnd ? node.b

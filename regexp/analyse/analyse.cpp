@@ -55,7 +55,7 @@ class Analysis {
     uint64_t closed = 0;  // a bit for each of the first captures; the others count as open
     int32_t lastSerial = 0;
     int32_t lastAtTopLevel = 0;
-    for (int32_t i = 0; i < count; i = walk.BehindAtom(i)) {
+    for (int32_t i = 0; i < count; i = walk.AfterAtom(i)) {
       ProgramNode& node = nodes[i];
       if (IsOpening(node)) {
         lastSerial = SerialOf(node);
@@ -111,7 +111,7 @@ class Analysis {
 
   void NoteOptions() {
     auto options = static_cast<int32_t>(state->compileFlags);
-    for (int32_t i = 0; i < count; i = walk.BehindAtom(i)) {
+    for (int32_t i = 0; i < count; i = walk.AfterAtom(i)) {
       ProgramNode& node = nodes[i];
       switch (node.op) {
         case OpSetOptions:

@@ -10,7 +10,7 @@
 namespace vekch::regexp {
 
 // Notes in the records of a compiled program what is noted there, keeps what is known of the
-// pattern as a whole, and lays out the object's room: behind the entries of the groups come the
+// pattern as a whole, and lays out the object's room: after the entries of the groups come the
 // sets of the classes, then what is free.
 void Analyse(RegExpState* state);
 

@@ -92,7 +92,7 @@ class FilterMaker {
   // group can be passed to its end, and once again by a further repetition.
   void CountLevels() {
     int32_t passes = 1;
-    for (int32_t i = 0; i < walk.count; i = walk.BehindAtom(i)) {
+    for (int32_t i = 0; i < walk.count; i = walk.AfterAtom(i)) {
       passes += IsOpening(walk.nodes[i]) && IsRepeated(walk.GroupEnd(i)) ? 1 : 0;
       levels += now[i] != 0 ? 2 * passes : 0;
       passes -= walk.nodes[i].op == OpGroupEnd && IsRepeated(i) ? 1 : 0;
@@ -182,7 +182,7 @@ class FilterMaker {
   }
 
   void EndGroup(int32_t index) {
-    // The match goes on behind an atomic group by what slot 0 counts, not by where its bytes end.
+    // The match goes on after an atomic group by what slot 0 counts, not by where its bytes end.
     if (walk.nodes[index].a < 0 && CountsOtherwise()) {
       isUnknown = true;
       return;
@@ -197,7 +197,7 @@ class FilterMaker {
   // Whether slot 0 may count other bytes than those taken: for a byte that is its own code point,
   // and for a letter that folds to one of another length.
   bool CountsOtherwise() const {
-    for (int32_t i = 0; i < walk.count; i = walk.BehindAtom(i)) {
+    for (int32_t i = 0; i < walk.count; i = walk.AfterAtom(i)) {
       const ProgramNode& node = walk.nodes[i];
       if (node.op == OpCodePoint &&
           ((node.a >= 0x80 && node.a < 0x100) || IsCaseless(OptionsOf(node)))) {
@@ -223,11 +223,11 @@ class FilterMaker {
       }
       return;
     }
-    const int32_t behind = walk.BehindAtom(index);
-    const ProgramNode* const quantifier = walk.QuantifierAt(behind);
+    const int32_t following = walk.AfterAtom(index);
+    const ProgramNode* const quantifier = walk.QuantifierAt(following);
     const int32_t minimum = quantifier == nullptr ? 1 : quantifier->a;
     const int32_t maximum = quantifier == nullptr ? 1 : quantifier->b;
-    const int32_t after = quantifier == nullptr ? behind : behind + 1;
+    const int32_t after = quantifier == nullptr ? following : following + 1;
     if (minimum == 0) {
       Mark(after);
     }
@@ -254,7 +254,7 @@ class FilterMaker {
   }
 
   // A character of several bytes leaves it open what stands two bytes further: the window ends
-  // with the byte behind its first.
+  // with the byte after its first.
   void AddAtom(const ProgramNode& node) {
     switch (node.op) {
       case OpChar:

@@ -161,8 +161,8 @@ class PlanMaker {
       if (width == 0) {
         break;
       }
-      const int32_t behind = walk.BehindAtom(i);
-      const ProgramNode* const quantifier = walk.QuantifierAt(behind);
+      const int32_t after = walk.AfterAtom(i);
+      const ProgramNode* const quantifier = walk.QuantifierAt(after);
       least =
           quantifier == nullptr ? Plus(least, width) : Plus(least, int64_t{quantifier->a} * width);
       most = Plus(most, quantifier == nullptr ? MostWidth(walk.nodes[i], width)
@@ -171,7 +171,7 @@ class PlanMaker {
                             : int64_t{quantifier->b} * MostWidth(walk.nodes[i], width));
       ++sets;
       passes += 2;
-      i = quantifier == nullptr ? behind : behind + 1;
+      i = quantifier == nullptr ? after : after + 1;
     }
     if (most == INT32_MAX && i < walk.count && walk.nodes[i].op == OpLookahead &&
         !walk.HasAlternatives(i) && IsExactLiteral(i + 1)) {
@@ -389,7 +389,7 @@ class PlanMaker {
     }
     const CharacterSet* const set = i < walk.count ? walk.SetAt(i) : nullptr;
     const ProgramNode* const quantifier =
-        set == nullptr ? nullptr : walk.QuantifierAt(walk.BehindAtom(i));
+        set == nullptr ? nullptr : walk.QuantifierAt(walk.AfterAtom(i));
     return quantifier != nullptr && quantifier->a == 1 && quantifier->b == RegExpUnbounded &&
            set->wide != Wide::kMixed && !LooksBack(i);
   }

@@ -51,7 +51,7 @@ struct alignas(8) SearchPlan {
 
   Strategy strategy;
   uint8_t window;         // how many bytes are known, or pairs of bytes
-  uint8_t isAtWordStart;  // no match begins behind a word byte
+  uint8_t isAtWordStart;  // no match begins after a word byte
   uint8_t runDecides;     // what fails in the beginning of a run fails all along the run
   int32_t depth;          // that has to be there for places to be passed over
   int32_t literal;        // kPrefixLiteral, kInnerLiteral: index of the record

@@ -20,10 +20,9 @@ void AddRange(int32_t length, int64_t first, int64_t last, WideBytes* bytes) {
   const int64_t end = FirstOfLength(length + 1);
   first = first < lowest ? lowest : first;
   last = last >= end ? end - 1 : last;
-  const int32_t behindSecond = 6 * (length - 2);  // bits
+  const int32_t afterSecond = 6 * (length - 2);  // bits
   const int64_t markers = 0x3F00 >> length & 0x3F;
-  for (int64_t both = first >> behindSecond; first <= last && both <= last >> behindSecond;
-       ++both) {
+  for (int64_t both = first >> afterSecond; first <= last && both <= last >> afterSecond; ++both) {
     bytes->leads |= uint64_t{1} << (markers | both >> 6);
     bytes->seconds |= uint64_t{1} << (both & 0x3F);
   }

@@ -6,7 +6,7 @@
 // A choice fails again where it has failed before if all that its future depends on is the same:
 // the place, and for each group around it that may match nothing, whether its repetition has
 // consumed anything yet. So a bit for each says enough, as long as nothing else counts:
-// repetitions that are counted, copies of what was captured, captures that stay behind a failure,
+// repetitions that are counted, copies of what was captured, captures that stay after a failure,
 // and limits. The translation says which programs are free of the first three. Of the depth a loop
 // takes its cost for each byte at most, since no repetition of nothing is followed by another: a
 // failure is used only where the bytes up to the furthest that any try has come to could not have

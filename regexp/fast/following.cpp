@@ -38,7 +38,7 @@ bool Following::Find(int32_t used) {
       changed = changed || !(found == next[i]);
       next[i] = found;
     }
-    // Only choices and loops, which lie behind the records' operations, lead to ones before them.
+    // Only choices and loops, which lie after the records' operations, lead to ones before them.
     if (!changed || used == walk.count + 1) {
       return true;
     }

@@ -56,7 +56,7 @@ class FixedBytes {
   }
 
   int32_t length = 0;
-  int32_t end = 0;  // the operation behind them
+  int32_t end = 0;  // the operation after them
   int32_t cost = 0;
   int32_t captureCount = 0;
   FastCapture captures[kMostCaptures];

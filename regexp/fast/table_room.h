@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Where the tables of a fast program lie, one behind the other.
+// Where the tables of a fast program lie, one after the other.
 
 #ifndef VEKCH_REGEXP_FAST_TABLE_ROOM_H
 #define VEKCH_REGEXP_FAST_TABLE_ROOM_H

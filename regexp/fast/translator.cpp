@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // Each record becomes the operation of the same index, in one pass; groups with a choice or a loop
-// take further operations behind the last record's. Then the bytes that can come next are found for
+// take further operations after the last record's. Then the bytes that can come next are found for
 // each operation, and operations are fused by them.
 
 #include "regexp/fast/translator.h"
@@ -59,7 +59,7 @@ class Translator {
            static_cast<int64_t>(sizeof(GroupShape)) * (records + 1);
   }
 
-  // Behind what the program keeps.
+  // After what the program keeps.
   const uint8_t* End() const { return tables.Begin(); }
 
   const FastProgram* Run() {
@@ -197,7 +197,7 @@ class Translator {
       return nullptr;
     }
     const ProgramNode& node = walk.nodes[atom];
-    int32_t i = walk.BehindAtom(atom);
+    int32_t i = walk.AfterAtom(atom);
     const ProgramNode* const quantifier = walk.QuantifierAt(i);
     i += quantifier == nullptr ? 0 : 1;
     const bool isClosed =
@@ -356,7 +356,7 @@ class Translator {
         innermost = EndShape(i, innermost);
       } else if (IsAtom(node)) {
         AddAtom(i, &shapes[innermost]);
-        i = walk.BehindAtom(i) - 1;
+        i = walk.AfterAtom(i) - 1;
       } else if (!IsQuantifier(node)) {
         ++shapes[innermost].levels;
       }
@@ -366,7 +366,7 @@ class Translator {
 
   void AddAtom(int32_t i, GroupShape* shape) const {
     const ProgramNode& node = walk.nodes[i];
-    const ProgramNode* const quantifier = walk.QuantifierAt(walk.BehindAtom(i));
+    const ProgramNode* const quantifier = walk.QuantifierAt(walk.AfterAtom(i));
     shape->consumes |= node.op != OpBackref && IsDue(quantifier);
     shape->levels += node.op == OpClass || quantifier != nullptr ? 2 : 1;
   }
@@ -470,21 +470,21 @@ class Translator {
 
   int32_t Assertion(int32_t i) {
     const ProgramNode* const quantifier = walk.QuantifierAt(i + 1);
-    const int32_t behind = quantifier == nullptr ? i + 1 : i + 2;
+    const int32_t after = quantifier == nullptr ? i + 1 : i + 2;
     if (!IsDue(quantifier)) {
-      Begin(i, FastCode::kJump, behind);
-      return behind;
+      Begin(i, FastCode::kJump, after);
+      return after;
     }
     const int32_t letter = walk.nodes[i].a;
     const bool isMultiLine = (OptionsOf(walk.nodes[i]) & RegExpOptionM) != 0;
-    FastOp& op = Begin(i, FastCode::kAssert, behind);
+    FastOp& op = Begin(i, FastCode::kAssert, after);
     if (letter == 'A' || letter == 'G' || (letter == '^' && !isMultiLine)) {
       op.code = FastCode::kAtStart;
     } else if (letter == 'Z' || (letter == '$' && !isMultiLine)) {
       op.code = FastCode::kAtEnd;
     }
     op.letter = letter;
-    return behind;
+    return after;
   }
 
   // Whether what the record accepts may count more or fewer bytes than it has: a byte above 0x7F
@@ -520,16 +520,16 @@ class Translator {
 
   int32_t Atom(int32_t i) {
     const ProgramNode& node = walk.nodes[i];
-    const int32_t behind = walk.BehindAtom(i);
-    const ProgramNode* const quantifier = walk.QuantifierAt(behind);
+    const int32_t after = walk.AfterAtom(i);
+    const ProgramNode* const quantifier = walk.QuantifierAt(after);
     const bool isClass = node.op == OpClass || node.op == OpCharType;
     if (node.op == OpGrapheme || MayBeSkewed(node) || (isClass && walk.SetAt(i) == nullptr)) {
       return Unknown();
     }
     if (quantifier != nullptr) {
-      return Run(i, behind, *quantifier);
+      return Run(i, after, *quantifier);
     }
-    FastOp& op = Begin(i, FastCode::kCharacter, behind);
+    FastOp& op = Begin(i, FastCode::kCharacter, after);
     if (IsByte(node)) {
       op.code = FastCode::kByte;
       SetPair(node, &op);
@@ -544,17 +544,17 @@ class Translator {
     } else {
       op.record = &node;
     }
-    return behind;
+    return after;
   }
 
-  int32_t Run(int32_t i, int32_t behind, const ProgramNode& quantifier) {
+  int32_t Run(int32_t i, int32_t after, const ProgramNode& quantifier) {
     const ProgramNode& node = walk.nodes[i];
     if (quantifier.b == 0) {
-      Begin(i, FastCode::kJump, behind + 1);
-      return behind + 1;
+      Begin(i, FastCode::kJump, after + 1);
+      return after + 1;
     }
     const bool isLazy = quantifier.op == OpLazy;
-    FastOp& op = Begin(i, FastCode::kCharacterRun, behind + 1);
+    FastOp& op = Begin(i, FastCode::kCharacterRun, after + 1);
     op.run = {quantifier.a, quantifier.b, {nullptr}};
     if ((IsByte(node) || node.op == OpAnyByte) && isLazy) {
       op.code = FastCode::kLazySet;
@@ -574,7 +574,7 @@ class Translator {
       op.record = &node;
       op.code = isLazy ? FastCode::kLazyCharacter : op.code;
     }
-    return isLazy && op.bytes == nullptr ? Unknown() : behind + 1;
+    return isLazy && op.bytes == nullptr ? Unknown() : after + 1;
   }
 
   // A set of a byte in both its cases, or of any byte; null where it has no room.
@@ -609,8 +609,8 @@ class Translator {
     uncertain += IsUncertain(opening) ? 1 : 0;
   }
 
-  // What lies behind a group and its quantifier.
-  int32_t Behind(int32_t end) const {
+  // What lies after a group and its quantifier.
+  int32_t After(int32_t end) const {
     return walk.QuantifierAt(end + 1) == nullptr ? end + 1 : end + 2;
   }
 
@@ -691,7 +691,7 @@ class Translator {
     if (node.op == OpCapture) {
       CloseAt(i, end);
     } else {
-      Begin(end, FastCode::kJump, Behind(end));
+      Begin(end, FastCode::kJump, After(end));
     }
     if (isRepeated) {
       ops[end].next = static_cast<uint16_t>(LoopAt(i, body));
@@ -704,7 +704,7 @@ class Translator {
     const ProgramNode& node = walk.nodes[opening];
     const bool isCertain = uncertain == 0 && FactsOf(state)->firstAlternative == 0 &&
                            walk.QuantifierAt(end + 1) == nullptr;
-    FastOp& op = Begin(end, FastCode::kClose, Behind(end));
+    FastOp& op = Begin(end, FastCode::kClose, After(end));
     op.end.slot = static_cast<uint16_t>(node.c);
     op.serial = SerialOf(node);
     op.flags = isCertain ? 0 : kIsUndone;
@@ -764,7 +764,7 @@ class Translator {
     const int32_t opening = OpeningOf(i);
     loops -= IsRepeated(opening) ? 1 : 0;
     uncertain -= IsUncertain(opening) ? 1 : 0;
-    return Behind(i);
+    return After(i);
   }
 
   int32_t Sub(int32_t i, FastCode code) {

@@ -43,7 +43,7 @@ class FailureLevels {
   // Whether positions from here on are remembered.
   bool Reaches(uint32_t at) const { return at - start < positions / 2; }
 
-  // Levels that a failure behind a record takes at a position; -1 if none is known.
+  // Levels that a failure after a record takes at a position; -1 if none is known.
   int32_t Known(uint32_t node, uint32_t at) const {
     const int64_t place = PlaceOf(node, at);
     return place < 0 ? -1 : levels[place] - 1;
@@ -61,7 +61,7 @@ class FailureLevels {
 
   bool Examine(const ProgramWalk& walk) {
     loopCount = 0;
-    for (int32_t i = 0; i < walk.count; i = walk.BehindAtom(i)) {
+    for (int32_t i = 0; i < walk.count; i = walk.AfterAtom(i)) {
       const ProgramNode& node = walk.nodes[i];
       if (node.op == OpBackref || IsLookaround(node) || node.op == OpAtomic ||
           node.op == OpConditional) {
@@ -88,7 +88,7 @@ class FailureLevels {
   static bool Consumes(const ProgramWalk& walk, int32_t opening) {
     const int32_t end = walk.GroupEnd(opening);
     for (int32_t i = opening + 1; i < end && !walk.HasAlternatives(opening);
-         i = IsOpening(walk.nodes[i]) ? walk.GroupEnd(i) + 1 : walk.BehindAtom(i)) {
+         i = IsOpening(walk.nodes[i]) ? walk.GroupEnd(i) + 1 : walk.AfterAtom(i)) {
       const bool isAtom = IsLiteral(walk.nodes[i]) || HasSet(walk.nodes[i]);
       if (isAtom && walk.IsCertain(i)) {
         return true;

@@ -30,7 +30,7 @@ struct Budget {
 };
 
 // What becomes of an abort that comes up to a run of records: the last record that doesn't pass it
-// on decides. Every single literal byte behind that record keeps a step of the budget.
+// on decides. Every single literal byte after that record keeps a step of the budget.
 class OnAbort {
  public:
   enum Outcome : uint32_t { kPasses, kMatches, kFails };
@@ -60,7 +60,7 @@ enum class Choice : uint8_t {
   kCharacters,     // greedy: gives back a character at a time
   kCopies,         // greedy: gives back a copy of what a group captured
   kLazy,           // takes one more
-  kGroup,          // an open group: its next alternative, or to go on behind it
+  kGroup,          // an open group: its next alternative, or to go on after it
   kSkippedGroup,   // a lazy group that was passed over at first
   kGroupEnd,       // a repetition's end: its undoing, and what else can follow it
   kLookaround,     // the body of a look-around
@@ -72,7 +72,7 @@ enum class Choice : uint8_t {
 };
 
 // How far a repetition's end has gone through what can follow it.
-enum class EndPhase : uint8_t { kBody, kBehindFirst, kBehind };
+enum class EndPhase : uint8_t { kBody, kAfterFirst, kAfter };
 
 // The registers as they were, and what to undo.
 struct Frame {

@@ -4,8 +4,8 @@
 //
 // Alternatives are tried in order. At the end of a repetition the group has captured what that
 // repetition consumed. If it consumed nothing, or was the last one allowed, the match goes on
-// behind the group; otherwise a greedy group tries a further repetition first and then what is
-// behind it, once enough repetitions are done, and a lazy group the other way round.
+// after the group; otherwise a greedy group tries a further repetition first and then what is
+// after it, once enough repetitions are done, and a lazy group the other way round.
 
 #include "regexp/match/matcher.h"
 
@@ -146,14 +146,14 @@ Flow Matcher::EndGroup(Registers* r) {
   entry.start = OffsetOf(r->at);
   r->onAbort = OnAbort();
   if (isEmpty || (entry.maximum < 1 && !isLazy)) {
-    return GoBehind(r, EndPhase::kBehind);
+    return GoAfter(r, EndPhase::kAfter);
   }
   HasBeen(r->budget.depth - 1);
   if (r->budget.depth < 1) {
     return FailGroupEnd();
   }
   if (isLazy && entry.minimum < 1) {
-    return GoBehind(r, EndPhase::kBehindFirst);
+    return GoAfter(r, EndPhase::kAfterFirst);
   }
   frame->phase = EndPhase::kBody;
   return EnterBody(r, opening);
@@ -167,7 +167,7 @@ void Matcher::Capture(const ProgramNode& opening, const uint8_t* at) {
   }
 }
 
-Flow Matcher::GoBehind(Registers* r, EndPhase phase) {
+Flow Matcher::GoAfter(Registers* r, EndPhase phase) {
   Top().phase = phase;
   ++r->node;
   r->node += QuantifierAt(r->node) != nullptr ? 1 : 0;
@@ -196,9 +196,9 @@ Flow Matcher::ResumeGroupEnd(Registers* r, bool aborted) {
         return EnterAlternative(r, opening);
       }
       const bool isLazy = (r->node + 1)->op == OpLazy;
-      return entry.minimum > 0 || isLazy ? FailGroupEnd() : GoBehind(r, EndPhase::kBehind);
+      return entry.minimum > 0 || isLazy ? FailGroupEnd() : GoAfter(r, EndPhase::kAfter);
     }
-    case EndPhase::kBehindFirst:
+    case EndPhase::kAfterFirst:
       if (entry.maximum < 1) {
         return FailGroupEnd();
       }

@@ -203,7 +203,7 @@ Flow Matcher::String(Registers* r) {
 // A record that consumes a character or a copy, once or repeated.
 Flow Matcher::Character(Registers* r) {
   const ProgramNode& atom = *r->node;
-  if (QuantifierAt(BehindAtom(atom)) != nullptr) {
+  if (QuantifierAt(AfterAtom(atom)) != nullptr) {
     return Repeat(r, atom);
   }
   const int32_t length = RepetitionLength(atom, r->at);
@@ -211,7 +211,7 @@ Flow Matcher::Character(Registers* r) {
     return Flow::kFail;
   }
   r->at += length;
-  r->node = BehindAtom(atom);
+  r->node = AfterAtom(atom);
   switch (atom.op) {
     case OpBackref:
       break;
@@ -287,7 +287,7 @@ Flow Matcher::EndOfProgram(Registers* r) {
 
 Flow Matcher::Accept(Registers* r) {
   if (sub != nullptr) {
-    CutBehind(sub);
+    CutAfter(sub);
     return SubMatched(r);
   }
   slots[0].pointer = matchStart;
@@ -306,7 +306,7 @@ Flow Matcher::Fail(Registers* r) {
     if (chunkInUse->below == nullptr) {
       return Finish(MatchResult::kFail);
     }
-    CutBehind(Below(top));
+    CutAfter(Below(top));
   }
   return Resume(r, false);
 }
@@ -400,21 +400,21 @@ Frame* Matcher::Below(const Frame* frame) const {
   return chunk->below == nullptr ? nullptr : chunk->below->top - 1;
 }
 
-// Drops all frames behind one.
-void Matcher::CutBehind(const Frame* frame) {
+// Drops all frames after one.
+void Matcher::CutAfter(const Frame* frame) {
   while (frame < chunkInUse->frames || frame >= chunkInUse->frames + kFramesInChunk) {
     chunkInUse = chunkInUse->below;
   }
   top = chunkInUse->frames + (frame - chunkInUse->frames) + 1;
 }
 
-// Undoes what the frames behind one stand for; null stands for all of them, and false tells so.
+// Undoes what the frames after one stand for; null stands for all of them, and false tells so.
 bool Matcher::UnwindTo(const Frame* frame) {
   for (const Frame* last = Below(top); last != frame; last = Below(last)) {
     Undo(*last);
   }
   if (frame != nullptr) {
-    CutBehind(frame);
+    CutAfter(frame);
   }
   return frame != nullptr;
 }

@@ -98,7 +98,7 @@ class Matcher {
   struct Chunk {
     Chunk* below;
     Chunk* above;  // null as long as there was no need of one
-    Frame* top;    // behind its last frame, while frames are in the chunk above
+    Frame* top;    // after its last frame, while frames are in the chunk above
     Frame frames[kFramesInChunk];
   };
 
@@ -118,7 +118,7 @@ class Matcher {
   Flow Resume(Registers* r, bool aborted);
   Flow Abort(Registers* r);
   Frame* Below(const Frame* frame) const;
-  void CutBehind(const Frame* frame);
+  void CutAfter(const Frame* frame);
   bool UnwindTo(const Frame* frame);
   void Undo(const Frame& frame);
 
@@ -131,7 +131,7 @@ class Matcher {
   Flow RepeatCharacters(Registers* r, const ProgramNode& atom);
   Flow RepeatCopies(Registers* r, const ProgramNode& atom);
   Flow RepeatLazily(Registers* r, const ProgramNode& atom);
-  Flow GoOnBehind(Registers* r, const ProgramNode& atom, Choice choice, int32_t count);
+  Flow GoOnAfter(Registers* r, const ProgramNode& atom, Choice choice, int32_t count);
   Flow GiveBack(Registers* r);
   Flow GiveBackCopy(Registers* r);
   Flow TakeOneMore(Registers* r);
@@ -146,7 +146,7 @@ class Matcher {
   Flow EnterSkippedGroup(Registers* r);
   Flow EndGroup(Registers* r);
   Flow ResumeGroupEnd(Registers* r, bool aborted);
-  Flow GoBehind(Registers* r, EndPhase phase);
+  Flow GoAfter(Registers* r, EndPhase phase);
   Flow FailGroupEnd();
   void BeginCapture(const ProgramNode& opening, const uint8_t* at);
   void Capture(const ProgramNode& opening, const uint8_t* at);
@@ -156,7 +156,7 @@ class Matcher {
   // ---- sub_program.cpp
   Flow LookAround(Registers* r);
   void EnterBodyAt(Registers* r, const Frame& frame);
-  Flow BehindLookaround(Registers* r, const Frame& frame);
+  Flow AfterLookaround(Registers* r, const Frame& frame);
   static bool IsNegative(const ProgramNode& opening);
   bool IsLazyAtomic(const ProgramNode& opening) const;
   const uint8_t* LookbehindStart(const uint8_t* at, int32_t length) const;
@@ -177,7 +177,7 @@ class Matcher {
   Flow GiveBackAtomic(Registers* r);
   Flow GiveBackAtomicPlace(Registers* r);
   Flow TakeAtomicAgain(Registers* r);
-  Flow BehindAtomic(Registers* r);
+  Flow AfterAtomic(Registers* r);
 
   // ---- Shared.
   Frame* Push(const Registers& r, Choice choice) {
@@ -274,7 +274,7 @@ class Matcher {
   int32_t atomicMaximum = 0;  // repetitions allowed
 
   Chunk* chunkInUse = nullptr;
-  Frame* top = nullptr;  // behind its last frame
+  Frame* top = nullptr;  // after its last frame
   MatchResult result = MatchResult::kFail;
 };
 

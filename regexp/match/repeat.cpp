@@ -52,7 +52,7 @@ int32_t Matcher::CharacterLength(const ProgramNode& atom, const uint8_t* at) con
     default:
       break;
   }
-  // OpGrapheme: the marks behind the character as well.
+  // OpGrapheme: the marks after the character as well.
   if (IsMark(character.value)) {
     return 0;
   }
@@ -102,23 +102,23 @@ int32_t Matcher::RepetitionLength(const ProgramNode& atom, const uint8_t* at) co
 // ---- Greedy repetitions.
 
 Flow Matcher::Repeat(Registers* r, const ProgramNode& atom) {
-  if (BehindAtom(atom)->op == OpLazy) {
+  if (AfterAtom(atom)->op == OpLazy) {
     return RepeatLazily(r, atom);
   }
   return atom.op == OpBackref ? RepeatCopies(r, atom) : RepeatCharacters(r, atom);
 }
 
-// Goes on behind a repetition, as what is left for it to do is put aside.
-Flow Matcher::GoOnBehind(Registers* r, const ProgramNode& atom, Choice choice, int32_t count) {
+// Goes on after a repetition, as what is left for it to do is put aside.
+Flow Matcher::GoOnAfter(Registers* r, const ProgramNode& atom, Choice choice, int32_t count) {
   --r->budget.depth;
   Push(*r, choice)->count = count;
   r->onAbort = OnAbort();
-  r->node = BehindAtom(atom) + 1;
+  r->node = AfterAtom(atom) + 1;
   return IsKnown(*r, atom) ? Flow::kFail : Flow::kNext;
 }
 
 Flow Matcher::RepeatCharacters(Registers* r, const ProgramNode& atom) {
-  const ProgramNode& quantifier = *BehindAtom(atom);
+  const ProgramNode& quantifier = *AfterAtom(atom);
   uint32_t lowest = OffsetOf(r->at);
   int32_t count = 0;
   for (; count < quantifier.b; ++count) {
@@ -133,7 +133,7 @@ Flow Matcher::RepeatCharacters(Registers* r, const ProgramNode& atom) {
   if (count < quantifier.a) {
     return Flow::kFail;
   }
-  return GoOnBehind(r, atom, Choice::kCharacters, static_cast<int32_t>(lowest));
+  return GoOnAfter(r, atom, Choice::kCharacters, static_cast<int32_t>(lowest));
 }
 
 Flow Matcher::GiveBack(Registers* r) {
@@ -151,7 +151,7 @@ Flow Matcher::GiveBack(Registers* r) {
   r->at = before;
   frame.at = OffsetOf(before);
   frame.skew = r->skew;
-  r->node = BehindAtom(atom) + 1;
+  r->node = AfterAtom(atom) + 1;
   return IsKnown(*r, atom) ? Flow::kFail : Flow::kNext;
 }
 
@@ -168,7 +168,7 @@ const uint8_t* Matcher::BeforeLast(const ProgramNode& atom, const uint8_t* at,
 
 // An empty copy can be repeated as often as there are bytes.
 Flow Matcher::RepeatCopies(Registers* r, const ProgramNode& atom) {
-  const ProgramNode& quantifier = *BehindAtom(atom);
+  const ProgramNode& quantifier = *AfterAtom(atom);
   const int64_t room = limit - r->at;
   int64_t most = quantifier.b < room ? quantifier.b : room;
   most = most < quantifier.a ? quantifier.a : most;
@@ -183,7 +183,7 @@ Flow Matcher::RepeatCopies(Registers* r, const ProgramNode& atom) {
   if (count < quantifier.a) {
     return Flow::kFail;
   }
-  return GoOnBehind(r, atom, Choice::kCopies, count - quantifier.a);
+  return GoOnAfter(r, atom, Choice::kCopies, count - quantifier.a);
 }
 
 Flow Matcher::GiveBackCopy(Registers* r) {
@@ -196,14 +196,14 @@ Flow Matcher::GiveBackCopy(Registers* r) {
   }
   r->at -= slots[atom.a].length;
   frame.at = OffsetOf(r->at);
-  r->node = BehindAtom(atom) + 1;
+  r->node = AfterAtom(atom) + 1;
   return Flow::kNext;
 }
 
 // ---- Lazy repetitions.
 
 Flow Matcher::RepeatLazily(Registers* r, const ProgramNode& atom) {
-  const ProgramNode& quantifier = *BehindAtom(atom);
+  const ProgramNode& quantifier = *AfterAtom(atom);
   const int64_t room = limit - r->at;
   for (int32_t count = 0; count < quantifier.a; ++count) {
     const int32_t length = RepetitionLength(atom, r->at);
@@ -213,7 +213,7 @@ Flow Matcher::RepeatLazily(Registers* r, const ProgramNode& atom) {
     r->at += length;
     r->skew += SkewOf(atom, length);
   }
-  return GoOnBehind(r, atom, Choice::kLazy, AtMost(quantifier.b, room) - quantifier.a);
+  return GoOnAfter(r, atom, Choice::kLazy, AtMost(quantifier.b, room) - quantifier.a);
 }
 
 Flow Matcher::TakeOneMore(Registers* r) {
@@ -230,7 +230,7 @@ Flow Matcher::TakeOneMore(Registers* r) {
   r->skew += SkewOf(atom, length);
   frame.at = OffsetOf(r->at);
   frame.skew = r->skew;
-  r->node = BehindAtom(atom) + 1;
+  r->node = AfterAtom(atom) + 1;
   return IsKnown(*r, atom) ? Flow::kFail : Flow::kNext;
 }
 

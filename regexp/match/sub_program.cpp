@@ -39,7 +39,7 @@ Flow Matcher::SubMatched(Registers* r) {
       return AtomicMatched(r, frame);
     default: {
       Restore(frame, r);
-      return IsNegative(*r->node) ? Flow::kFail : BehindLookaround(r, frame);
+      return IsNegative(*r->node) ? Flow::kFail : AfterLookaround(r, frame);
     }
   }
 }
@@ -63,7 +63,7 @@ Flow Matcher::SubFailed(Registers* r) {
     case Choice::kAtomic:
       return AtomicFailed(r, frame);
     default:
-      return IsNegative(*r->node) ? BehindLookaround(r, frame) : Flow::kFail;
+      return IsNegative(*r->node) ? AfterLookaround(r, frame) : Flow::kFail;
   }
 }
 
@@ -73,7 +73,7 @@ bool Matcher::IsNegative(const ProgramNode& opening) {
   return opening.op == OpNegLookbehind || opening.op == OpNegLookahead;
 }
 
-Flow Matcher::BehindLookaround(Registers* r, const Frame& frame) {
+Flow Matcher::AfterLookaround(Registers* r, const Frame& frame) {
   r->node = GroupEndOf(*r->node) + 1;
   r->onAbort = frame.onAbort;
   return Flow::kNext;
@@ -145,13 +145,13 @@ Flow Matcher::AtomicRepetition(Registers* r) {
   if (minimum < 1 && IsLazyAtomic(*r->node)) {
     Push(*r, Choice::kAtomicLazy)->count = maximum;
     r->onAbort = OnAbort();
-    return BehindAtomic(r);
+    return AfterAtomic(r);
   }
   if (maximum < 1) {
-    return BehindAtomic(r);
+    return AfterAtomic(r);
   }
   if (r->at > limit) {  // code points that counted more than their bytes
-    return minimum < 1 ? BehindAtomic(r) : Flow::kFail;
+    return minimum < 1 ? AfterAtomic(r) : Flow::kFail;
   }
   EnterAtomicBody(r, minimum, maximum);
   return Flow::kNext;
@@ -181,11 +181,11 @@ Flow Matcher::AtomicMatched(Registers* r, const Frame& frame) {
   const bool isLazy = IsLazyAtomic(*r->node);
   if (length <= 0) {
     r->skew += length;
-    return BehindAtomic(r);
+    return AfterAtomic(r);
   }
-  // A place behind the end is as good as any other: what is further counts for the length alone.
-  const int64_t toBehindEnd = limit - r->at + 1;
-  const int64_t excess = length > toBehindEnd ? length - toBehindEnd : 0;
+  // A place after the end is as good as any other: what is further counts for the length alone.
+  const int64_t toAfterEnd = limit - r->at + 1;
+  const int64_t excess = length > toAfterEnd ? length - toAfterEnd : 0;
   length -= excess;
   if (!isDue && !isLazy) {
     NoteAtomicRepeat(*r, static_cast<int32_t>(length));
@@ -201,7 +201,7 @@ Flow Matcher::AtomicMatched(Registers* r, const Frame& frame) {
 Flow Matcher::AtomicFailed(Registers* r, const Frame& frame) {
   r->onAbort = frame.onAbort;
   const bool isDue = frame.sub.minimum > 0;
-  return isDue || IsLazyAtomic(*r->node) ? Flow::kFail : BehindAtomic(r);
+  return isDue || IsLazyAtomic(*r->node) ? Flow::kFail : AfterAtomic(r);
 }
 
 // A repetition of so many bytes from r.at on that may be given back.
@@ -274,7 +274,7 @@ Flow Matcher::GiveBackAtomic(Registers* r) {
     --top;
     r->onAbort = frame.onAbort;
   }
-  return BehindAtomic(r);
+  return AfterAtomic(r);
 }
 
 Flow Matcher::GiveBackAtomicPlace(Registers* r) {
@@ -285,7 +285,7 @@ Flow Matcher::GiveBackAtomicPlace(Registers* r) {
   if (place == 0) {  // the first one that was added
     --top;
   }
-  return BehindAtomic(r);
+  return AfterAtomic(r);
 }
 
 Flow Matcher::TakeAtomicAgain(Registers* r) {
@@ -300,9 +300,9 @@ Flow Matcher::TakeAtomicAgain(Registers* r) {
   return Flow::kNext;
 }
 
-Flow Matcher::BehindAtomic(Registers* r) {
-  const ProgramNode* const behind = GroupEndOf(*r->node) + 1;
-  r->node = QuantifierAt(behind) == nullptr ? behind : behind + 1;
+Flow Matcher::AfterAtomic(Registers* r) {
+  const ProgramNode* const after = GroupEndOf(*r->node) + 1;
+  r->node = QuantifierAt(after) == nullptr ? after : after + 1;
   return r->at > limit && r->node != programEnd ? Flow::kFail : Flow::kNext;
 }
 

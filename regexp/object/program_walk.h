@@ -24,7 +24,7 @@ struct ProgramWalk {
   }
 
   // The index after an atom, where its quantifier is if it has one.
-  int32_t BehindAtom(int32_t index) const { return index + AtomSize(nodes[index]); }
+  int32_t AfterAtom(int32_t index) const { return index + AtomSize(nodes[index]); }
 
   int32_t GroupEnd(int32_t opening) const { return opening + nodes[opening].b + 1; }
 
@@ -63,7 +63,7 @@ struct ProgramWalk {
     if (index >= count) {
       return false;
     }
-    const ProgramNode* const quantifier = QuantifierAt(BehindAtom(index));
+    const ProgramNode* const quantifier = QuantifierAt(AfterAtom(index));
     return quantifier == nullptr || quantifier->a > 0;
   }
 

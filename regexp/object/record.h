@@ -56,7 +56,7 @@ inline const ProgramNode* GroupEndOf(const ProgramNode& opening) {
 constexpr int32_t AtomSize(const ProgramNode& atom) {
   return 1 + (atom.op == OpClass ? atom.b : 0);
 }
-inline const ProgramNode* BehindAtom(const ProgramNode& atom) { return &atom + AtomSize(atom); }
+inline const ProgramNode* AfterAtom(const ProgramNode& atom) { return &atom + AtomSize(atom); }
 
 // The quantifier at a record that may be the end of the program, or null.
 inline const ProgramNode* QuantifierAt(const ProgramNode* node, const ProgramNode* programEnd) {

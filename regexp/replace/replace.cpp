@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // Replacing: one search for all matches that are to be replaced, then the source from its start to
-// its end, in pieces: the text before each match, the template's items, the text behind the last.
+// its end, in pieces: the text before each match, the template's items, the text after the last.
 //
 // A piece is copied where it is shorter than the room that is left, so that at least one byte of
 // room stays for the next. What a destination too small ends at is a matter of the mode:
@@ -131,13 +131,13 @@ Progress ReplaceAll(const Job& job, const Match& matches, int32_t slotsPerMatch)
                           job.destination + done.destination, job.capacity - done.destination)) {
       return done;
     }
-    const int64_t behindGap = done.destination + gap;
+    const int64_t afterGap = done.destination + gap;
     const int64_t expanded =
-        Expand(job, match, job.destination + behindGap, job.capacity - behindGap);
+        Expand(job, match, job.destination + afterGap, job.capacity - afterGap);
     if (expanded == kNoRoom) {
-      return {start, behindGap};
+      return {start, afterGap};
     }
-    done = {start + whole.length, behindGap + expanded};
+    done = {start + whole.length, afterGap + expanded};
   }
   const Piece tail = {job.source + done.source,
                       static_cast<int32_t>(job.sourceLength - done.source)};

@@ -78,7 +78,7 @@ class TemplateReader {
 
   const uint8_t* at;
   const uint8_t* literal;  // where the literal text that has not been stored yet begins
-  ReplaceItem* end;        // behind the last item
+  ReplaceItem* end;        // after the last item
 };
 
 }  // namespace

@@ -23,7 +23,7 @@ struct Stretch {
 };
 
 // Whether the pattern is one literal, which the matcher would find where it is found: depth for it
-// and for the end behind it is there.
+// and for the end after it is there.
 inline bool IsLoneLiteral(const RegExpState& state) {
   constexpr int32_t kLeastDepth = 2;
   const ProgramNode& node = *ProgramOf(&state);
@@ -58,7 +58,7 @@ inline bool FailsOnNothing(const RegExpState& state) {
   return DepthLimit(state) > 2 * int64_t{state.nodeCount} + kOwnLevels;
 }
 
-// No match ends behind the last occurrence of the literal that every match ends with: the text up
+// No match ends after the last occurrence of the literal that every match ends with: the text up
 // to there, nothing of it where there is none, all of it if the pattern has no such literal.
 inline Stretch UpToLastLiteral(const Stretch& text, const RegExpState& state) {
   if (state.requiredLiteralIndex < 0) {

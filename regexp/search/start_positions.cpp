@@ -9,7 +9,7 @@ namespace {
 
 constexpr int32_t kLeastToSkip = 4;  // bytes of a window that is looked at from its end
 
-// The first of the places before `end` behind which a whole window is possible, by what `placesOf`
+// The first of the places before `end` after which a whole window is possible, by what `placesOf`
 // tells of each byte of it. From the window's end: what was possible there says how far the next
 // window can be.
 template <class PlacesOf>
@@ -122,7 +122,7 @@ const uint8_t* StartPositions::Candidate(const uint8_t* at) {
 }
 
 // What follows the run in which a try has failed that decides for all of it.
-const uint8_t* StartPositions::BehindRun(const uint8_t* at) const {
+const uint8_t* StartPositions::AfterRun(const uint8_t* at) const {
   if (plan->strategy == SearchPlan::kInnerLiteral) {
     return runLiteral != nullptr && runLiteral >= at ? runLiteral + 1 : at + 1;
   }

@@ -54,7 +54,7 @@ class StartPositions {
   // cost no step: one that did would cost some again, or fail otherwise with those that are left.
   const uint8_t* After(const uint8_t* at, bool wasFree) {
     if (plan != nullptr) {
-      return NextByPlan(wasFree && plan->runDecides != 0 ? BehindRun(at) : at + 1);
+      return NextByPlan(wasFree && plan->runDecides != 0 ? AfterRun(at) : at + 1);
     }
     if (at >= text.end || rule.way == StartRule::kFirst) {
       return nullptr;
@@ -69,12 +69,12 @@ class StartPositions {
   bool IsLineStart(const uint8_t* at) const { return at == text.subject || at[-1] == '\n'; }
   const uint8_t* NextLineStart(const uint8_t* at) const;
 
-  // By the plan: the first place from `at` on, which is one or lies one behind the end.
+  // By the plan: the first place from `at` on, which is one or lies one after the end.
   const uint8_t* NextByPlan(const uint8_t* at);
   const uint8_t* Candidate(const uint8_t* at);
   const uint8_t* NextLiteral(const uint8_t* at) const;
   const uint8_t* NextInRun(const uint8_t* at);
-  const uint8_t* BehindRun(const uint8_t* at) const;
+  const uint8_t* AfterRun(const uint8_t* at) const;
   const uint8_t* NextByClasses(const uint8_t* at);
   const uint8_t* NextWindow(const uint8_t* at);
   template <class FindGroup, class FindLast>
