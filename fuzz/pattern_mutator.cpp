@@ -73,7 +73,7 @@ class PatternMutator {
     }
   }
 
-  // Puts a piece of another pattern in front of one of this.
+  // Puts a piece of another pattern before one of this.
   void Splice(const std::string& pattern) {
     PatternMutator donor(pattern, static_cast<unsigned>(random_()));
     text_.insert(Any().begin, donor.TextOf(donor.Any()));

@@ -19,7 +19,7 @@ constexpr size_t kChunk = size_t{256} * 1024;
 Output Copied(const Input& in) { return {kNoNumber, in.text}; }
 Output Filled(const Input& in) { return {kNoNumber, Bytes(in.text.size(), 0xC5)}; }
 
-// Bytes in front of the first boundary, which kernels past the cache leave to their callers.
+// Bytes before the first boundary, which kernels past the cache leave to their callers.
 int32_t Head(const Call& c) {
   return std::min(static_cast<int32_t>(-reinterpret_cast<uintptr_t>(c.to) % 16), c.length);
 }

@@ -66,7 +66,7 @@ void CheckListing(PatternObject& bench, const std::string& row) {
       << row;
 }
 
-// A status, then patterns with a mark in front of the fault.
+// A status, then patterns with a mark before the fault.
 void CheckFaults(PatternObject& bench, const std::string& row) {
   static const std::map<std::string, vekStatus> kStatuses = {
       {"Escape", StatusRegExpEscapeError},
@@ -222,7 +222,7 @@ TEST(CompilerTest, LimitsOfGroupsAndNesting) {
   }
 }
 
-// ---- Room. What takes the most records for its bytes, alone and repeated, in front of and after
+// ---- Room. What takes the most records for its bytes, alone and repeated, before and after
 // other dense text: a record too many would hit the guard.
 
 TEST(CompilerTest, DensestConstructsStayInTheObject) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Memory between two pages that can't be touched: a byte read or written in front of it or after
+// Memory between two pages that can't be touched: a byte read or written before it or after
 // it ends the test program.
 
 #ifndef VEKCH_TESTS_GUARDED_BUFFER_H
@@ -19,7 +19,7 @@ class GuardedBuffer {
   GuardedBuffer(const GuardedBuffer&) = delete;
   GuardedBuffer& operator=(const GuardedBuffer&) = delete;
 
-  // The last `length` bytes in front of the page that follows, or `distance` bytes before that.
+  // The last `length` bytes before the page that follows, or `distance` bytes before that.
   uint8_t* AtEnd(size_t length, size_t distance = 0) const {
     return begin_ + size_ - distance - length;
   }

@@ -3,7 +3,7 @@
 // Searching: oddities by name with results worked out by hand, small worlds in full and large
 // patterns at random beside the model, arguments, and the stack that a search takes.
 //
-// Subjects lie in turn in front of and after a page that can't be touched; objects and results end
+// Subjects lie in turn before and after a page that can't be touched; objects and results end
 // at one.
 
 #include <gtest/gtest.h>
@@ -236,7 +236,7 @@ const Oddity kOddities[] = {
     {"a short subject fails a counted repetition", "a{2,3}", "a", ""},
     {"letters fold in ASCII alone", "k\u00C9", "K\u00E9", "", {"i"}},
     {"bytes that differ in the case bit, but are no letters", "[@`]@", "``", "", {"i"}},
-    {"an empty back-reference in front of a byte", "(a*)b\\1", "bc", "0+1 0+0"},
+    {"an empty back-reference before a byte", "(a*)b\\1", "bc", "0+1 0+0"},
     {"an optional back-reference at the end", "(a*)b\\1?", "b", "0+1 0+0"},
     {"a back-reference to a group without a part", "(a)|b\\1", "b", ""},
     {"a back-reference folds", "(a)\\1", "aA", "0+2 0+1", {"i"}},
@@ -309,7 +309,7 @@ const Oddity kOddities[] = {
     {"but whole repetitions", "(?>ab)*ab", "abab", "0+4"},
     {"captures of one that should not match stay", "(?:(?!(ab))x|a)", "ab", "0+1 0+2"},
     {"until the next start", "(?=(a))x|b", "ab", "1+1 -"},
-    {"too little in front of it", "(?<=ab)c|(?<!ab)b", "bc", "0+1"},
+    {"too little before it", "(?<=ab)c|(?<!ab)b", "bc", "0+1"},
     {"literal text of a look-behind counts in bytes, the way back in characters", "(?<=\u00E9)b",
      "x\u00E9b", ""},
     {"which meet at the start", "(?<=\u00E9)b", "\u00E9b", "2+1"},
@@ -320,7 +320,7 @@ const Oddity kOddities[] = {
     {"it is the end there", "(?=a$)a", "ab", "0+1"},
     {"alternatives of literals: the earliest", "cat|dog", "hotdog cat", "3+3"},
     {"of two at one place the first", "ab|abc", "abc", "0+2"},
-    {"a literal in front, though none of it is needed", "a*?b", "bab", "1+2"},
+    {"a literal at the start, though none of it is needed", "a*?b", "bab", "1+2"},
     {"found by folding", "a+b", "xAB", "1+2", {"i"}},
     {"nothing inside a character", "(\xA9)", "\u00E9", ""},
     {"unless the literal is looked for", "\xA9", "\u00E9", "1+1"},

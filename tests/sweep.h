@@ -74,7 +74,7 @@ class Sweep {
       : text_(longest), other_(longest), result_(longest + 2 * kMargin) {}
 
   // `place` from 0 to 511 says how the strings lie: at all distances from the page after them, or
-  // in front of them, and from each other.
+  // before them, and from each other.
   void Expect(const Function& function, const Input& input, size_t place = 0) {
     if (++calls_ > kAlways && calls_ % kInputShare != 0) {
       return;

@@ -410,7 +410,7 @@ class Random(InFolder):
     PIECES = ("a", "b", "ab", "c", ".", "[ab]", "[^a]", "[^a\\n]", "\\s", "\\w", "\\W", "\\d", "\\S",
               "^", "$", "\\b", "a+", ".*", "\\d*?", "[^b]*", "\\s+", "[ab]{2,3}", "c?", "(a|bc)",
               "(a|b)+", "(?:ab)+?", "(?<=a)", "(?<!b)", "(?i:A)", "(b+|c)\\1", "\\A", "abc", "(?s:.)")
-    # In front of literal text the library means something else by what looks ahead.
+    # Before literal text the library means something else by what looks ahead.
     ENDS = ("", "(?=b)", "(?=\\W|$)", "(?!a)", "(?!.*c)") + tuple("|" + piece for piece in PIECES)
 
     def test_like_python(self):

@@ -99,7 +99,7 @@ def first_sentence(text):
     text = " ".join(text.split()).removeprefix("vekch: ")
     sentence = re.split(r"(?<=[\w`][.:;])\s", text)[0].rstrip(".:;").replace("`", "")
     if len(sentence) > 90:
-        sentence = re.split(r"[,(]| that | in front of | before | at its start| and ", sentence)[0].strip()
+        sentence = re.split(r"[,(]| that | before | at its start| and ", sentence)[0].strip()
     if len(sentence) > 90:
         sentence = sentence[:sentence.rindex(" ", 0, 90)]
     return sentence if sentence[1:2].isupper() else sentence[:1].lower() + sentence[1:]

@@ -95,7 +95,7 @@ class PlanMaker {
     return true;
   }
 
-  // The anchor in front of a leading ".*".
+  // The anchor before a leading ".*".
   bool BeginsLine() {
     return walk.count > 0 && walk.nodes[0].op == OpAssert &&
            walk.nodes[0].a == RegExpAssertLineStart && walk.QuantifierAt(1) == nullptr &&
@@ -394,7 +394,7 @@ class PlanMaker {
            set->wide != Wide::kMixed && !LooksBack(i);
   }
 
-  // "\b" in front of a word byte.
+  // "\b" before a word byte.
   bool BeginsWord() const {
     if (walk.count == 0 || walk.nodes[0].op != OpAssert || walk.nodes[0].a != 'b' ||
         walk.QuantifierAt(1) != nullptr || plan->window == 0) {

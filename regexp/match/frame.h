@@ -86,7 +86,7 @@ struct Frame {
     int32_t minimum;
     int32_t maximum;
     uint32_t start;
-    int32_t alternative;  // record in front of the alternative to try next; 0 if none is left
+    int32_t alternative;  // record before the alternative to try next; 0 if none is left
   };
   // A program in the program: it ends at a record of its own, and what comes back from it comes
   // here.

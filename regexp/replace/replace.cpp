@@ -125,7 +125,7 @@ Progress ReplaceAll(const Job& job, const Match& matches, int32_t slotsPerMatch)
     const Match match = {matches.slots + first, left < slotsPerMatch ? left : slotsPerMatch};
     const Piece whole = TextOf(*match.slots, job);
     const int64_t start = whole.start - job.source;
-    // A match in front of this one that is reported longer than it is may reach into it.
+    // A match before this one that is reported longer than it is may reach into it.
     const int64_t gap = start > done.source ? start - done.source : 0;
     if (!CopyWhereShorter({job.source + done.source, static_cast<int32_t>(gap)},
                           job.destination + done.destination, job.capacity - done.destination)) {

@@ -70,7 +70,7 @@ inline Stretch UpToLastLiteral(const Stretch& text, const RegExpState& state) {
   return {text.begin, at == kNotFound ? 0 : at + literal.length};
 }
 
-// Whether no match begins in front of the first occurrence of the literal that the pattern begins
+// Whether no match begins before the first occurrence of the literal that the pattern begins
 // with, and the text from there on; as it is where there is none.
 inline bool BeginsWithLiteral(const RegExpState& state) { return state.searchMode == 1; }
 inline Stretch FromFirstLiteral(const Stretch& text, const RegExpState& state) {
