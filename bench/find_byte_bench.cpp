@@ -142,7 +142,7 @@ auto ForEachOf(const std::vector<Input>& strings, char c) {
   };
 }
 
-// All places at which the byte stands, one after the other.
+// All places at which the byte is, one after the other.
 auto AllForward(const Input& text, char c) {
   return [p = text.data(), length = text.length(), c](auto find) {
     return CountForward([=](int32_t from, int32_t rest) { return find(p + from, rest, c); },

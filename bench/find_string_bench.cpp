@@ -100,7 +100,7 @@ Task InEnglish(const std::string& kind, const std::string& needle) {
   return {kind + " in English, absent", [](int64_t bytes) { return English(bytes); }, needle};
 }
 
-// The needle stands where the search comes to last.
+// The needle is where the search comes to last.
 Task AtLast(bool forward, int64_t needleLength) {
   const std::string needle(RandomOf(needleLength, "qwerty").view());
   return {std::to_string(needleLength) + " letters, found last",
@@ -191,7 +191,7 @@ void RunTasks(Run run, const std::vector<Task>& tasks, const std::vector<int64_t
   }
 }
 
-// All places at which the needle stands, one after the other.
+// All places at which the needle is, one after the other.
 auto AllForward(const Input& text, std::string_view needle) {
   return [p = text.data(), length = text.length(), needle](auto find) {
     return CountForward([=](int32_t from, int32_t rest) { return find(p + from, rest, needle); },

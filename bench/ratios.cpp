@@ -210,7 +210,7 @@ void PrintHelp() {
       "  --csv=FILE                   also writes "
       "family,case,bytes,calls,contender,nanoseconds,ratio\n"
       "  --list                       names the cases and measures nothing\n"
-      "  --peers                      tells where the C library's functions stand in its file\n");
+      "  --peers                      tells where the C library's functions are in its file\n");
 }
 
 // Takes Google Benchmark's options and ours; returns false for anything else.

@@ -253,7 +253,7 @@ inline constexpr Function kInsertions[] = {
        return veksInsert_8u_I(c.other, c.otherLength, c.to, &c.number, c.x);
      },
      WithLength<Inserted>, kInPlace},
-    {"Insert of the start",  // the inserted text stands before the place, as `other` does
+    {"Insert of the start",  // the inserted text is before the place, as `other` does
      [](Call& c) {
        return veksInsert_8u(c.text, c.length, c.to + c.x - c.otherLength, c.otherLength, c.to, c.x);
      },

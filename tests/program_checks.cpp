@@ -132,7 +132,7 @@ class ProgramChecker {
   int32_t count;
   int32_t room;
   int32_t at = 0;
-  bool repeatable = false;  // whether a quantifier may stand here
+  bool repeatable = false;  // whether a quantifier may be here
   int32_t lastSerial = 0;
   uintptr_t copied = 0;
   std::vector<int32_t> open;

@@ -253,7 +253,7 @@ class FilterMaker {
     filter[OtherCase(byte, caseless)] |= bit;
   }
 
-  // A character of several bytes leaves it open what stands two bytes further: the window ends
+  // A character of several bytes leaves it open what is two bytes further: the window ends
   // with the byte after its first.
   void AddAtom(const ProgramNode& node) {
     switch (node.op) {

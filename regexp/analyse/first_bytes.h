@@ -21,7 +21,7 @@ struct FirstBytes {
   int32_t levels;
 };
 
-// Sets bit k of filter[value] for each byte that may stand at place k. `firstAlternative` is that
+// Sets bit k of filter[value] for each byte that may be at place k. `firstAlternative` is that
 // at top level, 0 for none; `marks` has room for two bytes for each record and two more; `filter`
 // has 256 entries, all 0.
 FirstBytes FindFirstBytes(const ProgramWalk& walk, int32_t firstAlternative, uint8_t* marks,

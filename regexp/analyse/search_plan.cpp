@@ -246,7 +246,7 @@ class PlanMaker {
     return 1;
   }
 
-  // Whether what stands from a record on may depend on where the match began.
+  // Whether what is from a record on may depend on where the match began.
   bool LooksBack(int32_t index) const {
     for (; index < walk.count; ++index) {
       const uint32_t op = walk.nodes[index].op;

@@ -59,12 +59,12 @@ struct alignas(8) SearchPlan {
   int32_t distance;
   int32_t reach;  // kInnerLiteral: the most such distance
   kernels::BytePair pair;
-  // kClassWindow, kPackedPair: bit k for a byte that may stand at place k of a match.
+  // kClassWindow, kPackedPair: bit k for a byte that may be at place k of a match.
   // kInnerLiteral: not 0 for a byte of the run.
   uint8_t bytes[256];
 };
 
-// kHashedPairs: bit k for the hash of two bytes that may stand at the places k and k + 1 of a
+// kHashedPairs: bit k for the hash of two bytes that may be at the places k and k + 1 of a
 // match; where case is ignored a letter is there in both. The table follows the plan.
 constexpr int32_t kPairHashes = 2048;
 

@@ -181,7 +181,7 @@ Flow Matcher::Record(Registers* r) {
       return EndGroup(r);
     case OpAtomic:
       return Atomic(r);
-    case OpSetOptions:  // the records hold the options that are in force where they stand
+    case OpSetOptions:  // the records hold the options that are in force where they are
       ++r->node;
       return Flow::kNext;
     default:

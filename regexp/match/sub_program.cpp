@@ -9,7 +9,7 @@
 
 namespace vekch::regexp {
 
-// A program that ends where the record `end` stands, and that begins at r.at.
+// A program that ends where the record `end` is, and that begins at r.at.
 void Matcher::PushSub(const Registers& r, Choice choice, const ProgramNode* end) {
   Frame* const frame = Push(r, choice);
   frame->sub.around = sub;
@@ -79,7 +79,7 @@ Flow Matcher::AfterLookaround(Registers* r, const Frame& frame) {
   return Flow::kNext;
 }
 
-// The body begins elsewhere than the look-around stands, though slot 0 stays as it is.
+// The body begins elsewhere than the look-around is, though slot 0 stays as it is.
 void Matcher::EnterBodyAt(Registers* r, const Frame& frame) {
   r->skew = frame.skew + frame.at - frame.sub.bodyAt;
   r->at = subject + frame.sub.bodyAt;
@@ -116,7 +116,7 @@ const uint8_t* Matcher::LookbehindStart(const uint8_t* at, int32_t length) const
   return start;
 }
 
-// ---- The look-around that a conditional depends on. r stands at the record that is repeated or
+// ---- The look-around that a conditional depends on. r is at the record that is repeated or
 // opened; the frame says where the conditional is.
 
 Flow Matcher::EnterCondition(Registers* r, const ProgramNode& condition) {

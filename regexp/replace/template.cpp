@@ -25,7 +25,7 @@ class TemplateReader {
           return StatusRegExpFormatError;
         }
       } else if (*at == '\\') {
-        // It vanishes: what follows is read as if nothing stood before it.
+        // It vanishes: what follows is read as if nothing were before it.
         EndLiteral();
         BeginLiteral(at + 1);
       } else {
