@@ -65,7 +65,7 @@ struct Strncasecmp {
   }
 };
 
-// Each runs one case of its family. `call` tells what one run does with a comparison.
+// Each runs one case of its family. `call` says what one run does with a comparison.
 
 constexpr auto kRunCompare = [](const std::string& name, int64_t bytes, int64_t calls, auto call) {
   Case("compare", name, bytes)

@@ -69,7 +69,7 @@ struct ViewFindLast {
   }
 };
 
-// Each runs one case of its family. `call` tells what one run does with a search.
+// Each runs one case of its family. `call` says what one run does with a search.
 
 constexpr auto kRunFind = [](const std::string& name, int64_t bytes, int64_t calls, auto call) {
   Case("find_byte", name, bytes)

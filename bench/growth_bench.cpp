@@ -4,7 +4,7 @@
 // that an engine which tries all ways takes twice as long for each byte.
 //
 // Every engine keeps the limits that it comes with. A peer that ends with its limit's error has no
-// answer: its time is that of giving up, under a name that tells so, and longer texts are spared
+// answer: its time is that of giving up, under a name that says so, and longer texts are spared
 // it.
 
 #include <stdlib.h>

@@ -56,7 +56,7 @@ constexpr Pattern kPatterns[] = {
      Needs::kNothing,
      "Alternatives that begin alike inside a counted group: each number is tried three ways."},
     {"e-mail address", "[\\w.+-]+@[\\w-]+\\.[\\w.-]+", "", Needs::kNothing,
-     "Hard: every word might begin an address, and only its end tells. The \"@\" would be faster "
+     "Hard: every word might begin an address, and only its end decides. The \"@\" would be faster "
      "to look for."},
     {"URI", "[a-z][a-z0-9+.-]*://[^\\s/?#]+[^\\s?#]*(?:\\?[^\\s#]*)?(?:#\\S*)?", "",
      Needs::kNothing,
@@ -125,7 +125,7 @@ constexpr TextPattern kTextPatterns[] = {
     {"russian", {"Russian, class", "[а-яё]+", "", Needs::kNothing, "Characters of two bytes."}},
     {"russian",
      {"Russian, capitalised", "[А-ЯЁ][а-яё]+", "", Needs::kNothing,
-      "What begins it is told by the second byte."}},
+      "What begins it is decided by the second byte."}},
     {"russian", {"Russian, letters", "\\p{L}+", "", Needs::kCategories, "A property."}},
     {"russian",
      {"Russian, capitalised by property", "\\p{Lu}\\p{Ll}+", "", Needs::kCategories, ""}},

@@ -187,7 +187,7 @@ void PrintSummary(std::vector<Row> rows) {
 }
 
 // The C library picks a variant of each of its functions when the program is loaded. Where the
-// picked one lies in the library's file tells which it is.
+// picked one lies in the library's file says which it is.
 void PrintPeers() {
   for (const char* name : {"memcmp", "strncasecmp", "memchr", "memrchr", "strchr", "strlen",
                            "strcspn", "strspn", "strstr", "memmem", "memcpy", "memmove"}) {
@@ -210,7 +210,7 @@ void PrintHelp() {
       "  --csv=FILE                   also writes "
       "family,case,bytes,calls,contender,nanoseconds,ratio\n"
       "  --list                       names the cases and measures nothing\n"
-      "  --peers                      tells where the C library's functions are in its file\n");
+      "  --peers                      shows where the C library's functions are in its file\n");
 }
 
 // Takes Google Benchmark's options and ours; returns false for anything else.

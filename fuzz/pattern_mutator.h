@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// What a target tells the mutator of its inputs.
+// What a target reports to the mutator of its inputs.
 
 #ifndef VEKCH_FUZZ_PATTERN_MUTATOR_H
 #define VEKCH_FUZZ_PATTERN_MUTATOR_H

@@ -2,7 +2,7 @@
 
 // Compiles three patterns one after the other into one block, which is full of 0xAA at first, and
 // searches with each of those that compile, while the format and the match limit change: what was
-// in the block before must not show. A block of its own, and the model, tell what is right.
+// in the block before must not show. A block of its own, and the model, say what is right.
 //
 // An input's head is the options of each pattern, settings of each, and a room and a match limit
 // for all; its strings are the patterns and the subject.

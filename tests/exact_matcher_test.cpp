@@ -73,7 +73,7 @@ TEST(ExactMatcherTest, RemembersNothingThatIsWrong) {
   EXPECT_GT(remembered, compared / 2);
 }
 
-// Each is told wrongly where something that counts is left out of what is remembered: the
+// Each is answered wrongly where something that counts is left out of what is remembered: the
 // repetitions that are due or left, the depth, the group's end without depth, what an abort costs,
 // what was captured.
 TEST(ExactMatcherTest, WeakerFormsOfTheMemoryAreWrong) {

@@ -17,7 +17,7 @@ def run(arguments, stdin=b"", environment=None, stdout=None, stderr=None, **pope
     and standard error go to files: processes that an emulator leaves behind would keep pipes open.
 
     An emulator under load loses a process now and then, which then says nothing and leaves a status
-    of its own or 1. Such a run is repeated once, and told of if the second one ends differently.
+    of its own or 1. Such a run is repeated once, and reported if the second one ends differently.
     """
     done = run_once(arguments, stdin, environment, stdout, stderr, **popen)
     lost = done.returncode not in (0, 2) and not done.stdout + done.stderr

@@ -98,7 +98,7 @@ constexpr Translation kTranslations[] = {
     {"x(a)?y", kChoosesByByte, kSetsEverySlot},
     {"(a)?[xy]", kChoosesByByte | kIsDirect, kSetsEverySlot},
     {"x??a", 0, kIsDirect},       // a literal is looked for that may be left out
-    {"(?:a|b)xy", 0, kIsDirect},  // another one tells where the text ends
+    {"(?:a|b)xy", 0, kIsDirect},  // another one says where the text ends
     {"ab|c", 0, kIsDirect},
     {"^ab?|c", kIsDirect, 0},
     {"[^,]*,\\S+ ", kKeepsAll | kTakesByteAfter, kGivesBack | kTakesOpenSets},
@@ -125,7 +125,7 @@ TEST(FastMatcherTest, TranslatesInto) {
   }
 }
 
-// What an example program tells of records alone, for every pattern of the compiler's table.
+// What an example program says of records alone, for every pattern of the compiler's table.
 TEST(FastMatcherTest, WhatIsLeftIsExplained) {
   std::ifstream table(VEKCH_TEST_FOLDER "/compiler_golden.txt", std::ios::binary);
   std::string row;

@@ -3,7 +3,7 @@
 
 SAME: runs that must give the same output and exit status from both programs, on the texts below,
 each with its arguments as a shell would take them. OTHERWISE: options that are refused or missing,
-with the reason. What differs on purpose apart from options is told in docs/limits.md.
+with the reason. What differs on purpose apart from options is described in docs/limits.md.
 """
 
 import shlex

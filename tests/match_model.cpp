@@ -57,7 +57,7 @@ bool HasItem(const ProgramNode& item, int32_t c, uint32_t options) {
 bool InClass(const ProgramNode* head, int32_t c, uint32_t options) {
   bool isMember = false;
   for (const ProgramNode *item = head + 1, *end = item + head->b; item < end && !isMember;) {
-    // The items of a negated name are told by their first one.
+    // The items of a negated name are given by their first one.
     const bool isNegated = item->c == -1 && (item->op == OpChar || item->op == OpClassRange);
     const auto count = isNegated ? static_cast<int32_t>(item->ptr) : 1;
     const bool isIn = std::any_of(

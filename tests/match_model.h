@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// Searches told by a slow and obvious matcher: plain recursion over a compiled program, record by
-// record, with both budgets counted as they are laid down.
+// Searches answered by a slow and obvious matcher: plain recursion over a compiled program, record
+// by record, with both budgets counted as they are laid down.
 
 #ifndef VEKCH_TESTS_MATCH_MODEL_H
 #define VEKCH_TESTS_MATCH_MODEL_H

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// Which patterns compile, and where the others are at fault, told by a slow and obvious reader: for
-// patterns over the characters in kModelAlphabet, without options.
+// Which patterns compile, and where the others are at fault, answered by a slow and obvious reader:
+// for patterns over the characters in kModelAlphabet, without options.
 
 #ifndef VEKCH_TESTS_PATTERN_MODEL_H
 #define VEKCH_TESTS_PATTERN_MODEL_H

@@ -5,7 +5,7 @@
 #   perl perl_second_opinion.pl PROGRAM...
 #
 # PROGRAM is search_answers. Patterns are made at random, the same ones each time; where the two are
-# meant to differ is told below, and checked as well: such a difference must be there.
+# meant to differ is said below, and checked as well: such a difference must be there.
 
 use strict;
 use warnings;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // What holds for every compiled program, whatever its pattern: for tests that compile patterns of
-// which they can't tell the program.
+// which they can't report to the program.
 
 #ifndef VEKCH_TESTS_PROGRAM_CHECKS_H
 #define VEKCH_TESTS_PROGRAM_CHECKS_H

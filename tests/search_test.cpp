@@ -172,7 +172,7 @@ class Bench {
   static constexpr int32_t kCheapLimit = 40;  // at which no pattern takes long
   static constexpr size_t kLongest = 20000;   // pattern
 
-  // Whether none of what is told to differ where literals are looked for first can be seen.
+  // Whether none of what is said to differ where literals are looked for first can be seen.
   bool LiteralsOnlySpeedUp() const {
     const ProgramNode* nodes = regexp::ProgramOf(State());
     const auto splitsCharacter = [](const ProgramNode& node) {
@@ -611,7 +611,7 @@ TEST(SearchTest, LongSubjectsLikeTheModel) {
 
 // ---- The stack.
 
-// As the header tells.
+// As the header says.
 constexpr size_t kStackPerLevel = 72;
 constexpr size_t kStackBeyond = 61440;
 
@@ -705,7 +705,7 @@ const Hungry kHungry[] = {
   static_cast<void>(room[0]);
 }
 
-TEST(SearchTest, StackIsAsTold) {
+TEST(SearchTest, StackIsAsSaid) {
   Bench bench;
   bench.measuresStack = !kIsInstrumented;
   size_t known = 40000;
@@ -748,7 +748,7 @@ TEST(SearchTest, AtomicRepetitionsAreGivenBack) {
   }
 }
 
-// Within the stack that the header tells, and no more of it when that is used up.
+// Within the stack that the header names, and no more of it when that is used up.
 TEST(SearchTest, MegabyteOfAtomicRepetitions) {
   Bench bench;
   bench.measuresStack = !kIsInstrumented;

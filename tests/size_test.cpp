@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Strings of 2^31 - 1 bytes, the most that a length can tell: sums of positions and lengths that
+// Strings of 2^31 - 1 bytes, the most that a length can express: sums of positions and lengths that
 // pass it must not wrap.
 //
 // The text is untouched pages of zeros with a few bytes set, so reading it takes no memory. What is
@@ -312,7 +312,7 @@ TEST_F(SizeTest, Trim) {
   }
 }
 
-// ---- What writes as much. Of the result only the last bytes can be told from others.
+// ---- What writes as much. Of the result only the last bytes can be distinguished from others.
 
 TEST_F(SizeTest, Edit) {
   VEKCH_NEEDS_ROOM();

@@ -20,7 +20,7 @@ DOCS = pathlib.Path(__file__).resolve().parent.parent / "docs"
 BEGIN = "<!-- measured: scripts/bench --update-docs writes from here -->"
 END = "<!-- measured: to here -->"
 MOST = 1 << 20  # bytes that the means take in
-GROWTH = "growth"  # told by a picture of its times alone, which the page's own text shows
+GROWTH = "growth"  # shown by a picture of its times alone, which the page's own text shows
 
 # What belongs together; a family that is not named here has a plot of its own.
 GROUPS = {

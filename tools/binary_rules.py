@@ -182,7 +182,7 @@ def version_breaches(image, library, version):
 
 
 def repeatable_breaches(image, library, folder):
-    """The same sources give the same bytes: nothing tells when or where they were compiled."""
+    """The same sources give the same bytes: nothing says when or where they were compiled."""
     for stamp in image.find(r"^Time/Date(?: stamp)?\s+(.*)$"):
         if "1970" not in stamp and stamp.strip() != "0":
             yield "repeatable", f"the time {stamp}"

@@ -12,7 +12,7 @@
 // - The database lists 19316 characters one by one, and ten ranges by their ends. A code point's
 //   class says which category it has and how it is known: listed, in a range, or neither.
 // - Classes, scripts and lower-case mappings lie in pages of 64 code points, equal pages once.
-//   Where a table ends, what follows is told by comparisons (kMainEnd, kTagsFirst).
+//   Where a table ends, what follows is decided by comparisons (kMainEnd, kTagsFirst).
 // - A script's ranges are a list of its own, in the order of the database, cut where the category
 //   changes (Lu, Ll and Lt being one).
 

@@ -41,7 +41,7 @@ class FailureMemory {
   // Whether places from here on are remembered.
   bool Reaches(const uint8_t* at) const { return at - start < places / 2; }
 
-  // `variant` tells of each group that may match nothing whether its repetition has so far.
+  // `variant` says of each group that may match nothing whether its repetition has so far.
   bool Knows(int64_t op, const uint8_t* at, int64_t variants, int64_t variant) const {
     const int64_t bit = BitOf(op * variants + variant, at);
     return bit >= 0 && (bits[bit / 64] >> bit % 64 & 1) != 0;

@@ -354,7 +354,7 @@ class Fuser {
     const bool isDisjoint = NeverFails(op->next) || !following.BytesOf(*op).Meets(bytes);
     op->flags = static_cast<uint8_t>((bytes.atEnd ? kFollowsAtEnd : 0) |
                                      (isDisjoint ? kGivesNothingBack : 0));
-    // Where nothing can follow within a character, characters need not be told from bytes.
+    // Where nothing can follow within a character, characters need not be distinguished from bytes.
     const bool isEndless = op->run.minimum <= 1 && op->run.maximum == RegExpUnbounded;
     if (isEndless && op->code == FastCode::kOpenSetRun && (isDisjoint || !bytes.HasHigh())) {
       op->code = FastCode::kSetRun;
@@ -377,7 +377,7 @@ class Fuser {
     }
   }
 
-  // Whether there is a way on from an operation whatever comes, as far as so many steps tell.
+  // Whether there is a way on from an operation whatever comes, as far as so many steps show.
   bool NeverFails(int32_t i, int32_t steps = 6) const {
     const FastOp& op = ops[i];
     if (--steps < 0) {

@@ -267,7 +267,7 @@ class Translator {
   }
 
   // Up to which length of a subject its beginning is tried before anything else is asked: only
-  // where one match is looked for, and no literal tells where, or where the text ends.
+  // where one match is looked for, and no literal says where, or where the text ends.
   int32_t DirectLength(bool onlyAtStart) const {
     constexpr int32_t kShortSubject = 256;  // beyond it, starts are better looked for by a plan
     const bool isOneLiteral = walk.count == 1 && IsLiteral(walk.nodes[0]);
@@ -287,7 +287,7 @@ class Translator {
             IsCaseless(walk.nodes[0].c) == IsCaseless(static_cast<int32_t>(state->compileFlags)));
   }
 
-  // Whether what follows a place depends on nothing that a bit does not tell.
+  // Whether what follows a place depends on nothing that a bit does not record.
   bool Remembers(const Following& following) const {
     if (emptyLoopCount > kMostEmptyLoops) {
       return false;

@@ -234,7 +234,7 @@ Flow Matcher::Character(Registers* r) {
   return Flow::kNext;
 }
 
-// A quantifier tells no more than whether the assertion has to hold.
+// A quantifier says no more than whether the assertion has to hold.
 Flow Matcher::Assertion(Registers* r) {
   const ProgramNode* const quantifier = QuantifierAt(r->node + 1);
   const bool isOptional = quantifier != nullptr && quantifier->a == 0;
@@ -408,7 +408,7 @@ void Matcher::CutAfter(const Frame* frame) {
   top = chunkInUse->frames + (frame - chunkInUse->frames) + 1;
 }
 
-// Undoes what the frames after one stand for; null stands for all of them, and false tells so.
+// Undoes what the frames after one stand for; null stands for all of them, and false reports that.
 bool Matcher::UnwindTo(const Frame* frame) {
   for (const Frame* last = Below(top); last != frame; last = Below(last)) {
     Undo(*last);

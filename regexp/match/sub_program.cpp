@@ -245,7 +245,7 @@ Frame* Matcher::AtomicRepeatsOf(const Registers& r, Frame* last) const {
 }
 
 // Places for the repetition of another length that follows: those of the frame itself as well, if
-// they are few and a frame below tells the rest.
+// they are few and a frame below records the rest.
 Frame* Matcher::PlacesAbove(Frame* repeats, const Registers& r) {
   Frame* common = AtomicRepeatsOf(r, Below(repeats));
   const int32_t length = repeats->sub.minimum;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// What the literals of a pattern tell of a subject before anything is matched: all that rests on
+// What the literals of a pattern say of a subject before anything is matched: all that rests on
 // literals alone is decided here.
 
 #ifndef VEKCH_REGEXP_SEARCH_LITERALS_H

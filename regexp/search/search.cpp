@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// The search driver: narrows the subject by what the literals tell, tries the start positions in
+// The search driver: narrows the subject by what the literals say, tries the start positions in
 // order, and reports what was found.
 
 #include "regexp/search/search.h"
@@ -305,8 +305,8 @@ VEK_INLINE vekStatus FindOneIn(const Stretch& stretch, const uint8_t* subject, i
   return Drive(subject, length, stretch, state, Report::kFind, results, count);
 }
 
-// The first match where no literal but a leading one tells anything. A field often matches where it
-// begins, or nowhere.
+// The first match where no literal but a prefix literal says anything. A field often matches where
+// it begins, or nowhere.
 [[gnu::noinline]] vekStatus FindAtBeginningOrOn(const FastProgram& program, const uint8_t* subject,
                                                 int32_t length, RegExpState* state,
                                                 RegExpFindResult* results, int32_t* count) {

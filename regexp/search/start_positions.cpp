@@ -10,7 +10,7 @@ namespace {
 constexpr int32_t kLeastToSkip = 4;  // bytes of a window that is looked at from its end
 
 // The first of the places before `end` after which a whole window is possible, by what `placesOf`
-// tells of each byte of it. From the window's end: what was possible there says how far the next
+// says of each byte of it. From the window's end: what was possible there says how far the next
 // window can be.
 template <class PlacesOf>
 VEK_INLINE const uint8_t* FindBackward(const uint8_t* at, const uint8_t* end, int32_t window,

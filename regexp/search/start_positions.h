@@ -24,7 +24,7 @@ struct StartRule {
   const SearchPlan* plan;
 };
 
-// As the pattern's first record tells.
+// As the pattern's first record says.
 StartRule::Way WayOf(const RegExpState& state);
 
 // The rule for searches in a subject of so many bytes.
