@@ -73,7 +73,7 @@ struct Span {
   size_t end;
 };
 
-// Each search has Find: the first match from a place of a text on, with its groups recorded.
+// Each search has Find: the first match from a position of a text on, with its groups recorded.
 
 class Pcre2Search {
  public:

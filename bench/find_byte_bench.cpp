@@ -123,7 +123,7 @@ auto ForEach(const Input& text, char c, const std::vector<int32_t>& lengths) {
   };
 }
 
-// Terminated strings of these lengths, each at a place of its own.
+// Terminated strings of these lengths, each at a position of its own.
 std::vector<Input> StringsOf(const std::vector<int32_t>& lengths) {
   std::vector<Input> strings;
   for (const int32_t length : lengths) {
@@ -142,7 +142,7 @@ auto ForEachOf(const std::vector<Input>& strings, char c) {
   };
 }
 
-// All places at which the byte is, one after the other.
+// All positions at which the byte is, one after the other.
 auto AllForward(const Input& text, char c) {
   return [p = text.data(), length = text.length(), c](auto find) {
     return CountForward([=](int32_t from, int32_t rest) { return find(p + from, rest, c); },
@@ -156,7 +156,7 @@ auto AllBackward(const Input& text, char c) {
   };
 }
 
-// `hit` is the place of the only hit, as Input::Put has it.
+// `hit` is the position of the only hit, as Input::Put has it.
 template <class Run>
 void RunLengths(Run run, const std::string& hitName, int64_t hit) {
   for (const int64_t bytes : kAllSizes) {

@@ -114,7 +114,7 @@ Task AtLast(bool forward, int64_t needleLength) {
           needle, needleLength == 4 ? 1 << 16 : INT64_MAX};
 }
 
-// Few places look like the needle.
+// Few positions look like the needle.
 std::vector<Task> PlainTasks(bool forward) {
   return {InEnglish("2 rare bytes", "zq"),
           InEnglish("2 common bytes", "hh"),
@@ -153,7 +153,7 @@ Task InRepeated(const std::string& name, const std::string& unit, const std::str
   return {name, [=](int64_t bytes) { return Repeated(bytes, unit); }, needle};
 }
 
-// Many places look like the needle.
+// Many positions look like the needle.
 std::vector<Task> Traps() {
   const auto a = [](size_t count) { return std::string(count, 'a'); };
   const auto b = [](size_t count) { return std::string(count, 'b'); };
@@ -191,7 +191,7 @@ void RunTasks(Run run, const std::vector<Task>& tasks, const std::vector<int64_t
   }
 }
 
-// All places at which the needle is, one after the other.
+// All positions at which the needle is, one after the other.
 auto AllForward(const Input& text, std::string_view needle) {
   return [p = text.data(), length = text.length(), needle](auto find) {
     return CountForward([=](int32_t from, int32_t rest) { return find(p + from, rest, needle); },

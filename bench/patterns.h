@@ -32,13 +32,13 @@ constexpr Pattern kPatterns[] = {
     {"literal, nothing found", "Zyzzyva quixotica", "", Needs::kNothing,
      "The easiest: bytes that the text hardly has let a search skip all of it."},
     {"5 words", "license|program|software|copyright|warranty", "", Needs::kNothing,
-     "Easy where alternatives are looked for at once, else five tries at every place."},
+     "Easy where alternatives are looked for at once, else five tries at every position."},
     {"30 words",
      "about|access|because|between|change|common|condition|copyright|damage|derive|distribute|"
      "express|freedom|grant|implied|interface|library|license|modify|notice|object|patent|"
      "permission|program|publish|reason|software|source|version|warranty",
      "", Needs::kNothing,
-     "Harder than five: the words begin with most letters, so that few places are skipped."},
+     "Harder than five: the words begin with most letters, so that few positions are skipped."},
     {"word, either case", "warranty", "i", Needs::kNothing,
      "A substring search that has to look for two forms of each letter."},
     {"words, either case", "\\b(?:copyright|licen[cs]e|warrant(?:y|ies))\\b", "i", Needs::kNothing,
@@ -111,7 +111,7 @@ constexpr Field kFields[] = {
 };
 
 // What is searched for in texts of a kind: languages that are not English, and patterns that ask
-// for more than one place at a time.
+// for more than one position at a time.
 struct TextPattern {
   const char* text;  // the file's name
   Pattern pattern;

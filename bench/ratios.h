@@ -134,7 +134,7 @@ inline int64_t Position(const void* found, const void* start) {
 }
 inline int64_t Position(size_t found) { return static_cast<int64_t>(found); }
 
-// How often a search finds something when it goes on after, or before, every place it found.
+// How often a search finds something when it goes on after, or before, every position it found.
 // `find(from, length)` gives a position relative to `from`, or -1.
 template <class Find>
 inline int64_t CountForward(Find find, int32_t length) {

@@ -184,32 +184,32 @@ std::string StringOf(const uint8_t* data, size_t size) {
 }
 
 // Where one of an input's patterns lies. There is one if the input has a head.
-struct Place {
+struct Extent {
   size_t begin = kHeadSize;
   size_t length;
 };
 
-Place PlaceOf(const std::string& input, size_t number) {
-  Place place = {};
+Extent ExtentOf(const std::string& input, size_t number) {
+  Extent extent = {};
   for (; number > 0; --number) {
-    const size_t end = input.find('\0', place.begin);
-    place.begin = end == std::string::npos ? place.begin : end + 1;
+    const size_t end = input.find('\0', extent.begin);
+    extent.begin = end == std::string::npos ? extent.begin : end + 1;
   }
-  place.length = std::min(input.find('\0', place.begin), input.size()) - place.begin;
-  return place;
+  extent.length = std::min(input.find('\0', extent.begin), input.size()) - extent.begin;
+  return extent;
 }
 
 std::string PatternOf(const std::string& input, size_t number) {
-  const Place place = PlaceOf(input, number);
-  return input.substr(place.begin, place.length);
+  const Extent extent = ExtentOf(input, number);
+  return input.substr(extent.begin, extent.length);
 }
 
 // The input with another pattern, if there is room for it.
 size_t Store(std::string input, size_t number, const std::string& pattern, uint8_t* to,
              size_t maxSize) {
-  const Place place = PlaceOf(input, number);
-  if (input.size() - place.length + pattern.size() <= maxSize) {
-    input.replace(place.begin, place.length, pattern);
+  const Extent extent = ExtentOf(input, number);
+  if (input.size() - extent.length + pattern.size() <= maxSize) {
+    input.replace(extent.begin, extent.length, pattern);
   }
   std::copy(input.begin(), input.end(), to);
   return input.size();

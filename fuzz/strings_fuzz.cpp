@@ -3,7 +3,7 @@
 // Calls the functions on byte strings beside their naive models, by the harness of the tests: the
 // strings lie between pages that can't be touched, at any distance from them.
 //
-// An input's head is the family, the place in two bytes, two numbers, the length of the second
+// An input's head is the family, the position in two bytes, two numbers, the length of the second
 // string in two bytes, and how often the first is repeated; the rest is the second string, which
 // zero bytes don't end, and the first.
 
@@ -30,7 +30,7 @@ class Strings {
       text_ += unit;
     }
     text_.resize(std::min(text_.size(), kLongestText));
-    place_ = Head(1) + 256 * (Head(2) % 2);
+    position_ = Head(1) + 256 * (Head(2) % 2);
   }
 
   void Run() {
@@ -52,7 +52,7 @@ class Strings {
   void Expect(const Function (&functions)[kCount], const test::Input& input) {
     static test::Sweep sweep(2 * kLongestText);
     for (const Function& function : functions) {
-      sweep.Expect(function, input, place_);
+      sweep.Expect(function, input, position_);
     }
   }
 
@@ -81,9 +81,9 @@ class Strings {
   void FindTerminated() {
     static test::TerminatedFinds finds(kLongestText, kLongestOther);
     const test::Bytes text = text_.substr(0, text_.find(uint8_t{0}));
-    const size_t place = place_ % test::TerminatedString::kPlaces;
-    finds.ExpectByte(text, static_cast<uint8_t>(Head(3)), place);
-    finds.ExpectNeedle(text, other_.substr(0, other_.find(uint8_t{0})), place);
+    const size_t position = position_ % test::TerminatedString::kPositions;
+    finds.ExpectByte(text, static_cast<uint8_t>(Head(3)), position);
+    finds.ExpectNeedle(text, other_.substr(0, other_.find(uint8_t{0})), position);
   }
 
   void Trim() {
@@ -134,7 +134,7 @@ class Strings {
   Input input_;
   test::Bytes text_;
   test::Bytes other_;
-  size_t place_;
+  size_t position_;
 };
 
 }  // namespace

@@ -4,8 +4,8 @@
 // model, between pages that can't be touched; there and back; and in pieces, each begun where the
 // one before it ended.
 //
-// An input's head is the place in two bytes, a capacity in two, the unit order, and how often the
-// text is repeated; the rest is the text.
+// An input's head is the position in two bytes, a capacity in two, the unit order, and how often
+// the text is repeated; the rest is the text.
 
 #include "fuzz/fuzz_input.h"
 #include "tests/utf_model.h"
@@ -64,7 +64,7 @@ void TryInput(const uint8_t* data, size_t size) {
   }
   text.resize(std::min(text.size(), kMostText));
   const test::Bytes units = text.substr(0, text.size() / 2 * 2);
-  const size_t place = input.Head(0) + 256 * (input.Head(1) % 2);
+  const size_t position = input.Head(0) + 256 * (input.Head(1) % 2);
   const int32_t given = input.Head(2) + 256 * (input.Head(3) % 8);
   const int32_t swapped = input.Head(4) % 2;
   for (const Function* function : {&test::kToUnits, &test::kToBytes}) {
@@ -73,7 +73,7 @@ void TryInput(const uint8_t* data, size_t size) {
     const int32_t first = isShort ? 0 : given;
     const int32_t last = isShort ? 2 * test::Size(from) : given + kFurther;
     for (int32_t capacity = first; capacity <= last; ++capacity) {
-      sweep.Expect(*function, {from, {}, swapped, capacity}, place);
+      sweep.Expect(*function, {from, {}, swapped, capacity}, position);
     }
     ExpectPieces(*function, from, swapped, 4 + given,
                  Convert(*function, from, swapped, kPlenty).written);

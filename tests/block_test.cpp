@@ -65,7 +65,7 @@ vekStatus FillPastCache(Call& c) {
 const Function kKernels[] = {
     {"Copy", Copy, Copied},
     {"CopyInTwo", CopyInTwo, Copied},
-    {"Move", Move, Copied, kAnyPlace},
+    {"Move", Move, Copied, kAnyPosition},
     {"Fill", Fill, Filled},
     {"CopyPastCache", CopyPastCache, Copied},
     {"FillPastCache", FillPastCache, Filled},
@@ -76,9 +76,9 @@ TEST(BlockTest, EveryLengthAndMisalignment) {
   Random random(1);
   for (size_t length = 0; length <= kLongest; ++length) {
     const Bytes text = random.Text(length);
-    for (size_t place = 0; place < 256; ++place) {
+    for (size_t position = 0; position < 256; ++position) {
       for (const Function& function : kKernels) {
-        sweep.Expect(function, {text}, place + length % 2 * 256);
+        sweep.Expect(function, {text}, position + length % 2 * 256);
       }
     }
   }
@@ -91,9 +91,9 @@ TEST(BlockTest, LargeBlocks) {
   for (size_t i = 0; i < 16; ++i) {
     for (const size_t length : {2 * kChunk - 1 + i, 3 * kChunk + 1, 3 * kChunk + i,
                                 kChunk + 128 + i, kChunk - i, 5000 + i}) {
-      for (size_t place = 0; place < 512; place += length < 6000 ? 15 : 270) {
+      for (size_t position = 0; position < 512; position += length < 6000 ? 15 : 270) {
         for (const Function& function : kKernels) {
-          sweep.Expect(function, {text.substr(0, length)}, place + i);
+          sweep.Expect(function, {text.substr(0, length)}, position + i);
         }
       }
     }
@@ -180,18 +180,18 @@ const std::vector<std::pair<uint32_t, Bytes>> kSizes = {
     {1 << 10, {0xd6, 0xd1, 0x23, 0x87, 0x7c, 0x78, 0x84, 0x44}},
     {512, {0xd0, 0x22, 0x7b, 0x80, 0x86, 0x3e, 0x7f, 0x83, 0x43}}};
 
-TEST(CacheBudgetTest, EveryDescriptorInEveryPlace) {
+TEST(CacheBudgetTest, EveryDescriptorInEveryPosition) {
   Bytes known(256, 0);
   for (const auto& [size, descriptors] : kSizes) {
     for (const uint32_t descriptor : descriptors) {
       known[descriptor] = 1;
-      for (uint32_t place = 1; place < 16; ++place) {
+      for (uint32_t position = 1; position < 16; ++position) {
         uint32_t registers[4] = {1, 0, 0, 0};
-        registers[place / 4] |= descriptor << place % 4 * 8;
+        registers[position / 4] |= descriptor << position % 4 * 8;
         // In the top byte of a register such a descriptor says that the register holds none.
-        const bool masked = place % 4 == 3 && descriptor >= 0x80;
+        const bool masked = position % 4 == 3 && descriptor >= 0x80;
         const auto leaves = Leaves(registers[0], registers[1], registers[2], registers[3]);
-        EXPECT_EQ(kernels::CacheSize(leaves), masked ? 0 : size << 10) << descriptor << place;
+        EXPECT_EQ(kernels::CacheSize(leaves), masked ? 0 : size << 10) << descriptor << position;
       }
       // A smaller cache elsewhere doesn't count, whichever comes first.
       EXPECT_EQ(kernels::CacheSize(Leaves(0x00434301, descriptor, 0x43)), size << 10);

@@ -62,9 +62,9 @@ inline Output ToLower(const Input& in) { return Map(in.text, kCapitals, kSmall);
 inline Output ToUpper(const Input& in) { return Map(in.text, kSmall, kCapitals); }
 
 inline constexpr Function kMappings[] = {
-    {"Lower", Run<veksLowercaseLatin_8u>, ToLower, kAnyPlace},
+    {"Lower", Run<veksLowercaseLatin_8u>, ToLower, kAnyPosition},
     {"Lower_I", Run<veksLowercaseLatin_8u_I>, ToLower, kInPlace},
-    {"Upper", Run<veksUppercaseLatin_8u>, ToUpper, kAnyPlace},
+    {"Upper", Run<veksUppercaseLatin_8u>, ToUpper, kAnyPosition},
     {"Upper_I", Run<veksUppercaseLatin_8u_I>, ToUpper, kInPlace},
 };
 
@@ -146,12 +146,12 @@ class TerminatedString {
   explicit TerminatedString(size_t longest) : buffer_(longest + 2 * kGroup) {}
 
   static constexpr size_t kGroup = 64;
-  static constexpr size_t kPlaces = 2 * kGroup;
+  static constexpr size_t kPositions = 2 * kGroup;
 
-  const uint8_t* Place(const Bytes& text, size_t place, uint8_t around) {
+  const uint8_t* Place(const Bytes& text, size_t position, uint8_t around) {
     std::fill(buffer_.AtStart(), buffer_.AtEnd(0), around);
-    uint8_t* s =
-        place < kGroup ? buffer_.AtEnd(text.size() + 1, place) : buffer_.AtStart(place - kGroup);
+    uint8_t* s = position < kGroup ? buffer_.AtEnd(text.size() + 1, position)
+                                   : buffer_.AtStart(position - kGroup);
     std::copy(text.begin(), text.end(), s);
     s[text.size()] = 0;
     return s;
@@ -166,22 +166,22 @@ class TerminatedFinds {
   explicit TerminatedFinds(size_t longestText = 70000, size_t longestNeedle = 3000)
       : text_(longestText), needle_(longestNeedle) {}
 
-  void ExpectByte(const Bytes& text, uint8_t value, size_t place) {
-    const uint8_t* s = text_.Place(text, place, value == 0 ? 'x' : value);
+  void ExpectByte(const Bytes& text, uint8_t value, size_t position) {
+    const uint8_t* s = text_.Place(text, position, value == 0 ? 'x' : value);
     const size_t at = value == 0 ? text.size() : text.find(value);
     int32_t index = kNoNumber;
     ASSERT_EQ(veksFindC_Z_8u(s, value, &index), StatusNoError);
-    ASSERT_EQ(index, static_cast<int32_t>(at)) << text.size() << " bytes, place " << place;
+    ASSERT_EQ(index, static_cast<int32_t>(at)) << text.size() << " bytes, position " << position;
   }
 
-  void ExpectNeedle(const Bytes& text, const Bytes& needle, size_t place) {
-    const uint8_t* s = text_.Place(text, place, needle.empty() ? 'x' : needle[0]);
-    const uint8_t* n = needle_.Place(needle, place * 37 % TerminatedString::kPlaces, 'x');
+  void ExpectNeedle(const Bytes& text, const Bytes& needle, size_t position) {
+    const uint8_t* s = text_.Place(text, position, needle.empty() ? 'x' : needle[0]);
+    const uint8_t* n = needle_.Place(needle, position * 37 % TerminatedString::kPositions, 'x');
     const size_t at = needle.empty() ? Bytes::npos : text.find(needle);
     int32_t index = kNoNumber;
     ASSERT_EQ(veksFind_Z_8u(s, n, &index), StatusNoError);
     ASSERT_EQ(index, static_cast<int32_t>(at))
-        << text.size() << " and " << needle.size() << " bytes, place " << place;
+        << text.size() << " and " << needle.size() << " bytes, position " << position;
   }
 
  private:
@@ -205,14 +205,14 @@ Output NaiveTrim(const Input& in) {
 }
 
 inline constexpr Function kTrimsOfSet[] = {
-    {"TrimCAny", Run<veksTrimCAny_8u>, NaiveTrim<true, true>, kAnyPlace},
-    {"TrimStartCAny", Run<veksTrimStartCAny_8u>, NaiveTrim<true, false>, kAnyPlace},
-    {"TrimEndCAny", Run<veksTrimEndCAny_8u>, NaiveTrim<false, true>, kAnyPlace},
+    {"TrimCAny", Run<veksTrimCAny_8u>, NaiveTrim<true, true>, kAnyPosition},
+    {"TrimStartCAny", Run<veksTrimStartCAny_8u>, NaiveTrim<true, false>, kAnyPosition},
+    {"TrimEndCAny", Run<veksTrimEndCAny_8u>, NaiveTrim<false, true>, kAnyPosition},
 };
 
 inline constexpr Function kTrimsOfByte[] = {
     {"TrimC", [](Call& c) { return veksTrimC_8u(c.text, c.length, *c.other, c.to, &c.number); },
-     NaiveTrim<true, true>, kAnyPlace},
+     NaiveTrim<true, true>, kAnyPosition},
     {"TrimC_I",
      [](Call& c) {
        c.number = c.length;
@@ -246,14 +246,14 @@ inline constexpr Function kConcat = {
 inline constexpr Function kInsertions[] = {
     {"Insert",
      [](Call& c) { return veksInsert_8u(c.text, c.length, c.other, c.otherLength, c.to, c.x); },
-     Inserted, kAnyPlace},
+     Inserted, kAnyPosition},
     {"Insert_I",
      [](Call& c) {
        c.number = c.length;
        return veksInsert_8u_I(c.other, c.otherLength, c.to, &c.number, c.x);
      },
      WithLength<Inserted>, kInPlace},
-    {"Insert of the start",  // the inserted text is before the place, as `other` does
+    {"Insert of the start",  // the inserted text is before the position, as `other` does
      [](Call& c) {
        return veksInsert_8u(c.text, c.length, c.to + c.x - c.otherLength, c.otherLength, c.to, c.x);
      },
@@ -287,7 +287,7 @@ inline constexpr Function kReplaceC = {
                    static_cast<uint8_t>(in.y));
       return {kNoNumber, text};
     },
-    kAnyPlace};
+    kAnyPosition};
 
 // ---- Lists.
 
@@ -389,7 +389,7 @@ inline vekStatus RunHash(const Hash& hash, const uint8_t* string, int32_t length
                    : hash.units(reinterpret_cast<const uint16_t*>(string), length, number);
 }
 
-// Rows of the sweep: the hash is stored after the text's place, or wherever that lies.
+// Rows of the sweep: the hash is stored after the text's position, or wherever that lies.
 template <size_t kHash, int32_t kSize>
 constexpr Function kHashFunction = {
     "Hash", [](Call& c) { return RunHash(kHashes[kHash], c.text, c.length / kSize, kSize, c.to); },

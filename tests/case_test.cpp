@@ -12,10 +12,10 @@ TEST(CaseTest, EveryLengthAndMisalignment) {
   Sweep sweep;
   Random random(1);
   for (size_t length = 0; length <= kLongest; ++length) {
-    for (size_t place = 0; place < 256; ++place) {
-      const Bytes text = place % 2 == 0 ? random.Text(length) : random.Text(length, 64, 0x3D);
+    for (size_t position = 0; position < 256; ++position) {
+      const Bytes text = position % 2 == 0 ? random.Text(length) : random.Text(length, 64, 0x3D);
       for (const Function& function : kMappings) {
-        sweep.Expect(function, {text}, place + length % 2 * 256);
+        sweep.Expect(function, {text}, position + length % 2 * 256);
       }
     }
   }

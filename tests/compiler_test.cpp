@@ -79,9 +79,9 @@ void CheckFaults(PatternObject& bench, const std::string& row) {
   std::string name;
   words >> name;
   for (std::string word; words >> word;) {
-    const size_t place = word.find(mark);
-    ASSERT_EQ(bench.Compile(word.erase(place, mark.size())), kStatuses.at(name)) << word;
-    EXPECT_EQ(bench.Offset(), static_cast<int32_t>(place)) << word;
+    const size_t position = word.find(mark);
+    ASSERT_EQ(bench.Compile(word.erase(position, mark.size())), kStatuses.at(name)) << word;
+    EXPECT_EQ(bench.Offset(), static_cast<int32_t>(position)) << word;
   }
 }
 
@@ -169,11 +169,11 @@ TEST(CompilerTest, EveryOptionLetter) {
   PatternObject bench(1);
   for (int letter = 1; letter < 256; ++letter) {
     const char options[] = {'m', static_cast<char>(letter), static_cast<char>(letter), 0};
-    const size_t place = std::string("smixg").find(options[1]);
-    const bool isOption = place != std::string::npos;
+    const size_t position = std::string("smixg").find(options[1]);
+    const bool isOption = position != std::string::npos;
     EXPECT_EQ(bench.Compile("a", options), isOption ? StatusNoError : StatusRegExpOptionError);
     EXPECT_EQ(bench.Offset(), isOption ? kNoOffset : 0);
-    EXPECT_EQ(bench.State()->compileFlags, isOption ? 2U | 1U << place : 0U) << letter;
+    EXPECT_EQ(bench.State()->compileFlags, isOption ? 2U | 1U << position : 0U) << letter;
   }
 }
 

@@ -12,25 +12,25 @@ namespace vekch::test {
 namespace {
 
 // Positions worth trying in a string: its ends, what lies beside them, the middle.
-std::vector<int32_t> Places(int32_t length) {
-  std::vector<int32_t> places = {0};
-  for (const int32_t place : {1, length / 2, length - 1, length}) {
-    if (place > places.back() && place <= length) {
-      places.push_back(place);
+std::vector<int32_t> Positions(int32_t length) {
+  std::vector<int32_t> positions = {0};
+  for (const int32_t position : {1, length / 2, length - 1, length}) {
+    if (position > positions.back() && position <= length) {
+      positions.push_back(position);
     }
   }
-  return places;
+  return positions;
 }
 
 class EditTest : public testing::Test {
  protected:
   void Expect(const Function& function, const Input& input) {
-    sweep_.Expect(function, input, ++place_ % 512);
+    sweep_.Expect(function, input, ++position_ % 512);
   }
 
   Sweep sweep_;
   Random random_{1};
-  size_t place_ = 0;
+  size_t position_ = 0;
 };
 
 TEST_F(EditTest, InsertRemoveAndConcat) {
@@ -39,7 +39,7 @@ TEST_F(EditTest, InsertRemoveAndConcat) {
     for (const size_t other : {size_t{0}, size_t{1}, length / 3, length % 67, length % 300}) {
       Expect(kConcat, {text, random_.Text(other)});
     }
-    for (const int32_t start : Places(Size(text))) {
+    for (const int32_t start : Positions(Size(text))) {
       for (const size_t number : {size_t{1}, size_t{2}, length % 40 + 1, length % 190 + 1}) {
         const Bytes inserted = random_.Text(number);
         Expect(kInsertions[0], {text, inserted, start});
@@ -48,7 +48,7 @@ TEST_F(EditTest, InsertRemoveAndConcat) {
           Expect(kInsertions[2], {text, inserted, start});
         }
       }
-      for (const int32_t number : Places(Size(text) - start)) {
+      for (const int32_t number : Positions(Size(text) - start)) {
         Expect(kRemovals[0], {text, {}, start, number});
         Expect(kRemovals[1], {text, {}, start, number});
       }

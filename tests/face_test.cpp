@@ -105,7 +105,7 @@ TEST(FaceTest, TextsAsTheirModels) {
   EXPECT_EQ(hash_mscs({"abc\0d", 5}), 193409669u);
 }
 
-// Characters of one to four bytes, whole and cut, meet the end of a piece at every place.
+// Characters of one to four bytes, whole and cut, meet the end of a piece at every position.
 TEST(FaceTest, UtfGoesOnAfterAPiece) {
   const std::u16string units = u"a\u00E9\u20AC\U0001F600";
   for (const std::string_view cut : {"", "\x80", "\xE2\x82", "\xF0\x9F\x98", "\xFD\x80\x80"}) {
@@ -162,7 +162,8 @@ bool BeginsCharacter(std::string_view text, size_t at) {
   return at == text.size() || (static_cast<unsigned char>(text[at]) & 0xC0) != 0x80;
 }
 
-// Asks at each place whether the pattern matches just there: after as many bytes as lie before it.
+// Asks at each position whether the pattern matches just there: after as many bytes as lie before
+// it.
 Spans ModelOfAll(const std::string& pattern, const std::string& text, bool bytes) {
   Spans spans;
   for (size_t at = 0; at <= text.size();) {
@@ -348,7 +349,7 @@ TEST(FaceTest, WhatIsRefused) {
   EXPECT_EQ(nested.replace("abababababc", "x").status, StatusRegExpMatchLimit);
 }
 
-// The cause of every kind of fault, by what lies at its place.
+// The cause of every kind of fault, by what lies at its position.
 TEST(FaceTest, CausesInWords) {
   const struct {
     const char* cause;

@@ -14,9 +14,9 @@ class FindTest : public testing::Test {
  protected:
   template <size_t kCount>
   void Expect(const Function (&functions)[kCount], const Bytes& text, const Bytes& other,
-              size_t place = 0) {
+              size_t position = 0) {
     for (const Function& function : functions) {
-      sweep_.Expect(function, {text, other}, place % 512);
+      sweep_.Expect(function, {text, other}, position % 512);
     }
   }
 
@@ -27,14 +27,14 @@ class FindTest : public testing::Test {
 TEST_F(FindTest, ByteAtEveryPositionLengthAndMisalignment) {
   for (size_t length = 0; length <= kLongest; ++length) {
     Bytes text(length, 0x43);
-    for (size_t place = 0; place < 512; place += 15) {
-      Expect(kFindsOfByte, text, "\xC3"_b, place);
+    for (size_t position = 0; position < 512; position += 15) {
+      Expect(kFindsOfByte, text, "\xC3"_b, position);
     }
     for (size_t where = 0; where < length; where += length < 160 ? 1 : 3) {
       const size_t second = (where * 5 + 3) % length;
       text[where] = text[second] = 0xC3;
-      for (size_t place = where % 31; place < 512; place += 31) {
-        Expect(kFindsOfByte, text, "\xC3"_b, place);
+      for (size_t position = where % 31; position < 512; position += 31) {
+        Expect(kFindsOfByte, text, "\xC3"_b, position);
       }
       text[where] = text[second] = 0x43;
     }
@@ -211,22 +211,22 @@ TEST_F(FindTest, EveryRangeAsASet) {
 
 class FindZeroTerminated : public testing::Test, protected TerminatedFinds {};
 
-TEST_F(FindZeroTerminated, ByteInEveryLengthAndPlace) {
+TEST_F(FindZeroTerminated, ByteInEveryLengthAndPosition) {
   for (size_t length = 0; length <= kLongest; ++length) {
     const Bytes text(length, 0xE1);
-    for (size_t place = length % 3; place < TerminatedString::kPlaces; place += 3) {
-      ExpectByte(text, 0, place);
-      ExpectByte(text, 'k', place);
+    for (size_t position = length % 3; position < TerminatedString::kPositions; position += 3) {
+      ExpectByte(text, 0, position);
+      ExpectByte(text, 'k', position);
     }
     for (size_t where = 0; where < length; where += 1 + where % 5) {
       Bytes hit = text;
       hit[where] = hit[length - 1] = 'k';
-      ExpectByte(hit, 'k', (where * 11 + length) % TerminatedString::kPlaces);
+      ExpectByte(hit, 'k', (where * 11 + length) % TerminatedString::kPositions);
     }
   }
 }
 
-TEST_F(FindZeroTerminated, NeedleInEveryLengthAndPlace) {
+TEST_F(FindZeroTerminated, NeedleInEveryLengthAndPosition) {
   Random random(4);
   for (size_t round = 0; round < 20000; ++round) {
     const size_t letters = 2 + random.Below(2);
@@ -235,12 +235,12 @@ TEST_F(FindZeroTerminated, NeedleInEveryLengthAndPlace) {
     if (round % 3 == 0 && needle.size() <= text.size()) {
       text.replace(random.Below(text.size() - needle.size() + 1), needle.size(), needle);
     }
-    ExpectNeedle(text, needle, round % TerminatedString::kPlaces);
+    ExpectNeedle(text, needle, round % TerminatedString::kPositions);
   }
 }
 
-// The pieces in which a long string is searched: the needle at every place around where one could
-// end, in whole or but for a byte, and cut off by the terminator.
+// The pieces in which a long string is searched: the needle at every position around where one
+// could end, in whole or but for a byte, and cut off by the terminator.
 TEST_F(FindZeroTerminated, NeedleAcrossPiecesOfALongString) {
   Random random(5);
   for (const size_t n : {1U, 2U, 7U, 64U, 2500U}) {
@@ -249,11 +249,11 @@ TEST_F(FindZeroTerminated, NeedleAcrossPiecesOfALongString) {
       for (const size_t after : {size_t{0}, size_t{1}, n / 2, n - 1, n, n + 40}) {
         const size_t at = from < after ? 0 : from - after;
         Bytes text = random.Text(at, 26, 'a') + needle + random.Text(after % 3 * 20, 26, 'a');
-        const size_t place = (from / 64 + after) * 7 % TerminatedString::kPlaces;
-        ExpectNeedle(text, needle, place);
-        ExpectNeedle(text.substr(0, at + n - 1), needle, place);
+        const size_t position = (from / 64 + after) * 7 % TerminatedString::kPositions;
+        ExpectNeedle(text, needle, position);
+        ExpectNeedle(text.substr(0, at + n - 1), needle, position);
         text[at + n / 2] ^= 0x80;
-        ExpectNeedle(text, needle, place);
+        ExpectNeedle(text, needle, position);
       }
     }
   }

@@ -13,10 +13,10 @@ TEST(HashTest, EveryLengthAndMisalignment) {
   Sweep sweep;
   Random random(1);
   for (size_t length = 0; length <= 2 * kLongest; ++length) {
-    for (size_t place = 0; place < 512; place += 15) {
+    for (size_t position = 0; position < 512; position += 15) {
       const Bytes texts[] = {random.Text(length), random.Text(length, 255, 1), Bytes(length, 255)};
       for (const Function& function : kHashFunctions) {
-        sweep.Expect(function, {texts[place / 15 % 3]}, place);
+        sweep.Expect(function, {texts[position / 15 % 3]}, position);
       }
     }
   }

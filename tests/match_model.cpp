@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 
-// What a failure puts back is held in the arguments of the recursion (the places in the program and
-// in the subject, the options, the open groups) or, for the slots of captures, in a trail of old
-// values: a record that fails takes the trail back to where it found it. An abort leaves the slots
-// as they are, for the record that turns it into a failure or a match.
+// What a failure puts back is held in the arguments of the recursion (the positions in the program
+// and in the subject, the options, the open groups) or, for the slots of captures, in a trail of
+// old values: a record that fails takes the trail back to where it found it. An abort leaves the
+// slots as they are, for the record that turns it into a failure or a match.
 
 #include "tests/match_model.h"
 
@@ -68,7 +68,7 @@ bool InClass(const ProgramNode* head, int32_t c, uint32_t options) {
   return isMember != (head->a != 0);
 }
 
-// ---- Whether the program matches at one place.
+// ---- Whether the program matches at one position.
 
 class Matcher {
  public:
@@ -333,35 +333,35 @@ class Matcher {
   }
 
   Result Repeat(const ProgramNode& node, const Times& times, int32_t at, const Scene& scene) {
-    struct Place {
+    struct Position {
       int32_t at;
       int32_t length;
     };
     const auto least = static_cast<size_t>(times.least);
-    std::vector<Place> places = {{at, slots[0].length}};  // after none, one, two ... of them
+    std::vector<Position> positions = {{at, slots[0].length}};  // after none, one, two ... of them
     const auto most = static_cast<size_t>(std::max(times.least, std::min(times.most, end - at)));
-    while (places.size() <= most) {
-      const Place last = places.back();
+    while (positions.size() <= most) {
+      const Position last = positions.back();
       const std::optional<Taken> taken = Take(node, last.at, scene.options);
       if (!taken) {
         break;
       }
-      places.push_back({last.at + taken->bytes, last.length + taken->reported});
+      positions.push_back({last.at + taken->bytes, last.length + taken->reported});
     }
-    if (places.size() <= least) {
+    if (positions.size() <= least) {
       return kFail;
     }
-    places.erase(places.begin(), places.begin() + static_cast<ptrdiff_t>(least));
+    positions.erase(positions.begin(), positions.begin() + static_cast<ptrdiff_t>(least));
     if (!times.isLazy) {
-      std::reverse(places.begin(), places.end());
+      std::reverse(positions.begin(), positions.end());
     }
     const size_t mark = trail.size();
     --depth;
     Result result = kFail;
-    for (size_t i = 0; i < places.size() && result != kOk; ++i) {
+    for (size_t i = 0; i < positions.size() && result != kOk; ++i) {
       Undo(mark);
-      SetLength(places[i].length);
-      result = Match(times.next, places[i].at, scene);
+      SetLength(positions[i].length);
+      result = Match(times.next, positions[i].at, scene);
     }
     ++depth;
     return result == kOk ? kOk : kFail;
@@ -604,7 +604,7 @@ class Searcher : Matcher {
     return literal.op == OpChar ? 1 : literal.b;
   }
 
-  // The first or last place of a literal in the window, -1 for none.
+  // The first or last position of a literal in the window, -1 for none.
   int32_t FindLiteral(const ProgramNode& literal, bool folds, bool last) const {
     const auto byte = static_cast<uint8_t>(literal.a);
     const uint8_t* text = literal.op == OpChar ? &byte : regexp::RunOf(literal);
@@ -622,10 +622,10 @@ class Searcher : Matcher {
     answer.count = 0;
     int32_t best = -1;
     for (int32_t i = 0; i < state.nodeCount; i += 2) {
-      const int32_t place = FindLiteral(program[i], folds, false);
-      if (place >= 0 && (best < 0 || place < best)) {
-        best = place;
-        answer.results = {{subject + place, LiteralLength(program[i])}};
+      const int32_t position = FindLiteral(program[i], folds, false);
+      if (position >= 0 && (best < 0 || position < best)) {
+        best = position;
+        answer.results = {{subject + position, LiteralLength(program[i])}};
         answer.count = 1;
       }
     }

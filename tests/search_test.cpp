@@ -166,7 +166,7 @@ class Bench {
   size_t stackTaken = 0;
 
  private:
-  // In short subjects, the search from which on places are passed over by a plan.
+  // In short subjects, the search from which on positions are passed over by a plan.
   static constexpr int32_t kSearchesToPlan = 5;
   static constexpr int64_t kMostSteps = 100000;
   static constexpr int32_t kCheapLimit = 40;  // at which no pattern takes long
@@ -319,7 +319,7 @@ const Oddity kOddities[] = {
     {"nothing is seen after the last literal that is needed", "(?=a\n)a", "a\n", ""},
     {"it is the end there", "(?=a$)a", "ab", "0+1"},
     {"alternatives of literals: the earliest", "cat|dog", "hotdog cat", "3+3"},
-    {"of two at one place the first", "ab|abc", "abc", "0+2"},
+    {"of two at one position the first", "ab|abc", "abc", "0+2"},
     {"a literal at the start, though none of it is needed", "a*?b", "bab", "1+2"},
     {"found by folding", "a+b", "xAB", "1+2", {"i"}},
     {"nothing inside a character", "(\xA9)", "\u00E9", ""},
@@ -580,7 +580,7 @@ TEST(SearchTest, LargePatternsLikeTheModel) {
       200000U);
 }
 
-// Long enough for places to be looked for, 64 at a time too, in every way that there is.
+// Long enough for positions to be looked for, 64 at a time too, in every way that there is.
 TEST(SearchTest, LongSubjectsLikeTheModel) {
   Words sought = Split(
       "abc a c [ab]c \\bab \\b[ab]+c a*bc [a-c]+b \\w+c (\\w+)a \\w+(?=b) (?<=a)b (?<=ab). "
@@ -733,7 +733,8 @@ TEST(SearchTest, StackIsAsSaid) {
   }
 }
 
-// Repetitions of changing lengths are given back one by one, down to the place that is asked for.
+// Repetitions of changing lengths are given back one by one, down to the position that is asked
+// for.
 TEST(SearchTest, AtomicRepetitionsAreGivenBack) {
   Bench bench;
   ASSERT_TRUE(bench.Compile("^(?>a|bc|def|ghijk|#)*#", {}));

@@ -91,7 +91,7 @@ TEST(StartPositionsTest, RulesOfPatterns) {
 }
 
 // A short subject isn't worth a plan until the object has been used some times, and without the
-// depth that places passed over could have taken none is used.
+// depth that positions passed over could have taken none is used.
 TEST(StartPositionsTest, WhenAPlanIsUsed) {
   const PatternObject pattern("[ab]c");
   for (int32_t search = 0; search < 4; ++search) {

@@ -59,13 +59,13 @@ struct Output {
   Bytes stored = {};
 };
 
-enum Places { kApart = 1, kInPlace = 2, kAnyPlace = 3 };
+enum Positions { kApart = 1, kInPlace = 2, kAnyPosition = 3 };
 
 struct Function {
   const char* name;
   vekStatus (*run)(Call& call);
   Output (*model)(const Input& input);
-  Places places = kApart;  // where the result may go: beside the text, onto it
+  Positions positions = kApart;  // where the result may go: beside the text, onto it
 };
 
 class Sweep {
@@ -73,36 +73,36 @@ class Sweep {
   explicit Sweep(size_t longest = 3 * kLongest)
       : text_(longest), other_(longest), result_(longest + 2 * kMargin) {}
 
-  // `place` from 0 to 511 says how the strings lie: at all distances from the page after them, or
-  // before them, and from each other.
-  void Expect(const Function& function, const Input& input, size_t place = 0) {
+  // `position` from 0 to 511 says how the strings lie: at all distances from the page after them,
+  // or before them, and from each other.
+  void Expect(const Function& function, const Input& input, size_t position = 0) {
     if (++calls_ > kAlways && calls_ % kInputShare != 0) {
       return;
     }
     const Output expected = function.model(input);
-    const uint8_t* other = Put(other_.AtEnd(input.other.size(), place / 16 % 16), input.other);
-    for (const Places where : {kApart, kInPlace}) {
-      if ((function.places & where) == 0) {
+    const uint8_t* other = Put(other_.AtEnd(input.other.size(), position / 16 % 16), input.other);
+    for (const Positions where : {kApart, kInPlace}) {
+      if ((function.positions & where) == 0) {
         continue;
       }
       const bool inPlace = where == kInPlace;
       const Bytes before = inPlace ? input.text : Bytes();
       const size_t room = std::max(before.size(), expected.stored.size());
-      const size_t gap = (place * 5 + place / 16) % 16;
+      const size_t gap = (position * 5 + position / 16) % 16;
       uint8_t* to = result_.AtEnd(room, gap);
       std::memset(to - kMargin, kUnwritten, room + kMargin + gap);
       Put(to, before);
-      const uint8_t* text = inPlace ? to : PutText(input, place);
+      const uint8_t* text = inPlace ? to : PutText(input, position);
       Call call = {text,    Size(input.text), other, Size(input.other),
                    input.x, input.y,          to,    kNoNumber};
       ASSERT_EQ(function.run(call), StatusNoError) << function.name;
-      ASSERT_EQ(call.number, expected.number) << Describe(function, input, place);
+      ASSERT_EQ(call.number, expected.number) << Describe(function, input, position);
       // In place, bytes after a shorter result stay.
       const Bytes rest = before.substr(std::min(before.size(), expected.stored.size()));
       const Bytes after =
           Bytes(kMargin, kUnwritten) + expected.stored + rest + Bytes(gap, kUnwritten);
       ASSERT_EQ(std::memcmp(to - kMargin, after.data(), after.size()), 0)
-          << Describe(function, input, place) << (inPlace ? ", in place" : "");
+          << Describe(function, input, position) << (inPlace ? ", in place" : "");
       ASSERT_TRUE(inPlace || std::equal(input.text.begin(), input.text.end(), text));
     }
   }
@@ -114,20 +114,20 @@ class Sweep {
   }
 
   // The bytes around the text are what is sought in it, so that one read beyond an end counts.
-  const uint8_t* PutText(const Input& input, size_t place) {
-    const size_t shift = place % 16;
+  const uint8_t* PutText(const Input& input, size_t position) {
+    const size_t shift = position % 16;
     const uint8_t sought = input.other.empty() ? kUnwritten : input.other[0];
-    const bool atEnd = place < 256;
+    const bool atEnd = position < 256;
     uint8_t* p = atEnd ? text_.AtEnd(input.text.size(), shift) : text_.AtStart(shift);
     std::memset(atEnd ? p + input.text.size() : text_.AtStart(), sought, shift);
     std::memset(atEnd ? p - kMargin : p + input.text.size(), sought, kMargin);
     return Put(p, input.text);
   }
 
-  static std::string Describe(const Function& function, const Input& input, size_t place) {
+  static std::string Describe(const Function& function, const Input& input, size_t position) {
     return std::string(function.name) + " of " + std::to_string(input.text.size()) + " and " +
            std::to_string(input.other.size()) + " bytes, " + std::to_string(input.x) + ", " +
-           std::to_string(input.y) + ", place " + std::to_string(place);
+           std::to_string(input.y) + ", position " + std::to_string(position);
   }
 
   GuardedBuffer text_;

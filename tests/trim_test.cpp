@@ -27,17 +27,17 @@ class TrimTest : public testing::Test {
   void Expect(size_t length, size_t atStart, size_t atEnd, const Bytes& set) {
     const Input in = {Text(length, std::min(atStart, length), atEnd, set), set};
     for (const Function& function : kTrimsOfSet) {
-      sweep_.Expect(function, in, ++place_ % 512);
+      sweep_.Expect(function, in, ++position_ % 512);
     }
     for (const Function& function : kTrimsOfByte) {
       if (set.size() == 1) {
-        sweep_.Expect(function, in, place_ % 512);
+        sweep_.Expect(function, in, position_ % 512);
       }
     }
   }
 
   Sweep sweep_;
-  size_t place_ = 0;
+  size_t position_ = 0;
 };
 
 // Members in steps from a first one, out of order and, for large sets, with repetitions.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // The conversions against a model that follows the rules word by word: every code point, every
-// short input, random well-formed and malformed text at every place, length and capacity.
+// short input, random well-formed and malformed text at every position, length and capacity.
 
 #include "tests/utf_model.h"
 
@@ -181,7 +181,7 @@ TEST(UtfTest, EdgesOfTheByteRangesInsideLongText) {
   }
 }
 
-TEST(UtfTest, RandomTextAtEveryLengthPlaceAndCapacity) {
+TEST(UtfTest, RandomTextAtEveryLengthPositionAndCapacity) {
   Texts texts(1);
   Sweep sweep(3 * kPlenty);
   for (size_t length = 0; length <= 260; ++length) {

@@ -108,8 +108,8 @@ TABLE = [
      "1:accde\n3:c\n",
      r"vekgrep: \(standard input\):1: the match limit ran out\n", 2),
     ("-c --limit 0 e a b", "", "a:0\nb:0\n", "".join(
-        f"vekgrep: {place}: the match limit ran out\n"
-        for place in ("a:1", "a:2", "a:3", "b:1", "b:2")), 2),
+        f"vekgrep: {position}: the match limit ran out\n"
+        for position in ("a:1", "a:2", "a:3", "b:1", "b:2")), 2),
     # Folders.
     ("-R -c w tree b", "", "tree/a/2:1\ntree/a/z/3:1\ntree/b:0\nb:1\n", "", 0),
     ("-R -l -F two tree", "", "tree/a/2\ntree/a/z/3\n", "", 0),

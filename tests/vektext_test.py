@@ -189,7 +189,7 @@ class Buffers(unittest.TestCase):
         for character in "ß€𝄞":
             size = len(character.encode())
             for shift in range(size):
-                # Each buffer's end falls at the same place within the character.
+                # Each buffer's end falls at the same position within the character.
                 text = "x" * shift + character * (2 * BUFFER // size + 9) + "\ny"
                 for name, codec in list(CODECS.items())[:4 if character == "ß" else 3]:
                     encoded = text.encode(codec)

@@ -73,17 +73,17 @@ def collect(build):
 def read_excused():
     """By file and text of the line: how many branches may be missed, and why."""
     excused = {}
-    place = []
+    position = []
     for line in EXCUSED.read_text(encoding="utf-8").splitlines() if EXCUSED.exists() else []:
         if not line.strip():
-            place = []
+            position = []
         elif line.startswith("#"):
             continue
-        elif len(place) < 2:
-            place.append(line.strip())
+        elif len(position) < 2:
+            position.append(line.strip())
         else:
             missed, reason = line.strip().split(" | ")
-            excused[tuple(place)] = (0 if missed == "line" else int(missed), reason)
+            excused[tuple(position)] = (0 if missed == "line" else int(missed), reason)
     return excused
 
 

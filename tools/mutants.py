@@ -51,14 +51,14 @@ class TreeReader:
 
     def __init__(self, sources):
         self.sources = sources
-        self.file = None  # of the place printed last: clang names it only where it changes
+        self.file = None  # of the position printed last: clang names it only where it changes
         self.sites = set()
         self.refused = set()
 
-    # ---- Places
+    # ---- Positions
 
-    def note_file(self, place):
-        """Follows the files through a place of the tree, in the order in which it was printed."""
+    def note_file(self, position):
+        """Follows the files through a position of the tree, in the order in which it was printed."""
         for key, value in place.items():
             if key == "file":
                 self.file = str(pathlib.PurePosixPath(value))

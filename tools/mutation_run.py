@@ -82,17 +82,17 @@ Outcome = collections.namedtuple("Outcome", "mutant caught seconds")
 
 def read_excused():
     excused = {}
-    place = []
+    position = []
     for line in EXCUSED.read_text(encoding="utf-8").splitlines() if EXCUSED.exists() else []:
         if not line.strip():
-            place = []
+            position = []
         elif line.startswith("#"):
             continue
-        elif len(place) < 2:
-            place.append(line.strip())
+        elif len(position) < 2:
+            position.append(line.strip())
         else:
             change, kind, reason = (part.strip() for part in line.rsplit(" | ", 2))
-            excused[(*place, change)] = Excuse(kind, reason)
+            excused[(*position, change)] = Excuse(kind, reason)
     return excused
 
 
@@ -269,7 +269,7 @@ def main():
                     run_test(test.program, test.name, arguments.mutant,
                              math.ceil(1 + 2 * test.seconds), shown=True)  # fmt: skip
             return 0
-        print(f"{len(everything)} places, {len(chosen)} mutants, {len(tests)} tests in"
+        print(f"{len(everything)} positions, {len(chosen)} mutants, {len(tests)} tests in"
               f" {sum(test.seconds for test in tests):.0f} s of processor time", flush=True)
         tried = [m for m in chosen if arguments.excused or key_of(m) not in excused]
         outcomes = list(pool.map(lambda mutant: try_mutant(mutant, tests), tried))

@@ -132,7 +132,7 @@ int64_t SizeOf(int file) {
                                                                                     : -1;
 }
 
-int64_t PlaceOf(int file) { return SizeOf(file) < 0 ? -1 : _lseeki64(file, 0, SEEK_CUR); }
+int64_t PositionOf(int file) { return SizeOf(file) < 0 ? -1 : _lseeki64(file, 0, SEEK_CUR); }
 
 void GoTo(int file, int64_t position) { _lseeki64(file, position, SEEK_SET); }
 
@@ -215,7 +215,7 @@ int64_t SizeOf(int file) {
   return fstat(file, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
 }
 
-int64_t PlaceOf(int file) { return SizeOf(file) < 0 ? -1 : lseek(file, 0, SEEK_CUR); }
+int64_t PositionOf(int file) { return SizeOf(file) < 0 ? -1 : lseek(file, 0, SEEK_CUR); }
 
 void GoTo(int file, int64_t position) { lseek(file, position, SEEK_SET); }
 

@@ -39,7 +39,7 @@ int64_t ReadSomeAt(int file, int64_t offset, uint8_t* buffer, size_t size);
 int64_t SizeOf(int file);
 
 // Where the next byte is read from; -1 where there are no positions.
-int64_t PlaceOf(int file);
+int64_t PositionOf(int file);
 void GoTo(int file, int64_t position);
 
 // Writes everything; false with the reason in errno.

@@ -92,7 +92,7 @@ class FileTask : public Task {
 
  private:
   void Search(const SearchTools& tools, StyledOutput& output, File& file, std::string* fault) {
-    const int64_t start = name == "-" ? PlaceOf(file.Descriptor()) : -1;
+    const int64_t start = name == "-" ? PositionOf(file.Descriptor()) : -1;
     Input input(common.needs.lines, common.needs.overlap, common.options.lineEnd);
     input.Begin(file);
     FileSearch search(tools, output, label);

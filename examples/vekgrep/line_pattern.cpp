@@ -114,11 +114,11 @@ Outcome LinePattern::SearchLine(Range line) {
 }
 
 bool LinePattern::BeginLine(Range line) {
-  lastMatchPlace = -1;
+  lastMatchPosition = -1;
   if (outcome != Outcome::kMatch || found.begin < line.begin || found.begin > line.end) {
     return true;
   }
-  lastMatchPlace = line.end;
+  lastMatchPosition = line.end;
   nextMatch = foundAll ? nextFound : 0;
   return foundAll || matches.Replace(all, first, text + line.begin, line.end - line.begin);
 }
@@ -127,7 +127,7 @@ bool LinePattern::PeekMark(int32_t from, Mark* mark) {
   for (; nextMatch < matches.FoundCount(); PassMark()) {
     const RegExpFindResult* match = matches.Found() + nextMatch;
     const auto begin = static_cast<int32_t>(match->pointer - text);
-    if (begin > lastMatchPlace) {
+    if (begin > lastMatchPosition) {
       return false;
     }
     if (begin >= from) {

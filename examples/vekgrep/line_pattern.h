@@ -66,9 +66,9 @@ class LinePattern {
 
   Replacer matches;  // of the line that is shown or, if foundAll, of the text
   bool foundAll = false;
-  int32_t nextFound = 0;       // if foundAll: the match that Seek has come to
-  int32_t nextMatch = 0;       // that PeekMark has come to
-  int32_t lastMatchPlace = 0;  // where matches of the line that is shown begin at most
+  int32_t nextFound = 0;          // if foundAll: the match that Seek has come to
+  int32_t nextMatch = 0;          // that PeekMark has come to
+  int32_t lastMatchPosition = 0;  // where matches of the line that is shown begin at most
 };
 
 }  // namespace examples::vekgrep

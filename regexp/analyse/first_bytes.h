@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// The bytes that a match can begin with, place by place, found by following every way through the
-// program at once.
+// The bytes that a match can begin with, position by position, found by following every way through
+// the program at once.
 
 #ifndef VEKCH_REGEXP_ANALYSE_FIRST_BYTES_H
 #define VEKCH_REGEXP_ANALYSE_FIRST_BYTES_H
@@ -15,13 +15,13 @@ namespace vekch::regexp {
 constexpr int32_t kMostWindow = 8;  // bits of a filter's byte
 
 struct FirstBytes {
-  int32_t window;  // places whose bytes are known: no match is shorter
+  int32_t window;  // positions whose bytes are known: no match is shorter
   // That the matcher may use up before it has tested these bytes; -1 if that depends on the
   // subject.
   int32_t levels;
 };
 
-// Sets bit k of filter[value] for each byte that may be at place k. `firstAlternative` is that
+// Sets bit k of filter[value] for each byte that may be at position k. `firstAlternative` is that
 // at top level, 0 for none; `marks` has room for two bytes for each record and two more; `filter`
 // has 256 entries, all 0.
 FirstBytes FindFirstBytes(const ProgramWalk& walk, int32_t firstAlternative, uint8_t* marks,

@@ -53,7 +53,7 @@ struct Weights {
 };
 constexpr Weights kWeights;
 constexpr int32_t kEverySecond = 500;
-constexpr int32_t kRarePair = 60;  // of a thousand places
+constexpr int32_t kRarePair = 60;  // of a thousand positions
 constexpr int32_t kLeastWord = 3;
 constexpr int32_t kFewRanges = 2;  // which are tested faster than a window
 
@@ -346,20 +346,20 @@ class PlanMaker {
   void UsePair() {
     kernels::BytePair& pair = plan->pair;
     int32_t best[2] = {kEverySecond, kEverySecond};
-    for (int32_t place = 0; place < plan->window; ++place) {
+    for (int32_t position = 0; position < plan->window; ++position) {
       kernels::Ranges ranges;
-      const int32_t count = RangesOf(plan->bytes, static_cast<uint8_t>(1U << place), &ranges);
+      const int32_t count = RangesOf(plan->bytes, static_cast<uint8_t>(1U << position), &ranges);
       const int32_t weight = count == 0 ? kEverySecond : WeightOf(ranges, count);
       const int32_t worse = best[0] > best[1] ? 0 : 1;
       if (weight < best[worse]) {
         best[worse] = weight;
-        pair.offsets[worse] = place;
+        pair.offsets[worse] = position;
         pair.sets[worse] = ranges;
         pair.rangeCount = count > pair.rangeCount ? count : pair.rangeCount;
       }
     }
     for (int32_t side = 0; side < 2; ++side) {
-      if (best[side] == kEverySecond) {  // only one place has a set that serves
+      if (best[side] == kEverySecond) {  // only one position has a set that serves
         pair.offsets[side] = pair.offsets[1 - side];
         pair.sets[side] = pair.sets[1 - side];
       }

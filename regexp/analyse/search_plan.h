@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 
-// How a search finds the places where a match may begin, without asking the matcher: made for a
-// pattern when it pays for the first time. A place that is passed over is one where the matcher
+// How a search finds the positions where a match may begin, without asking the matcher: made for a
+// pattern when it pays for the first time. A position that is passed over is one where the matcher
 // would have failed within the first records, so that it takes some depth; with less than that, no
-// place is passed over, since the matcher would have had to give up there.
+// position is passed over, since the matcher would have had to give up there.
 
 #ifndef VEKCH_REGEXP_ANALYSE_SEARCH_PLAN_H
 #define VEKCH_REGEXP_ANALYSE_SEARCH_PLAN_H
@@ -32,12 +32,12 @@ struct alignas(8) SearchPlan {
     // walked backwards to where a match can begin ("reverse inner": A. Gallant, Regex engine
     // internals as a library, 2023). "\w+@\w" and "\w{1,9}@", not "\w+[@#]".
     kInnerLiteral,
-    // By the classes of the first bytes, one bit for each place: forwards with few places, else
-    // backwards through a window, as the bit-parallel suffix automaton does (BNDM: G. Navarro and
-    // M. Raffinot, A bit-parallel approach to suffix automata, 1998). "[^,][^;]", not "\1|x".
+    // By the classes of the first bytes, one bit for each position: forwards with few positions,
+    // else backwards through a window, as the bit-parallel suffix automaton does (BNDM: G. Navarro
+    // and M. Raffinot, A bit-parallel approach to suffix automata, 1998). "[^,][^;]", not "\1|x".
     kClassWindow,
-    // The same, after a look for the two of these bytes that texts hold least often, 64 places at
-    // a time ("packed pair": W. Mula, SIMD-friendly algorithms for substring searching, 2016).
+    // The same, after a look for the two of these bytes that texts hold least often, 64 positions
+    // at a time ("packed pair": W. Mula, SIMD-friendly algorithms for substring searching, 2016).
     // "[A-Z][a-z]+", not "[^,][^;]".
     kPackedPair,
     // Where a word begins, 64 positions at a time, and then by the classes of the first bytes.
@@ -53,18 +53,18 @@ struct alignas(8) SearchPlan {
   uint8_t window;         // how many bytes are known, or pairs of bytes
   uint8_t isAtWordStart;  // no match begins after a word byte
   uint8_t runDecides;     // what fails in the beginning of a run fails all along the run
-  int32_t depth;          // that has to be there for places to be passed over
+  int32_t depth;          // that has to be there for positions to be passed over
   int32_t literal;        // kPrefixLiteral, kInnerLiteral: index of the record
   // kPrefixLiteral: from the match's start; kInnerLiteral: the least such distance
   int32_t distance;
   int32_t reach;  // kInnerLiteral: the most such distance
   kernels::BytePair pair;
-  // kClassWindow, kPackedPair: bit k for a byte that may be at place k of a match.
+  // kClassWindow, kPackedPair: bit k for a byte that may be at position k of a match.
   // kInnerLiteral: not 0 for a byte of the run.
   uint8_t bytes[256];
 };
 
-// kHashedPairs: bit k for the hash of two bytes that may be at the places k and k + 1 of a
+// kHashedPairs: bit k for the hash of two bytes that may be at the positions k and k + 1 of a
 // match; where case is ignored a letter is there in both. The table follows the plan.
 constexpr int32_t kPairHashes = 2048;
 

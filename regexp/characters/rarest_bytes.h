@@ -19,7 +19,8 @@ struct RarestBytes {
   int32_t first = 0;
   int32_t second = 0;
 
-  RarestBytes(int32_t firstPlace, int32_t secondPlace) : first(firstPlace), second(secondPlace) {}
+  RarestBytes(int32_t firstPosition, int32_t secondPosition)
+      : first(firstPosition), second(secondPosition) {}
 
   explicit RarestBytes(const Literal& literal) {
     for (int32_t i = 1; i < literal.length; ++i) {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 
-// A memory of failures: which choices are known to lead nowhere at which places of the subject, so
-// that none of them is tried twice. "(a|a)*[bc]" doubles its tries with each "a" without it.
+// A memory of failures: which choices are known to lead nowhere at which positions of the subject,
+// so that none of them is tried twice. "(a|a)*[bc]" doubles its tries with each "a" without it.
 //
 // A choice fails again where it has failed before if all that its future depends on is the same:
-// the place, and for each group around it that may match nothing, whether its repetition has
+// the position, and for each group around it that may match nothing, whether its repetition has
 // consumed anything yet. So a bit for each says enough, as long as nothing else counts:
 // repetitions that are counted, copies of what was captured, captures that stay after a failure,
 // and limits. The translation says which programs are free of the first three. Of the depth a loop
@@ -12,7 +12,7 @@
 // failure is used only where the bytes up to the furthest that any try has come to could not have
 // used it up.
 //
-// The bits lie in what is free of the object's room, for as many places as they go.
+// The bits lie in what is free of the object's room, for as many positions as they go.
 
 #ifndef VEKCH_REGEXP_FAST_FAILURE_MEMORY_H
 #define VEKCH_REGEXP_FAST_FAILURE_MEMORY_H
@@ -26,20 +26,20 @@ namespace vekch::regexp {
 
 class FailureMemory {
  public:
-  // Forgets all, and remembers places from `first` on.
+  // Forgets all, and remembers positions from `first` on.
   void Begin(const FastProgram& program, FreeRoom room, const uint8_t* first) {
     start = first;
     kinds = int64_t{program.opCount} << program.emptyLoopCount;
     const int64_t words = room.Size() / 16;  // the other half is the exact matcher's
     bits = reinterpret_cast<uint64_t*>(room.Begin());
-    places = words * 64 / kinds;
+    positions = words * 64 / kinds;
     kernels::ClearWords(bits, static_cast<uint64_t>(words));
   }
 
   bool IsBegun() const { return bits != nullptr; }
 
-  // Whether places from here on are remembered.
-  bool Reaches(const uint8_t* at) const { return at - start < places / 2; }
+  // Whether positions from here on are remembered.
+  bool Reaches(const uint8_t* at) const { return at - start < positions / 2; }
 
   // `variant` says of each group that may match nothing whether its repetition has so far.
   bool Knows(int64_t op, const uint8_t* at, int64_t variants, int64_t variant) const {
@@ -56,13 +56,13 @@ class FailureMemory {
 
  private:
   int64_t BitOf(int64_t kind, const uint8_t* at) const {
-    const int64_t place = at - start;
-    return place < 0 || place >= places ? -1 : place * kinds + kind;
+    const int64_t position = at - start;
+    return position < 0 || position >= positions ? -1 : position * kinds + kind;
   }
 
   uint64_t* bits = nullptr;
   const uint8_t* start = nullptr;
-  int64_t places = 0;
+  int64_t positions = 0;
   int64_t kinds = 1;
 };
 

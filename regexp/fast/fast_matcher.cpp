@@ -200,7 +200,7 @@ class FastMatcher {
     return false;
   }
 
-  // The tries have come to a place.
+  // The tries have come to a position.
   VEK_INLINE void Reach(const uint8_t* at) {
     if constexpr (kRemembers) {
       memory.call->furthest = at > memory.call->furthest ? at : memory.call->furthest;
@@ -214,9 +214,9 @@ class FastMatcher {
     }
   }
 
-  VEK_INLINE Frame* Push(Registers& r, FrameKind kind, const uint8_t* place) {
+  VEK_INLINE Frame* Push(Registers& r, FrameKind kind, const uint8_t* position) {
     Frame* const frame = r.top++;
-    frame->at = place;
+    frame->at = position;
     frame->op = static_cast<uint16_t>(r.op - ops);
     frame->kind = kind;
     frame->depth = r.depth;
@@ -316,13 +316,13 @@ class FastMatcher {
            character.code == FastCode::kLazyOpenSet;
   }
 
-  VEK_INLINE int32_t LengthAt(const FastOp& character, const uint8_t* place) const {
+  VEK_INLINE int32_t LengthAt(const FastOp& character, const uint8_t* position) const {
     if (IsOpenSet(character)) {
-      return *place < 0x80 ? character.bytes[*place] & 1 : ReadUtf8(place, limit).length;
+      return *position < 0x80 ? character.bytes[*position] & 1 : ReadUtf8(position, limit).length;
     }
     auto* const set = AidAt<WideSet>(ops, character.aid);
-    return set != nullptr ? WideLength(set, place, limit)
-                          : CharacterLength(*character.record, place, limit);
+    return set != nullptr ? WideLength(set, position, limit)
+                          : CharacterLength(*character.record, position, limit);
   }
 
   [[gnu::noinline]] bool Copy(Registers& r) {
@@ -341,28 +341,28 @@ class FastMatcher {
     return run.run.tables == nullptr ? nullptr : run.run.tables->follow;
   }
 
-  VEK_INLINE bool CanFollow(const FastOp& run, const uint8_t* place) const {
+  VEK_INLINE bool CanFollow(const FastOp& run, const uint8_t* position) const {
     const uint8_t* const follow = FollowersOf(run);
-    return place < limit ? follow == nullptr || follow[*place] != 0
-                         : (run.flags & kFollowsAtEnd) != 0;
+    return position < limit ? follow == nullptr || follow[*position] != 0
+                            : (run.flags & kFollowsAtEnd) != 0;
   }
 
   // Past members of the operation's set of ranges, 16 at a time. Functions of their own, so that
   // their registers cost nothing where runs are short.
-  [[gnu::noinline]] const uint8_t* SkipBlocks(const FastOp& run, const uint8_t* place,
+  [[gnu::noinline]] const uint8_t* SkipBlocks(const FastOp& run, const uint8_t* position,
                                               const uint8_t* end) const {
     const auto* const set = AidAt<const kernels::RangeSet>(ops, run.aid);
-    return set == nullptr ? place : kernels::SkipMembers(*set, place, end);
+    return set == nullptr ? position : kernels::SkipMembers(*set, position, end);
   }
 
-  [[gnu::noinline]] const uint8_t* EndOfMembers(const FastOp& run, const uint8_t* place,
+  [[gnu::noinline]] const uint8_t* EndOfMembers(const FastOp& run, const uint8_t* position,
                                                 const uint8_t* end) const {
-    place = SkipBlocks(run, place, end);
+    position = SkipBlocks(run, position, end);
     const uint8_t* const members = run.bytes;
-    while (place < end && members[*place] != 0) {
-      ++place;
+    while (position < end && members[*position] != 0) {
+      ++position;
     }
-    return place;
+    return position;
   }
 
   // In 16 bytes the one that ends a run, or kBlock.

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 
-// The fast matcher: whether a translated program matches at one place of a subject, where neither
-// budget of the search can run out. Where one could, or its frames are used up, it gives up, and
-// the exact matcher does the same try from the beginning.
+// The fast matcher: whether a translated program matches at one position of a subject, where
+// neither budget of the search can run out. Where one could, or its frames are used up, it gives
+// up, and the exact matcher does the same try from the beginning.
 
 #ifndef VEKCH_REGEXP_FAST_FAST_MATCHER_H
 #define VEKCH_REGEXP_FAST_FAST_MATCHER_H
@@ -50,7 +50,7 @@ inline FastCall FastCallOf(const FastProgram& program, RegExpState* state, const
   return {&program, state, subject, subject + length, AllowanceOf(program, *state), returns};
 }
 
-// Matches where a subject begins, which is its only place or the first of some. kExhausted where
+// Matches where a subject begins, which is its only position or the first of some. kExhausted where
 // that takes more than a few frames and returns to choices.
 FastResult MatchFirst(const FastProgram& program, RegExpState* state, const uint8_t* subject,
                       int32_t length);
@@ -58,7 +58,7 @@ FastResult MatchFirst(const FastProgram& program, RegExpState* state, const uint
 // Matches at `start`, in a text that ends at `limit`; on kMatch the slots hold the match.
 FastResult MatchFast(FastCall* call, const uint8_t* start, const uint8_t* limit);
 
-// The first match from `start` on, at any place where a character begins.
+// The first match from `start` on, at any position where a character begins.
 FastResult FindFast(FastCall* call, const uint8_t* start, const uint8_t* limit);
 
 }  // namespace vekch::regexp

@@ -103,7 +103,7 @@ struct FastOp {
   };
   struct Fixed {
     uint16_t length;
-    uint8_t ranges;  // at each place
+    uint8_t ranges;  // at each position
     uint8_t captures;
   };
   struct FixedCaptures {
@@ -141,7 +141,7 @@ struct FastOp {
   union {
     const uint8_t* bytes;   // the bytes of a run, or the members of a set, 0xFF for each
     const uint8_t* waysOf;  // of a choice: bit k for a byte that target k can begin with, or null
-    const uint8_t* ranges;  // kFixed: those of each place in a block, block by block
+    const uint8_t* ranges;  // kFixed: those of each position in a block, block by block
     const ProgramNode* record;  // kCharacter and its repetitions, kCopy
     uint8_t pair[2];            // kByte, kByteRun: the two bytes
     int64_t serial;             // kOpen, kClose, kEnterLoop, kLoop: of the group
@@ -155,7 +155,7 @@ struct FastOp {
 };
 static_assert(sizeof(FastOp) == 32);
 
-// Shows every place of an operation that names another one.
+// Shows every position of an operation that names another one.
 template <class Visit>
 void ForEachTarget(FastOp* op, Visit visit) {
   switch (op->code) {

@@ -18,14 +18,14 @@ enum Mark : uint8_t { kUnseen, kReached, kDone };
 constexpr int32_t kMostOpen = 4;       // groups in one another
 constexpr int32_t kMostCaptures = 16;  // in one operation
 
-// One of the places of bytes in a fixed number.
-struct Place {
+// One of the positions of bytes in a fixed number.
+struct Position {
   ByteBounds ranges[kMostRanges];
   int32_t count;
 };
 
 // That of one or two bytes, which may be the same.
-Place PlaceOfPair(uint8_t byte, uint8_t other) {
+Position PositionOfPair(uint8_t byte, uint8_t other) {
   return {{{byte, byte}, {other, other}}, byte == other ? 1 : 2};
 }
 
@@ -36,7 +36,7 @@ bool IsRunOfBytes(FastCode code) {
 
 // ---- Bytes of a fixed number.
 
-// From an operation on, as far as all that follows takes a byte at each place or captures.
+// From an operation on, as far as all that follows takes a byte at each position or captures.
 class FixedBytes {
  public:
   FixedBytes(const FastOp* operations, const Following& bytes)
@@ -64,7 +64,7 @@ class FixedBytes {
   int32_t MostRanges() const {
     int32_t most = 0;
     for (int32_t i = 0; i < length; ++i) {
-      most = places[i].count > most ? places[i].count : most;
+      most = positions[i].count > most ? positions[i].count : most;
     }
     return most;
   }
@@ -75,9 +75,9 @@ class FixedBytes {
   void Write(int32_t ranges, uint8_t* table) const {
     for (int32_t block = 0; block < BlocksOf(length); ++block) {
       for (int32_t lane = 0; lane < kernels::kBlock; ++lane) {
-        const Place& place = places[IndexOf(block, lane)];
+        const Position& position = positions[IndexOf(block, lane)];
         for (int32_t k = 0; k < ranges; ++k) {
-          const ByteBounds range = place.ranges[k < place.count ? k : place.count - 1];
+          const ByteBounds range = position.ranges[k < position.count ? k : position.count - 1];
           uint8_t* const test = table + (block * ranges + k) * 2 * kernels::kBlock + lane;
           test[0] = static_cast<uint8_t>(127 - range.highest);
           test[kernels::kBlock] = static_cast<uint8_t>(126 - (range.highest - range.lowest));
@@ -87,7 +87,7 @@ class FixedBytes {
   }
 
  private:
-  // The last block ends with the last place; fewer places are tested as the ends of a string.
+  // The last block ends with the last position; fewer positions are tested as the ends of a string.
   int32_t IndexOf(int32_t block, int32_t lane) const {
     if (length >= kernels::kBlock) {
       const int32_t first = block * kernels::kBlock;
@@ -101,18 +101,18 @@ class FixedBytes {
     next = op.next;
     switch (op.code) {
       case FastCode::kByte:
-        return AddPlaces(PlaceOfPair(op.pair[0], op.pair[1]), 1);
+        return AddPositions(PositionOfPair(op.pair[0], op.pair[1]), 1);
       case FastCode::kBytes:
       case FastCode::kCaselessBytes:
         return AddString(op);
       case FastCode::kAnyByte:
       case FastCode::kSet:
-        return AddPlaces(PlaceOf(op), 1);
+        return AddPositions(PositionOf(op), 1);
       case FastCode::kByteRun:
       case FastCode::kAnyRun:
       case FastCode::kSetRun:
       case FastCode::kLazySet:
-        return op.run.minimum == op.run.maximum && AddPlaces(PlaceOf(op), op.run.minimum);
+        return op.run.minimum == op.run.maximum && AddPositions(PositionOf(op), op.run.minimum);
       case FastCode::kOpen:
         return Open(op);
       case FastCode::kClose:
@@ -126,18 +126,18 @@ class FixedBytes {
     }
   }
 
-  Place PlaceOf(const FastOp& op) const {
-    Place place;
-    place.count = following.BytesOf(op).RangesOf(place.ranges, kMostRanges);
-    return place;
+  Position PositionOf(const FastOp& op) const {
+    Position position;
+    position.count = following.BytesOf(op).RangesOf(position.ranges, kMostRanges);
+    return position;
   }
 
-  bool AddPlaces(const Place& place, int32_t times) {
-    if (place.count == 0 || times > kMostFixed - count) {
+  bool AddPositions(const Position& position, int32_t times) {
+    if (position.count == 0 || times > kMostFixed - count) {
       return false;
     }
     for (int32_t i = 0; i < times; ++i) {
-      places[count++] = place;
+      positions[count++] = position;
     }
     return true;
   }
@@ -146,7 +146,8 @@ class FixedBytes {
     for (int32_t i = 0; i < op.length; ++i) {
       const uint8_t byte = op.bytes[i];
       const bool hasCases = op.code == FastCode::kCaselessBytes && IsAsciiLetter(byte);
-      if (!AddPlaces(PlaceOfPair(byte, static_cast<uint8_t>(hasCases ? byte ^ 0x20 : byte)), 1)) {
+      if (!AddPositions(PositionOfPair(byte, static_cast<uint8_t>(hasCases ? byte ^ 0x20 : byte)),
+                        1)) {
         return false;
       }
     }
@@ -197,8 +198,8 @@ class FixedBytes {
 
   const FastOp* const ops;
   const Following& following;
-  Place places[kMostFixed];
-  int32_t count = 0;  // of places
+  Position positions[kMostFixed];
+  int32_t count = 0;  // of positions
   int32_t next = 0;
   int32_t closed = 0;
   int32_t charged = 0;

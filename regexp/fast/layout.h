@@ -18,9 +18,9 @@ class Layout {
  public:
   // `room` is for one number of each of the `used` operations; jumps are left out.
   Layout(const FastOp* operations, int32_t used, uint16_t* room)
-      : ops(operations), opCount(used), places(room) {
+      : ops(operations), opCount(used), positions(room) {
     for (int32_t i = 0; i < opCount; ++i) {
-      places[i] = kNowhere;
+      positions[i] = kNowhere;
     }
     for (int32_t i = 0; i < opCount; ++i) {
       if (ops[i].code != FastCode::kJump) {
@@ -30,18 +30,18 @@ class Layout {
   }
 
   int32_t Count() const { return count; }
-  uint16_t PlaceOf(int32_t op) const { return places[op]; }
+  uint16_t PositionOf(int32_t op) const { return positions[op]; }
 
   void Write(FastOp* placed) const {
     for (int32_t i = 0; i < opCount; ++i) {
-      if (places[i] == kNowhere) {
+      if (positions[i] == kNowhere) {
         continue;
       }
-      FastOp& op = placed[places[i]];
+      FastOp& op = placed[positions[i]];
       op = ops[i];
-      ForEachTarget(&op, [this](uint16_t* target) { *target = places[*target]; });
-      if (IsFollowed(op) && op.next != places[i] + 1) {
-        FastOp& jump = placed[places[i] + 1];
+      ForEachTarget(&op, [this](uint16_t* target) { *target = positions[*target]; });
+      if (IsFollowed(op) && op.next != positions[i] + 1) {
+        FastOp& jump = placed[positions[i] + 1];
         jump = {};
         jump.code = FastCode::kJump;
         jump.next = op.next;
@@ -59,11 +59,11 @@ class Layout {
   }
 
   void PlaceFrom(int32_t i) {
-    if (places[i] != kNowhere) {
+    if (positions[i] != kNowhere) {
       return;
     }
-    for (; places[i] == kNowhere; i = ops[i].next) {
-      places[i] = static_cast<uint16_t>(count++);
+    for (; positions[i] == kNowhere; i = ops[i].next) {
+      positions[i] = static_cast<uint16_t>(count++);
       if (!IsFollowed(ops[i])) {
         return;
       }
@@ -73,7 +73,7 @@ class Layout {
 
   const FastOp* const ops;
   const int32_t opCount;
-  uint16_t* const places;
+  uint16_t* const positions;
   int32_t count = 0;
 };
 

@@ -114,8 +114,8 @@ class RunFinder {
 
   VEK_INLINE bool AddEach(const uint8_t* at, uint64_t members) {
     for (; members != 0; members &= members - 1) {
-      const uint8_t* const place = at + kernels::LowestBit(members);
-      if (!Add(place, place + 1)) {
+      const uint8_t* const position = at + kernels::LowestBit(members);
+      if (!Add(position, position + 1)) {
         return false;
       }
     }

@@ -46,8 +46,8 @@ class Translator {
         next(reinterpret_cast<NextBytes*>(AlignedBelow(roomEnd)) - capacity),
         ops(reinterpret_cast<FastOp*>(next) - capacity),
         shapes(reinterpret_cast<GroupShape*>(ops) - (walk.count + 1)),
-        places(reinterpret_cast<uint16_t*>(shapes) - capacity),
-        tables(reinterpret_cast<uint8_t*>(program + 1), reinterpret_cast<uint8_t*>(places)),
+        positions(reinterpret_cast<uint16_t*>(shapes) - capacity),
+        tables(reinterpret_cast<uint8_t*>(program + 1), reinterpret_cast<uint8_t*>(positions)),
         isUtf8(patternState->characterFormat != 0) {}
 
   // The least room that a translation takes, without any table.
@@ -82,8 +82,8 @@ class Translator {
       return nullptr;
     }
     const uint16_t first = Passed(entry);
-    Fuse(ops, used, first, following, &tables, reinterpret_cast<uint8_t*>(places));
-    const Layout layout(ops, used, places);
+    Fuse(ops, used, first, following, &tables, reinterpret_cast<uint8_t*>(positions));
+    const Layout layout(ops, used, positions);
     auto* const placed = tables.Take<FastOp>(layout.Count());
     if (placed == nullptr) {
       return nullptr;
@@ -92,8 +92,8 @@ class Translator {
     const bool onlyAtStart = ops[first].code == FastCode::kAtStart;
     *program = {placed,
                 SlotsOf(state),
-                layout.PlaceOf(first),
-                layout.PlaceOf(onlyAtStart ? ops[first].next : first),
+                layout.PositionOf(first),
+                layout.PositionOf(onlyAtStart ? ops[first].next : first),
                 isUtf8,
                 certainSlots != state->captureCount - 1,
                 next[first].atEnd,
@@ -278,7 +278,7 @@ class Translator {
     return onlyAtStart ? INT32_MAX : kShortSubject;
   }
 
-  // Whether searching for the pattern's literals would come to the first place as well, if that
+  // Whether searching for the pattern's literals would come to the first position as well, if that
   // matches. A leading literal is looked for even if it may be left out.
   bool AnyModeBegins() const {
     return state->searchMode == 0 ||
@@ -287,7 +287,7 @@ class Translator {
             IsCaseless(walk.nodes[0].c) == IsCaseless(static_cast<int32_t>(state->compileFlags)));
   }
 
-  // Whether what follows a place depends on nothing that a bit does not record.
+  // Whether what follows a position depends on nothing that a bit does not record.
   bool Remembers(const Following& following) const {
     if (emptyLoopCount > kMostEmptyLoops) {
       return false;
@@ -816,7 +816,7 @@ class Translator {
   NextBytes* next;
   FastOp* ops;
   GroupShape* shapes;
-  uint16_t* places;
+  uint16_t* positions;
   TableRoom tables;
   const bool isUtf8;
   int32_t used = 0;

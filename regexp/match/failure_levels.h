@@ -45,14 +45,15 @@ class FailureLevels {
 
   // Levels that a failure after a record takes at a position; -1 if none is known.
   int32_t Known(uint32_t node, uint32_t at) const {
-    const int64_t place = PlaceOf(node, at);
-    return place < 0 ? -1 : levels[place] - 1;
+    const int64_t position = PositionOf(node, at);
+    return position < 0 ? -1 : levels[position] - 1;
   }
 
   void Note(uint32_t node, uint32_t at, int32_t needed) {
-    const int64_t place = PlaceOf(node, at);
-    if (place >= 0 && needed < UINT16_MAX && (levels[place] == 0 || levels[place] > needed)) {
-      levels[place] = static_cast<uint16_t>(needed + 1);
+    const int64_t position = PositionOf(node, at);
+    if (position >= 0 && needed < UINT16_MAX &&
+        (levels[position] == 0 || levels[position] > needed)) {
+      levels[position] = static_cast<uint16_t>(needed + 1);
     }
   }
 
@@ -97,7 +98,7 @@ class FailureLevels {
     return false;
   }
 
-  int64_t PlaceOf(uint32_t node, uint32_t at) const {
+  int64_t PositionOf(uint32_t node, uint32_t at) const {
     const int64_t position = int64_t{at} - start;
     if (position < 0 || position >= positions) {
       return -1;

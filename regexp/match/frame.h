@@ -57,18 +57,18 @@ struct Registers {
 };
 
 enum class Choice : uint8_t {
-  kCharacters,     // greedy: gives back a character at a time
-  kCopies,         // greedy: gives back a copy of what a group captured
-  kLazy,           // takes one more
-  kGroup,          // an open group: its next alternative, or to go on after it
-  kSkippedGroup,   // a lazy group that was passed over at first
-  kGroupEnd,       // a repetition's end: its undoing, and what else can follow it
-  kLookaround,     // the body of a look-around
-  kCondition,      // the look-around that a conditional depends on
-  kAtomic,         // the body of an atomic group
-  kAtomicRepeats,  // repetitions of an atomic group, of one length, that can be given back
-  kAtomicPlaces,   // the same, of changing lengths, see Places
-  kAtomicLazy,     // an atomic group that takes one more
+  kCharacters,       // greedy: gives back a character at a time
+  kCopies,           // greedy: gives back a copy of what a group captured
+  kLazy,             // takes one more
+  kGroup,            // an open group: its next alternative, or to go on after it
+  kSkippedGroup,     // a lazy group that was passed over at first
+  kGroupEnd,         // a repetition's end: its undoing, and what else can follow it
+  kLookaround,       // the body of a look-around
+  kCondition,        // the look-around that a conditional depends on
+  kAtomic,           // the body of an atomic group
+  kAtomicRepeats,    // repetitions of an atomic group, of one length, that can be given back
+  kAtomicPositions,  // the same, of changing lengths, see Positions
+  kAtomicLazy,       // an atomic group that takes one more
 };
 
 // How far a repetition's end has gone through what can follow it.
@@ -115,11 +115,11 @@ static_assert(sizeof(Frame) == 64, "what the header promises for each level of d
 // subject from the frame's offset on. What else is in a frame is the same for all repetitions that
 // follow each other, and is in the kAtomicRepeats below, which `sub.around` leads to; the bits take
 // its place.
-class Places {
+class Positions {
  public:
   static constexpr int32_t kCount = 384;
 
-  explicit Places(Frame* frame) : words(reinterpret_cast<uint8_t*>(frame) + kWordsAt) {}
+  explicit Positions(Frame* frame) : words(reinterpret_cast<uint8_t*>(frame) + kWordsAt) {}
 
   void Clear() {
     for (int32_t i = 0; i < kCount; i += 64) {
@@ -127,8 +127,8 @@ class Places {
     }
   }
 
-  void Add(int32_t place) {
-    words[place / 8] = static_cast<uint8_t>(words[place / 8] | 1U << (place % 8));
+  void Add(int32_t position) {
+    words[position / 8] = static_cast<uint8_t>(words[position / 8] | 1U << (position % 8));
   }
 
   // Takes the last one out, of at least one.
@@ -148,7 +148,7 @@ class Places {
   static_assert(kWordsAt >= offsetof(Frame, sub) + offsetof(Frame::SubPart, end),
                 "the bits spare what is read");
 
-  uint8_t* words;  // 64 places each
+  uint8_t* words;  // 64 positions each
 };
 
 }  // namespace vekch::regexp

@@ -14,8 +14,8 @@ inline int32_t OwnDepth(const RegExpState& state) { return DepthLimit(state) - 1
 
 // No more frames than levels are ever needed, but for conditions within conditions, of which the
 // number of groups allows some hundreds, and for repetitions of atomic groups, which take no level:
-// where they change their lengths, a frame holds the places of some hundreds of bytes, and past the
-// last frame the depth counts as used up.
+// where they change their lengths, a frame holds the positions of some hundreds of bytes, and past
+// the last frame the depth counts as used up.
 constexpr int32_t kChunksAhead = 16;
 
 }  // namespace
@@ -337,8 +337,8 @@ Flow Matcher::Resume(Registers* r, bool aborted) {
       return SubFailed(r);
     case Choice::kAtomicRepeats:
       return GiveBackAtomic(r);
-    case Choice::kAtomicPlaces:
-      return GiveBackAtomicPlace(r);
+    case Choice::kAtomicPositions:
+      return GiveBackAtomicPosition(r);
     case Choice::kAtomicLazy:
       return TakeAtomicAgain(r);
   }
@@ -374,7 +374,7 @@ Flow Matcher::Abort(Registers* r) {
       UnwindTo(frame);
       return Resume(r, true);
     }
-    onAbort = frame->choice == Choice::kAtomicPlaces ? OnAbort() : frame->onAbort;
+    onAbort = frame->choice == Choice::kAtomicPositions ? OnAbort() : frame->onAbort;
     stepsLost += onAbort.LostSteps();
     frame = Below(frame);
   }

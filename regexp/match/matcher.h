@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// The matcher: whether a compiled program matches at one place of a subject.
+// The matcher: whether a compiled program matches at one position of a subject.
 //
 // The rules are those of a recursion in which every record calls the next: a failure goes back to
 // the last record with another way to go on, and undoes on its way what the records did; how deep
@@ -172,10 +172,10 @@ class Matcher {
   Flow AtomicFailed(Registers* r, const Frame& frame);
   void NoteAtomicRepeat(const Registers& r, int32_t length);
   void PushAtomicRepeat(const Registers& r, int32_t length);
-  Frame* PlacesAbove(Frame* repeats, const Registers& r);
+  Frame* PositionsAbove(Frame* repeats, const Registers& r);
   Frame* AtomicRepeatsOf(const Registers& r, Frame* last) const;
   Flow GiveBackAtomic(Registers* r);
-  Flow GiveBackAtomicPlace(Registers* r);
+  Flow GiveBackAtomicPosition(Registers* r);
   Flow TakeAtomicAgain(Registers* r);
   Flow AfterAtomic(Registers* r);
 

@@ -183,7 +183,7 @@ Flow Matcher::AtomicMatched(Registers* r, const Frame& frame) {
     r->skew += length;
     return AfterAtomic(r);
   }
-  // A place after the end is as good as any other: what is further counts for the length alone.
+  // A position after the end is as good as any other: what is further counts for the length alone.
   const int64_t toAfterEnd = limit - r->at + 1;
   const int64_t excess = length > toAfterEnd ? length - toAfterEnd : 0;
   length -= excess;
@@ -216,11 +216,11 @@ void Matcher::NoteAtomicRepeat(const Registers& r, int32_t length) {
       ++last->count;
       return;
     }
-    last = PlacesAbove(last, r);
+    last = PositionsAbove(last, r);
   }
-  const auto place = static_cast<int32_t>(OffsetOf(r.at) - last->at);
-  if (place < Places::kCount) {
-    Places(last).Add(place);
+  const auto position = static_cast<int32_t>(OffsetOf(r.at) - last->at);
+  if (position < Positions::kCount) {
+    Positions(last).Add(position);
   } else {
     PushAtomicRepeat(r, length);  // what follows may all be of this length
   }
@@ -238,30 +238,30 @@ Frame* Matcher::AtomicRepeatsOf(const Registers& r, Frame* last) const {
   if (last == nullptr) {
     return nullptr;
   }
-  Frame* const repeats = last->choice == Choice::kAtomicPlaces ? last->sub.around : last;
+  Frame* const repeats = last->choice == Choice::kAtomicPositions ? last->sub.around : last;
   const bool isOfThese = repeats->choice == Choice::kAtomicRepeats &&
                          repeats->node == IndexOf(r.node) && repeats->budget == r.budget;
   return isOfThese ? repeats : nullptr;
 }
 
-// Places for the repetition of another length that follows: those of the frame itself as well, if
-// they are few and a frame below records the rest.
-Frame* Matcher::PlacesAbove(Frame* repeats, const Registers& r) {
+// Positions for the repetition of another length that follows: those of the frame itself as well,
+// if they are few and a frame below records the rest.
+Frame* Matcher::PositionsAbove(Frame* repeats, const Registers& r) {
   Frame* common = AtomicRepeatsOf(r, Below(repeats));
   const int32_t length = repeats->sub.minimum;
   const int32_t count = repeats->count;
-  const bool areFew = OffsetOf(r.at) - repeats->at < static_cast<uint32_t>(Places::kCount);
+  const bool areFew = OffsetOf(r.at) - repeats->at < static_cast<uint32_t>(Positions::kCount);
   Frame* frame = repeats;
   if (common == nullptr || !areFew) {
     common = repeats;
-    frame = Push(r, Choice::kAtomicPlaces);
+    frame = Push(r, Choice::kAtomicPositions);
   }
-  frame->choice = Choice::kAtomicPlaces;
+  frame->choice = Choice::kAtomicPositions;
   frame->sub.around = common;
-  Places places(frame);
-  places.Clear();
+  Positions positions(frame);
+  positions.Clear();
   for (int32_t i = 0; frame == repeats && i < count; ++i) {
-    places.Add(i * length);
+    positions.Add(i * length);
   }
   return frame;
 }
@@ -277,12 +277,12 @@ Flow Matcher::GiveBackAtomic(Registers* r) {
   return AfterAtomic(r);
 }
 
-Flow Matcher::GiveBackAtomicPlace(Registers* r) {
+Flow Matcher::GiveBackAtomicPosition(Registers* r) {
   Frame& frame = Top();
   Restore(*frame.sub.around, r);
-  const int32_t place = Places(&frame).TakeLast();
-  r->at = subject + frame.at + place;
-  if (place == 0) {  // the first one that was added
+  const int32_t position = Positions(&frame).TakeLast();
+  r->at = subject + frame.at + position;
+  if (position == 0) {  // the first one that was added
     --top;
   }
   return AfterAtomic(r);

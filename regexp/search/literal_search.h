@@ -26,13 +26,13 @@ inline kernels::Ranges BothCases(uint8_t byte) {
   return ranges;
 }
 
-// By the two rarest bytes 64 places at a time, the last places by the rarest alone.
+// By the two rarest bytes 64 positions at a time, the last positions by the rarest alone.
 inline int32_t FindFirstCaseless(const uint8_t* subject, int32_t length, const Literal& literal,
                                  const RarestBytes& rarest) {
   const uint8_t* const end = subject + (length - literal.length + 1);
   const uint8_t* at = subject;
-  const auto isHere = [&literal](const uint8_t* place) {
-    return SameBytes(place, literal.bytes, literal.length, true);
+  const auto isHere = [&literal](const uint8_t* position) {
+    return SameBytes(position, literal.bytes, literal.length, true);
   };
   if (end - at >= kernels::kGroup) {
     const kernels::BytePair pair = {
@@ -42,9 +42,9 @@ inline int32_t FindFirstCaseless(const uint8_t* subject, int32_t length, const L
     uint64_t hits = 0;
     while (at = kernels::FindPairs(at, end, pair, &hits), hits != 0) {
       for (; hits != 0; hits &= hits - 1) {
-        const uint8_t* const place = at + kernels::LowestBit(hits);
-        if (isHere(place)) {
-          return static_cast<int32_t>(place - subject);
+        const uint8_t* const position = at + kernels::LowestBit(hits);
+        if (isHere(position)) {
+          return static_cast<int32_t>(position - subject);
         }
       }
       at += kernels::kGroup;
@@ -71,11 +71,11 @@ inline int32_t FindLastCaseless(const uint8_t* subject, int32_t length, const Li
   const RarestBytes rarest(literal);
   const uint8_t byte = literal.bytes[rarest.first];
   const uint8_t cases[2] = {byte, OtherCase(byte)};
-  int32_t places = length - literal.length + 1;
-  while (places > 0) {
-    places = kernels::FindLastOf(subject + rarest.first, places, cases, 2);
-    if (places >= 0 && SameBytes(subject + places, literal.bytes, literal.length, true)) {
-      return places;
+  int32_t positions = length - literal.length + 1;
+  while (positions > 0) {
+    positions = kernels::FindLastOf(subject + rarest.first, positions, cases, 2);
+    if (positions >= 0 && SameBytes(subject + positions, literal.bytes, literal.length, true)) {
+      return positions;
     }
   }
   return kNotFound;

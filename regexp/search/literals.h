@@ -81,7 +81,7 @@ inline Stretch FromFirstLiteral(const Stretch& text, const RegExpState& state) {
 }
 
 // Whether the pattern is alternatives of literals, and its first match: the leftmost occurrence,
-// and of two at one place that of the alternative before. Places may lie within a character.
+// and of two at one position that of the alternative before. Positions may lie within a character.
 inline bool IsAlternativesOfLiterals(const RegExpState& state) { return state.searchMode == 2; }
 bool FindAlternatives(const Stretch& text, RegExpState* state, RegExpFindResult* match);
 

@@ -59,7 +59,7 @@ class Driver {
  private:
   // ---- A match.
 
-  // Of the pattern or of any of its alternatives, at one place.
+  // Of the pattern or of any of its alternatives, at one position.
   void UseFast(const uint8_t* subject, int32_t length) {
     const FastProgram* const translated = FastProgramFor(state);
     if (translated != nullptr) {
@@ -228,8 +228,8 @@ class Driver {
 constexpr int32_t kShortSubject = 256;  // beyond it, starts are better looked for by a plan
 
 // The first match in a short text by the fast program alone: setting up the driver and the exact
-// matcher would take longer than the search. kGivesUp where they are needed. The place `tried` is
-// known to fail.
+// matcher would take longer than the search. kGivesUp where they are needed. The position `tried`
+// is known to fail.
 FastResult FindDirectly(const uint8_t* subject, int32_t length, const Stretch& stretch,
                         RegExpState* state, const uint8_t* tried) {
   const FastProgram* const program = FastProgramOf(state);

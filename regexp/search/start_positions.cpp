@@ -9,27 +9,27 @@ namespace {
 
 constexpr int32_t kLeastToSkip = 4;  // bytes of a window that is looked at from its end
 
-// The first of the places before `end` after which a whole window is possible, by what `placesOf`
-// says of each byte of it. From the window's end: what was possible there says how far the next
-// window can be.
-template <class PlacesOf>
+// The first of the positions before `end` after which a whole window is possible, by what
+// `positionsOf` says of each byte of it. From the window's end: what was possible there says how
+// far the next window can be.
+template <class PositionsOf>
 VEK_INLINE const uint8_t* FindBackward(const uint8_t* at, const uint8_t* end, int32_t window,
-                                       PlacesOf placesOf) {
+                                       PositionsOf positionsOf) {
   const uint32_t all = (1U << window) - 1;
   while (end - at >= window) {
-    uint32_t places = all;
+    uint32_t positions = all;
     int32_t shift = window;
     int32_t i = window;
     do {
-      places &= placesOf(at + --i);
-      if ((places & 1) != 0) {
+      positions &= positionsOf(at + --i);
+      if ((positions & 1) != 0) {
         if (i == 0) {
           return at;
         }
         shift = i;
       }
-      places >>= 1;
-    } while (places != 0);
+      positions >>= 1;
+    } while (positions != 0);
     at += shift;
   }
   return nullptr;
@@ -92,7 +92,7 @@ const uint8_t* StartPositions::NextByPlan(const uint8_t* at) {
     if (at != nullptr && rule.way == StartRule::kLineStarts && at != text.first &&
         !IsLineStart(at)) {
       at = NextLineStart(at);
-    } else if (at == nullptr || IsPlace(at)) {
+    } else if (at == nullptr || IsPosition(at)) {
       return at;
     } else {
       ++at;
@@ -133,7 +133,7 @@ const uint8_t* StartPositions::AfterRun(const uint8_t* at) const {
 }
 
 // Not within a character.
-bool StartPositions::IsPlace(const uint8_t* at) const {
+bool StartPositions::IsPosition(const uint8_t* at) const {
   return !text.isUtf8 || at == text.end || !IsUtf8Continuation(*at) ||
          PreviousUtf8(at + 1, text.first, text.end) == at;
 }
@@ -271,8 +271,9 @@ const uint8_t* StartPositions::NextWordStart(const uint8_t* at) {
   return NextOfGroups(
       at, [this](const uint8_t* from, const uint8_t* end) { return FindWordStarts(from, end); },
       [this](const uint8_t* from, const uint8_t* end) {
-        const auto isStart = [this](const uint8_t* place) {
-          return (place == text.subject || !IsWordByte(place[-1])) && FitsWindow(place, *plan);
+        const auto isStart = [this](const uint8_t* position) {
+          return (position == text.subject || !IsWordByte(position[-1])) &&
+                 FitsWindow(position, *plan);
         };
         while (from < end && !isStart(from)) {
           ++from;

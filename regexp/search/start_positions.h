@@ -69,7 +69,7 @@ class StartPositions {
   bool IsLineStart(const uint8_t* at) const { return at == text.subject || at[-1] == '\n'; }
   const uint8_t* NextLineStart(const uint8_t* at) const;
 
-  // By the plan: the first place from `at` on, which is one or lies one after the end.
+  // By the plan: the first position from `at` on, which is one or lies one after the end.
   const uint8_t* NextByPlan(const uint8_t* at);
   const uint8_t* Candidate(const uint8_t* at);
   const uint8_t* NextLiteral(const uint8_t* at) const;
@@ -83,7 +83,7 @@ class StartPositions {
   const uint8_t* NextWordStart(const uint8_t* at);
   const uint8_t* FindWordStarts(const uint8_t* at, const uint8_t* end);
   const uint8_t* NextWord(const uint8_t* at) const;
-  bool IsPlace(const uint8_t* at) const;
+  bool IsPosition(const uint8_t* at) const;
 
   const ProgramNode* program;
   const StartRule rule;
