@@ -9,8 +9,8 @@
 #include "regexp/characters/wide_bytes.h"
 #include "regexp/object/program_walk.h"
 #include "strings/kernels/block.h"
+#include "strings/kernels/byte_frequency.h"
 #include "strings/kernels/clear_words.h"
-#include "strings/kernels/commonness.h"
 
 namespace vekch::regexp {
 namespace {
@@ -37,12 +37,12 @@ struct Weights {
   constexpr Weights() : upTo() {
     int32_t sum = 0;
     for (int32_t value = 0; value < 256; ++value) {
-      const int32_t commonness = kernels::kCommonness.of[value];
-      // The commonest byte but for its special rank has 78; frequencies fall as ranks rise.
-      sum += value >= 0x80       ? WeightAboveAscii(value)
-             : commonness == 0   ? 1
-             : commonness == 255 ? 10
-                                 : 400 / (84 - commonness);
+      const int32_t rank = kernels::kByteFrequencyRank.of[value];
+      // The most frequent byte but for its special rank has 78; frequencies fall as ranks rise.
+      sum += value >= 0x80 ? WeightAboveAscii(value)
+             : rank == 0   ? 1
+             : rank == 255 ? 10
+                           : 400 / (84 - rank);
       upTo[value] = sum;
     }
   }

@@ -9,7 +9,7 @@
 
 #include "regexp/characters/bytes.h"
 #include "regexp/object/record.h"
-#include "strings/kernels/commonness.h"
+#include "strings/kernels/byte_frequency.h"
 
 namespace vekch::regexp {
 
@@ -24,18 +24,18 @@ struct RarestBytes {
 
   explicit RarestBytes(const Literal& literal) {
     for (int32_t i = 1; i < literal.length; ++i) {
-      if (Commonness(literal.bytes[i]) < Commonness(literal.bytes[first])) {
+      if (FrequencyRank(literal.bytes[i]) < FrequencyRank(literal.bytes[first])) {
         second = first;
         first = i;
       } else if (second == first ||
-                 Commonness(literal.bytes[i]) < Commonness(literal.bytes[second])) {
+                 FrequencyRank(literal.bytes[i]) < FrequencyRank(literal.bytes[second])) {
         second = i;
       }
     }
   }
 
-  static int32_t Commonness(uint8_t byte) {
-    return kernels::kCommonness.of[IsAsciiLetter(byte) ? byte | 0x20 : byte];
+  static int32_t FrequencyRank(uint8_t byte) {
+    return kernels::kByteFrequencyRank.of[IsAsciiLetter(byte) ? byte | 0x20 : byte];
   }
 };
 

@@ -19,7 +19,7 @@
 // two); skipping for needles of 24 to 47 bytes before anything else (in periodic texts half of the
 // time).
 
-#include "strings/kernels/commonness.h"
+#include "strings/kernels/byte_frequency.h"
 #include "strings/kernels/find_candidates.h"
 #include "strings/kernels/find_kernels.h"
 #include "strings/kernels/find_skipping.h"
@@ -77,16 +77,16 @@ VEK_INLINE RareBytes ChooseRareBytes(const Task& task, const uint8_t* sample) {
     const int32_t i = step % 2 == 0 ? step / 2 : task.needleLength - 1 - step / 2;
     const uint8_t byte = task.needle[i];
     // Equal bytes have equal figures, so the second is always another byte.
-    const uint32_t commonness = (CountIn(sample, byte) << 8) + kCommonness.of[byte];
-    if (commonness < rarest) {
+    const uint32_t rank = (CountIn(sample, byte) << 8) + kByteFrequencyRank.of[byte];
+    if (rank < rarest) {
       if (rarest != UINT32_MAX) {
         second = rarest;
         rare.pair.offsets[1] = rare.pair.offsets[0];
       }
-      rarest = commonness;
+      rarest = rank;
       rare.pair.offsets[0] = i;
-    } else if (commonness > rarest && commonness < second) {
-      second = commonness;
+    } else if (rank > rarest && rank < second) {
+      second = rank;
       rare.pair.offsets[1] = i;
     }
   }
