@@ -15,15 +15,15 @@ constexpr int32_t kMostRounds = 8;
 // Follows every way through the program at once, a byte at a time. For each record there is a set
 // of bits that says how it can have been reached: bit n where n bytes of a string, or n
 // repetitions, have been consumed by it already; bit 0 else.
-class FilterMaker {
+class PrefilterMaker {
  public:
-  FilterMaker(const ProgramWalk& programWalk, int32_t firstAlternative, uint8_t* marks,
-              uint8_t* bytes)
+  PrefilterMaker(const ProgramWalk& programWalk, int32_t firstAlternative, uint8_t* marks,
+                 uint8_t* bytes)
       : walk(programWalk),
         topLevel(firstAlternative),
         now(marks),
         next(marks + programWalk.count + 1),
-        filter(bytes) {}
+        prefilter(bytes) {}
 
   // Returns the number of bytes that are known.
   int32_t Run() {
@@ -54,7 +54,7 @@ class FilterMaker {
     }
     // What a step that was broken off has added counts for nothing.
     for (int32_t i = 0; i < 256; ++i) {
-      filter[i] &= static_cast<uint8_t>((1U << window) - 1);
+      prefilter[i] &= static_cast<uint8_t>((1U << window) - 1);
     }
     return window;
   }
@@ -70,7 +70,8 @@ class FilterMaker {
     }
   }
 
-  // Marks what is reached without a byte until nothing changes. Only repeated groups lead back.
+  // The epsilon closure: marks what is reached without a byte until nothing changes. Only repeated
+  // groups lead back.
   bool Close() {
     for (int32_t round = 0; round < kMostRounds; ++round) {
       changed = false;
@@ -249,8 +250,8 @@ class FilterMaker {
   }
 
   void AddByte(uint8_t byte, bool caseless) {
-    filter[byte] |= bit;
-    filter[OtherCase(byte, caseless)] |= bit;
+    prefilter[byte] |= bit;
+    prefilter[OtherCase(byte, caseless)] |= bit;
   }
 
   // A character of several bytes leaves it open what is two bytes further: the window ends
@@ -281,7 +282,7 @@ class FilterMaker {
       default:
         for (int32_t value = 0; value < 256; ++value) {
           if (Accepts(value, node)) {
-            filter[value] |= bit;
+            prefilter[value] |= bit;
           }
         }
         AddWide(WideBytesOf(node));
@@ -291,7 +292,7 @@ class FilterMaker {
 
   void AddSet(const ProgramNode& node, const CharacterSet& set) {
     for (int32_t value = 0; value < 256; ++value) {
-      filter[value] |= static_cast<uint8_t>(set.member[value] & bit);
+      prefilter[value] |= static_cast<uint8_t>(set.member[value] & bit);
     }
     if (set.wide != Wide::kOutside) {
       AddWide(set.wide == Wide::kMixed ? WideBytesOf(node) : WideBytes::All());
@@ -300,7 +301,7 @@ class FilterMaker {
 
   void AddWide(const WideBytes& bytes) {
     for (int32_t value = WideBytes::kLowestLead; value < 256; ++value) {
-      filter[value] |= bytes.HasLead(value) ? bit : uint8_t{0};
+      prefilter[value] |= bytes.HasLead(value) ? bit : uint8_t{0};
     }
     within.seconds |= bytes.seconds;
     mayBeWithin = true;
@@ -309,13 +310,13 @@ class FilterMaker {
   // The bytes after the first of the characters that may have begun there.
   void AddWithin() {
     for (int32_t value = 0x80; value < 256; ++value) {
-      filter[value] |= isGrapheme || within.HasSecond(value) ? bit : uint8_t{0};
+      prefilter[value] |= isGrapheme || within.HasSecond(value) ? bit : uint8_t{0};
     }
   }
 
   void AddAll(int32_t first, int32_t end) {
     for (int32_t value = first; value < end; ++value) {
-      filter[value] |= bit;
+      prefilter[value] |= bit;
     }
   }
 
@@ -331,7 +332,7 @@ class FilterMaker {
   const int32_t topLevel;
   uint8_t* now;
   uint8_t* next;
-  uint8_t* filter;
+  uint8_t* prefilter;
   uint8_t bit = 1;
   int32_t current = -1;
   int32_t levels = kSlackLevels;
@@ -348,8 +349,8 @@ class FilterMaker {
 }  // namespace
 
 FirstBytes FindFirstBytes(const ProgramWalk& walk, int32_t firstAlternative, uint8_t* marks,
-                          uint8_t* filter) {
-  FilterMaker maker(walk, firstAlternative, marks, filter);
+                          uint8_t* prefilter) {
+  PrefilterMaker maker(walk, firstAlternative, marks, prefilter);
   const int32_t window = maker.Run();
   return {window, maker.Levels()};
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // The bytes that a match can begin with, position by position, found by following every way through
-// the program at once.
+// the program at once: a byte, then the epsilon closure.
 
 #ifndef VEKCH_REGEXP_ANALYSE_FIRST_BYTES_H
 #define VEKCH_REGEXP_ANALYSE_FIRST_BYTES_H
@@ -12,7 +12,7 @@
 
 namespace vekch::regexp {
 
-constexpr int32_t kMostWindow = 8;  // bits of a filter's byte
+constexpr int32_t kMostWindow = 8;  // bits of a prefilter's byte
 
 struct FirstBytes {
   int32_t window;  // positions whose bytes are known: no match is shorter
@@ -21,11 +21,11 @@ struct FirstBytes {
   int32_t levels;
 };
 
-// Sets bit k of filter[value] for each byte that may be at position k. `firstAlternative` is that
-// at top level, 0 for none; `marks` has room for two bytes for each record and two more; `filter`
-// has 256 entries, all 0.
+// Sets bit k of prefilter[value] for each byte that may be at position k. `firstAlternative` is
+// that at top level, 0 for none; `marks` has room for two bytes for each record and two more;
+// `prefilter` has 256 entries, all 0.
 FirstBytes FindFirstBytes(const ProgramWalk& walk, int32_t firstAlternative, uint8_t* marks,
-                          uint8_t* filter);
+                          uint8_t* prefilter);
 
 }  // namespace vekch::regexp
 

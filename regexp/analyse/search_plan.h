@@ -28,7 +28,7 @@ struct alignas(8) SearchPlan {
     // At a fixed distance from a literal that is found by a substring search. "ab+c" and
     // "(?<=x)[ab]", not "[ab]c".
     kPrefixLiteral,
-    // A required literal inside is found first, then the run of the classes before it is
+    // An inner literal is found first, then the run of the classes before it is
     // walked backwards to where a match can begin ("reverse inner": A. Gallant, Regex engine
     // internals as a library, 2023). "\w+@\w" and "\w{1,9}@", not "\w+[@#]".
     kInnerLiteral,

@@ -56,7 +56,7 @@ bool IsPlainAlternation(const ProgramNode* nodes, int32_t count) {
   return true;
 }
 
-bool LeadsWithLiteral(const ProgramNode* nodes, int32_t count) {
+bool BeginsWithPrefixLiteral(const ProgramNode* nodes, int32_t count) {
   if (count == 0 || !IsLiteral(nodes[0])) {
     return false;
   }
@@ -72,8 +72,8 @@ bool LeadsWithLiteral(const ProgramNode* nodes, int32_t count) {
   return true;
 }
 
-int32_t SearchMode(const ProgramNode* nodes, int32_t count, int32_t requiredLiteral) {
-  if (requiredLiteral != kAlternatives && LeadsWithLiteral(nodes, count)) {
+int32_t SearchMode(const ProgramNode* nodes, int32_t count, int32_t suffixLiteral) {
+  if (suffixLiteral != kAlternatives && BeginsWithPrefixLiteral(nodes, count)) {
     return 1;
   }
   return IsPlainAlternation(nodes, count) ? 2 : 0;
@@ -110,7 +110,7 @@ Fault Compile(const uint8_t* pattern, uint32_t length, const uint8_t* options, R
   }
   builder.Finish();
   state->nodeCount = builder.NodeCount();
-  state->requiredLiteralIndex = builder.RequiredLiteral();
+  state->requiredLiteralIndex = builder.SuffixLiteral();
   state->matchLimit = RegExpDefaultMatchLimit;
   state->searchMode = SearchMode(nodes, state->nodeCount, state->requiredLiteralIndex);
   return kNoFault;
@@ -129,7 +129,7 @@ Fault ProgramBuilder::Run() {
   if (!AtTopLevel()) {
     return Fail(StatusRegExpSyntaxError, at);
   }
-  SettleRequiredLiteral();
+  SettleSuffixLiteral();
   return kNoFault;
 }
 

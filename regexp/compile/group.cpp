@@ -116,7 +116,7 @@ Fault ProgramBuilder::Alternative() {
   ++at;
   if (AtTopLevel()) {
     Append(OpAlternative, 0, options);
-    requiredLiteral = kAlternatives;
+    suffixLiteral = kAlternatives;
     return kNoFault;
   }
   GroupEntry& group = groups[innermost];

@@ -58,19 +58,19 @@ void ProgramBuilder::AppendByte(uint8_t byte) {
 }
 
 void ProgramBuilder::NoteLiteral() {
-  if (AtTopLevel() && requiredLiteral != kAlternatives) {
-    requiredLiteral = nodeCount - 1;
+  if (AtTopLevel() && suffixLiteral != kAlternatives) {
+    suffixLiteral = nodeCount - 1;
   }
 }
 
 // Only a literal that nothing but its own quantifier follows is where every match ends.
-void ProgramBuilder::SettleRequiredLiteral() {
-  if (requiredLiteral < 0) {
+void ProgramBuilder::SettleSuffixLiteral() {
+  if (suffixLiteral < 0) {
     return;
   }
-  for (int32_t i = requiredLiteral + 1; i < nodeCount; ++i) {
+  for (int32_t i = suffixLiteral + 1; i < nodeCount; ++i) {
     if (!IsQuantifier(nodes[i])) {
-      requiredLiteral = kNoLiteral;
+      suffixLiteral = kNoLiteral;
       return;
     }
   }

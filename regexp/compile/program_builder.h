@@ -5,7 +5,7 @@
 // and goes back to change them where a group closes or a quantifier arrives.
 //
 //   compiler.cpp    the stages, and the dispatch over the constructs
-//   literal.cpp     literal runs, and the literal that the pattern ends with
+//   literal.cpp     literal runs, and the suffix literal
 //   escape.cpp      escapes, "." and the shorthands
 //   class.cpp       bracket classes
 //   group.cpp       groups: opening
@@ -64,7 +64,7 @@ class ProgramBuilder {
   void Finish();
 
   int32_t NodeCount() const { return nodeCount; }
-  int32_t RequiredLiteral() const { return requiredLiteral; }
+  int32_t SuffixLiteral() const { return suffixLiteral; }
 
  private:
   friend class ClassBuilder;
@@ -79,7 +79,7 @@ class ProgramBuilder {
   void SplitRun();
   void AppendByte(uint8_t byte);
   void NoteLiteral();
-  void SettleRequiredLiteral();
+  void SettleSuffixLiteral();
 
   // escape.cpp
   Fault Escape();
@@ -141,7 +141,7 @@ class ProgramBuilder {
   int32_t captureNumber = 1;
 
   const uint8_t* quantifierEnd = nullptr;  // after the last quantifier's text
-  int32_t requiredLiteral = kNoLiteral;
+  int32_t suffixLiteral = kNoLiteral;
 };
 
 }  // namespace vekch::regexp

@@ -95,13 +95,13 @@ Fault ProgramBuilder::Quantifier() {
   return kNoFault;
 }
 
-// Only a run's byte that must occur stays the literal that the pattern ends with.
+// Only a run's byte that must occur stays the suffix literal.
 void ProgramBuilder::QuantifyLiteral(int32_t minimum) {
-  if (requiredLiteral == kAlternatives) {
+  if (suffixLiteral == kAlternatives) {
     return;
   }
   const bool required = lastOfRun == nodeCount - 1 && AtTopLevel() && minimum >= 1;
-  requiredLiteral = required ? nodeCount - 1 : kNoLiteral;
+  suffixLiteral = required ? nodeCount - 1 : kNoLiteral;
 }
 
 }  // namespace vekch::regexp

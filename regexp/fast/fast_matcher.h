@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 
 // The fast matcher: whether a translated program matches at one position of a subject, where
-// neither budget of the search can run out. Where one could, or its frames are used up, it gives
-// up, and the exact matcher does the same try from the beginning.
+// neither budget of the search can run out. Where one could, or its backtrack frames are used up,
+// it gives up, and the exact matcher does the same try from the beginning.
 
 #ifndef VEKCH_REGEXP_FAST_FAST_MATCHER_H
 #define VEKCH_REGEXP_FAST_FAST_MATCHER_H

@@ -279,7 +279,7 @@ class Translator {
   }
 
   // Whether searching for the pattern's literals would come to the first position as well, if that
-  // matches. A leading literal is looked for even if it may be left out.
+  // matches. A prefix literal is looked for even if it may be left out.
   bool AnyModeBegins() const {
     return state->searchMode == 0 ||
            (state->searchMode == 1 && FactsOf(state)->firstAlternative == 0 &&

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// What the matcher remembers of a choice it may have to come back to, and how much of its budgets
-// is used.
+// Backtrack frames: what the matcher remembers of a choice it may have to come back to, and how
+// much of its budgets is used.
 
 #ifndef VEKCH_REGEXP_MATCH_FRAME_H
 #define VEKCH_REGEXP_MATCH_FRAME_H

@@ -5,9 +5,9 @@
 // The rules are those of a recursion in which every record calls the next: a failure goes back to
 // the last record with another way to go on, and undoes on its way what the records did; how deep
 // the calls may nest is limited. Here a record calls nothing. Runs of records are executed in one
-// loop, and a frame is put aside only where there is a choice to come back to, or something to
-// undo. The budgets are counted as if every record had made its call, and OnAbort carries along
-// what the records in a run would have made of an abort that came back to them.
+// loop, and a backtrack frame is put aside only where there is a choice to come back to, or
+// something to undo. The budgets are counted as if every record had made its call, and OnAbort
+// carries along what the records in a run would have made of an abort that came back to them.
 //
 //   matcher.cpp      the loop over the records, and what happens at its ends
 //   repeat.cpp       repeated characters and back-references

@@ -78,7 +78,7 @@ struct PatternFacts {
   uint8_t readsOpenGroups;   // not 0 if a group is referred to before its end
   uint8_t isUntranslated;    // not 0 if there can't be a program for the fast matcher
   uint8_t unused;
-  // Of a literal that begins the pattern and is found in either case: where the two bytes are that
+  // Of a prefix literal that is found in either case: where the two bytes are that
   // texts hold least often.
   int32_t rarest[2];
 };

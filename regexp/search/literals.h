@@ -31,7 +31,7 @@ inline bool IsLoneLiteral(const RegExpState& state) {
          (state.characterFormat == 0 || !IsUtf8Continuation(Literal(node).bytes[0]));
 }
 
-// Of the literal that begins the pattern, if it is found in either case.
+// Of the prefix literal, if it is found in either case.
 inline RarestBytes RarestOf(const RegExpState& state) {
   return {FactsOf(&state)->rarest[0], FactsOf(&state)->rarest[1]};
 }
@@ -50,7 +50,7 @@ inline bool FindLoneLiteral(const Stretch& text, const RegExpState& state,
   return true;
 }
 
-// Whether a search that finds nothing of the literal that every match ends with has no match: the
+// Whether a search that finds nothing of the suffix literal has no match: the
 // matcher could only fail in an empty text, where no group goes on after a first repetition, if its
 // depth can't run out.
 inline bool FailsOnNothing(const RegExpState& state) {
@@ -58,9 +58,9 @@ inline bool FailsOnNothing(const RegExpState& state) {
   return DepthLimit(state) > 2 * int64_t{state.nodeCount} + kOwnLevels;
 }
 
-// No match ends after the last occurrence of the literal that every match ends with: the text up
-// to there, nothing of it where there is none, all of it if the pattern has no such literal.
-inline Stretch UpToLastLiteral(const Stretch& text, const RegExpState& state) {
+// No match ends after the last occurrence of the suffix literal, which every match ends with: the
+// text up to there, nothing of it where there is none, all of it if the pattern has none.
+inline Stretch UpToSuffixLiteral(const Stretch& text, const RegExpState& state) {
   if (state.requiredLiteralIndex < 0) {
     return text;
   }
@@ -70,10 +70,10 @@ inline Stretch UpToLastLiteral(const Stretch& text, const RegExpState& state) {
   return {text.begin, at == kNotFound ? 0 : at + literal.length};
 }
 
-// Whether no match begins before the first occurrence of the literal that the pattern begins
-// with, and the text from there on; as it is where there is none.
-inline bool BeginsWithLiteral(const RegExpState& state) { return state.searchMode == 1; }
-inline Stretch FromFirstLiteral(const Stretch& text, const RegExpState& state) {
+// Whether no match begins before the first occurrence of the prefix literal, and the text from
+// there on; as it is where there is none.
+inline bool HasPrefixLiteral(const RegExpState& state) { return state.searchMode == 1; }
+inline Stretch FromPrefixLiteral(const Stretch& text, const RegExpState& state) {
   const RarestBytes rarest = RarestOf(state);
   const int32_t at = FindFirst(text.begin, text.length, Literal(*ProgramOf(&state)),
                                IsCaseless(static_cast<int32_t>(state.compileFlags)), &rarest);

@@ -320,7 +320,7 @@ VEK_INLINE vekStatus FindOneIn(const Stretch& stretch, const uint8_t* subject, i
     return StatusNoError;
   }
   const Stretch text = {subject, length};
-  return FindOneIn(BeginsWithLiteral(*state) ? FromFirstLiteral(text, *state) : text, subject,
+  return FindOneIn(HasPrefixLiteral(*state) ? FromPrefixLiteral(text, *state) : text, subject,
                    length, state, results, count, result == FastResult::kFail ? subject : nullptr);
 }
 
@@ -341,7 +341,7 @@ vekStatus Search(const uint8_t* subject, int32_t length, RegExpState* state, Rep
     return FindsAll(*state) ? Drive(subject, length, stretch, state, report, results, count)
                             : FindOneLoneLiteral(stretch, *state, results, count);
   }
-  stretch = UpToLastLiteral(stretch, *state);
+  stretch = UpToSuffixLiteral(stretch, *state);
   if (stretch.length == 0 && length != 0 && FailsOnNothing(*state)) {
     VEKCH_TAKEN("suffix literal that is absent");
     *count = 0;
@@ -352,9 +352,9 @@ vekStatus Search(const uint8_t* subject, int32_t length, RegExpState* state, Rep
     *count = FindAlternatives(stretch, state, results) ? 1 : 0;
     return StatusNoError;
   }
-  if (BeginsWithLiteral(*state)) {
+  if (HasPrefixLiteral(*state)) {
     VEKCH_TAKEN("prefix literal");
-    stretch = FromFirstLiteral(stretch, *state);
+    stretch = FromPrefixLiteral(stretch, *state);
   }
   return FindsAll(*state) ? Drive(subject, length, stretch, state, report, results, count)
                           : FindOneIn(stretch, subject, length, state, results, count, nullptr);
