@@ -24,19 +24,19 @@ std::string Tries(const PatternObject& object, const std::string& subject, bool 
   const auto length = static_cast<int32_t>(subject.size());
   Matcher matcher(object.State(), text, length);
   matcher.RememberAfter(remembers ? 0 : 1 << 30);
-  std::string told;
+  std::string answer;
   for (int32_t at = 0; at <= length; ++at) {
     matcher.ClearSlots();
     const MatchResult result = matcher.Match(ProgramOf(object.State()), text + at, text + length);
-    told += " " + std::to_string(static_cast<int>(result));
+    answer += " " + std::to_string(static_cast<int>(result));
     if (result == MatchResult::kOk) {
       const RegExpFindResult* const slots = matcher.Slots();
-      told += test::Show(
+      answer += test::Show(
           SearchAnswer{StatusNoError, 0, {slots, slots + object.State()->captureCount}}, text);
     }
   }
   *begun = matcher.Remembers();
-  return told + " " + std::to_string(matcher.StepsLeft());
+  return answer + " " + std::to_string(matcher.StepsLeft());
 }
 
 // How often failures were remembered, over the limits.

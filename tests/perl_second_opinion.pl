@@ -14,7 +14,7 @@ no warnings 'regexp';
 
 # Why, which of the random patterns are left out for it, and an example.
 my @differences = (
-    ['a literal in front is looked for, even if none of it is needed',
+    ['a prefix literal is looked for, even if none of it is needed',
         qr/^(?:\(\?:)?[ab]\)?(?:[*?]|\{0,\d\})\?/, 'a*?b', 'bab'],
     ['repetitions of one type are merged, and are greedy then',
         qr/(\.|\\[dwWs])(?:[*+?]\??|\{[\d,]+\}\??)?\1/, '\w\w+?', 'abc'],
@@ -28,7 +28,7 @@ my @differences = (
     ['a repetition of nothing is the last one, even if more are due',
         qr/\)\{/, '(?:(?(1)a|())){2}', 'a'],
     ['a vertical tab is no white space', undef, '\s', "\x0B"],
-    ['Perl looks for what a look-ahead in front may begin with, even if it may be empty',
+    ['Perl looks for what a look-ahead at the start may begin with, even if it may be empty',
         qr/^\(\?=/, '(?=\W??)\d(?:(?!x)){2}', '1'],
     ['a group without a part in a further repetition keeps what it captured',
         qr/\(\?\(\d.*\)[*+?{]/, '((b)?){2}', 'b'],

@@ -281,7 +281,7 @@ const Oddity kOddities[] = {
     {"\\Z before a last newline", "a\\Z", "a\n", "0+1"},
     {"\\z is the end alone", "a\\z", "a\n", ""},
     {"$ without option m", "a$", "a\na\n", "2+1"},
-    {"every line start, and no other place", "^abc", "abcabc\nabc", "0+3 7+3", {"gm"}},
+    {"every line start, and no other position", "^abc", "abcabc\nabc", "0+3 7+3", {"gm"}},
     {"the start alone", "^abc", "x\nabc", ""},
     {"an optional anchor is none", "^*abc", "xabc", "1+3"},
     {"a repeated assertion is tested once", "x\\b{2}", "xx", "1+1"},

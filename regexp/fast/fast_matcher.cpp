@@ -598,7 +598,7 @@ class FastMatcher {
 
   // ---- Bytes of a fixed number.
 
-  // The lanes of a block whose bytes lie in the ranges of their places.
+  // The lanes of a block whose bytes lie in the ranges of their positions.
   VEK_INLINE static uint32_t InRanges(kernels::Block bytes, const uint8_t* ranges, int32_t count) {
     const auto inside = [&bytes](const uint8_t* range) __attribute__((always_inline)) {
       return kernels::InRange(bytes,
