@@ -221,11 +221,11 @@ TEST(CacheBudgetTest, WhatMakesItUnknown) {
 TEST(CacheBudgetTest, OnlyTheCopySharesTheCache) {
   for (uint32_t cores = 1; cores <= 64; ++cores) {
     for (const uint32_t highest : {2U, 3U, 4U, 22U}) {
-      kernels::CpuLeaves leaves = Leaves(1, 0xec);
+      kernels::CpuLeaves leaves = Leaves(1, 0xeb);
       leaves.highest = highest;
-      leaves.sharing = (cores - 1) << 26 | 0x03FFFFFF;
-      EXPECT_EQ(kernels::CacheSize(leaves), 24U << 20);
-      EXPECT_EQ(kernels::CacheBudget(leaves), (24U << 20) / (highest < 4 ? 1 : cores));
+      leaves.sharing = (cores - 1) << 26 | 0x03ECECEC;  // a larger size, if they were descriptors
+      EXPECT_EQ(kernels::CacheSize(leaves), 18U << 20);
+      EXPECT_EQ(kernels::CacheBudget(leaves), (18U << 20) / (highest < 4 ? 1 : cores));
     }
   }
 }

@@ -225,20 +225,22 @@ TEST(FastMatcherTest, RunsAlone) {
 }
 
 TEST(FastMatcherTest, GivesUpWhereTheDepthCouldRunOut) {
-  const PatternObject object("(?:ab)*c");
-  const FastProgram* const program = Translated(object);
-  ASSERT_NE(program, nullptr);
   const std::string subject = test::Repeat("ab", 2000);
   const uint8_t* const text = BytesOf(subject);
-  const auto result = [&](int32_t length, int32_t limit) {
-    veksRegExpSetMatchLimit(limit, object.State());
-    FastCall call = FastCallOf(*program, object.State(), text, length, INT64_MAX);
-    return call.allowance < 0 ? FastResult::kGivesUp : MatchFast(&call, text, text + length);
-  };
-  EXPECT_EQ(result(100, 10000), FastResult::kFail);
-  EXPECT_EQ(result(4000, 10000), FastResult::kGivesUp);
-  EXPECT_EQ(result(4000, 100000), FastResult::kFail);
-  EXPECT_EQ(result(100, 50), FastResult::kGivesUp);
+  for (const char* const pattern : {"(?:ab)*c", "(?:(?:ab){2})*c"}) {
+    const PatternObject object(pattern);
+    const FastProgram* const program = Translated(object);
+    ASSERT_NE(program, nullptr);
+    const auto result = [&](int32_t length, int32_t limit) {
+      veksRegExpSetMatchLimit(limit, object.State());
+      FastCall call = FastCallOf(*program, object.State(), text, length, INT64_MAX);
+      return call.allowance < 0 ? FastResult::kGivesUp : MatchFast(&call, text, text + length);
+    };
+    EXPECT_EQ(result(100, 10000), FastResult::kFail) << pattern;
+    EXPECT_EQ(result(4000, 10000), FastResult::kGivesUp) << pattern;
+    EXPECT_EQ(result(4000, 100000), FastResult::kFail) << pattern;
+    EXPECT_EQ(result(100, 50), FastResult::kGivesUp) << pattern;
+  }
 }
 
 TEST(FastMatcherTest, IsMadeAnewForAnotherFormat) {

@@ -609,6 +609,15 @@ TEST(SearchTest, LongSubjectsLikeTheModel) {
       15000U);
 }
 
+TEST(SearchTest, WordsAtEveryPlaceOfALongText) {
+  Bench bench;
+  ASSERT_TRUE(bench.Compile("\\b\\w{5}\\b", {}));
+  for (size_t before = 0; before < 130; ++before) {
+    bench.Place(std::string(before, ' ') + "ab abcde" + std::string(130, ' '));
+    EXPECT_EQ(bench.Show(bench.AskLibrary()), std::to_string(before + 3) + "+5");
+  }
+}
+
 // ---- The stack.
 
 // As the header says.

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Changes the library in one place at a time, and counts the changes that the tests catch.
 
-scripts/mutate [--seed N] [--count N] [--file PART] [--mutant N] [--excused] [--keep]
+scripts/mutate [--seed N] [--count N] [--file PART] [--mutant N] [--excused] [--keep] [--jobs N]
 
 --seed N     another choice of mutants
 --count N    about so many mutants
@@ -10,6 +10,7 @@ scripts/mutate [--seed N] [--count N] [--file PART] [--mutant N] [--excused] [--
 --mutant N   this one alone, against every test that reaches it, and what the tests say
 --excused    those too that tests/mutants_excused.txt holds, and whether one of them is caught
 --keep       takes the programs as they were built last
+--jobs N     so many processes at a time, otherwise as many as processors
 
 All mutants are compiled into the test programs at once; the environment chooses one. First every
 test runs with none, which shows what it reaches and how long it takes. Then each mutant meets the
@@ -41,7 +42,6 @@ PROGRAMS = ("vekch_tests", "vekch_internal_tests")
 LEFT_OUT = ("SizeTest.",)
 QUOTAS = {"frame": 3, "regexp": 220, "strings": 120, "unicode": 60}
 WANTED = 0.9
-CPUS = os.cpu_count()
 
 HEADER = """\
 #ifdef __cplusplus
@@ -107,9 +107,9 @@ def text_of(mutant):
 # ---- Building
 
 
-def find_sites(sources):
+def find_sites(sources, jobs):
     units = [name for name in sources if name.endswith(".cpp")]
-    with multiprocessing.Pool(CPUS) as pool:
+    with multiprocessing.Pool(jobs) as pool:
         found = pool.starmap(mutants.sites_of, [(ROOT, unit, sources) for unit in units], 1)
     refused = set().union(*(refused for _, refused in found))
     return set().union(*(sites for sites, _ in found)) - refused
@@ -139,14 +139,14 @@ def write_tree(sources, chosen):
     write(WORK / "mutant.h", HEADER)
 
 
-def build():
+def build(jobs):
     options = f"-include {WORK}/mutant.h -Wno-narrowing -w"
     for command in (
         ["cmake", "-S", TREE, "-B", WORK / "build", "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
          "-DCMAKE_CXX_COMPILER=g++", "-DCMAKE_C_COMPILER=gcc", f"-DCMAKE_CXX_FLAGS={options}",
          "-DVEKCH_BUILD_TESTS=ON", "-DVEKCH_BUILD_EXAMPLES=ON", "-DVEKCH_INSTALL=OFF",
          "-DBUILD_SHARED_LIBS=OFF"],
-        ["cmake", "--build", WORK / "build", "--target", *PROGRAMS],
+        ["cmake", "--build", WORK / "build", f"-j{jobs}", "--target", *PROGRAMS],
     ):  # fmt: skip
         done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
         if done.returncode != 0:
@@ -238,6 +238,7 @@ def parse_arguments():
     parser.add_argument("--mutant", type=int, help=argparse.SUPPRESS)
     parser.add_argument("--excused", action="store_true", help=argparse.SUPPRESS)
     parser.add_argument("--keep", action="store_true", help=argparse.SUPPRESS)
+    parser.add_argument("--jobs", type=int, default=os.cpu_count(), help=argparse.SUPPRESS)
     return parser.parse_args()
 
 
@@ -246,19 +247,19 @@ def main():
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     excused = read_excused()
     sources = mutants.read_sources(ROOT)
-    everything = mutants.all_mutants(sources, find_sites(sources), arguments.seed)
+    everything = mutants.all_mutants(sources, find_sites(sources, arguments.jobs), arguments.seed)
     scale = arguments.count / sum(QUOTAS.values())
     quotas = {folder: math.ceil(count * scale) for folder, count in QUOTAS.items()}
     inside = [mutant for mutant in everything if arguments.file in mutant.site.file]
     chosen = mutants.choose(inside, quotas)
     if not arguments.keep:
         write_tree(sources, chosen)
-        build()
+        build(arguments.jobs)
     if arguments.mutant:
         print(text_of(chosen[arguments.mutant - 1]))
 
     (WORK / "reached").mkdir(parents=True, exist_ok=True)
-    with concurrent.futures.ThreadPoolExecutor(CPUS) as pool:
+    with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
         started = time.monotonic()
         names = [test for program in PROGRAMS for test in list_tests(program)]
         tests = sorted(pool.map(try_without_mutant, names), key=lambda test: test.seconds)
