@@ -59,7 +59,7 @@ class TreeReader:
 
     def note_file(self, position):
         """Follows the files through a position of the tree, in the order in which it was printed."""
-        for key, value in place.items():
+        for key, value in position.items():
             if key == "file":
                 self.file = str(pathlib.PurePosixPath(value))
             elif key in ("spellingLoc", "expansionLoc", "begin", "end"):
