@@ -37,7 +37,9 @@ class Texts : public Random {
         const size_t bytes = fault ? 1 + Below(6) : length;
         // Overlong forms among the faults; others are cut or have a byte changed.
         AppendUtf8(&text, Value(fault ? 1 + Below(bytes) : bytes), static_cast<int>(bytes));
-        text.resize(text.size() - (fault ? Below(2) : 0));
+        if (fault && Below(2) == 1) {
+          text.pop_back();
+        }
         if (fault && !text.empty() && Below(2) == 0) {
           text[text.size() - 1 - Below(std::min<size_t>(text.size(), 2))] = static_cast<uint8_t>(
               Of({0x80, 0xBF, 0xC0, 0xC1, 0xFE, 0xFF, Below(256), Below(256)}));
