@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "regexp/fast/lone_run.h"
 
+#include "frame/expect.h"
 #include "regexp/fast/wide_length.h"
 #include "strings/kernels/range_set.h"
 
@@ -81,6 +82,7 @@ class RunFinder {
   int32_t FindBytes(const uint8_t* at, const Set& set, const TableSet& table) {
     const uint8_t* open = nullptr;  // where a run began that has not ended yet
     for (; at < limit; at += kernels::kGroup) {
+      VEK_EXPECT(at != nullptr);
       const int64_t left = limit - at;
       const uint64_t members =
           left >= kernels::kGroup ? set.MembersInGroup(at) : table.MembersAmong(at, left);
