@@ -163,7 +163,7 @@ def measured_part(run, groups, held, free):
     lines += means(groups, held, free)
     lines += ["", "Where no one has made anything faster than a naive loop:", ""]
     lines += beside_loops([family for members in groups.values() for family in members], held)
-    lines += ["", "Patterns beside each engine, as [below](#searching-with-patterns):", ""]
+    lines += ["", 'Patterns beside each engine, told of in the section "Searching with patterns":', ""]
     lines += beside_engines(held)
     lines += ["", *(f"- {line[0].upper()}{line[1:]}" for line in run.machine), ""]
     lines += ["Every cell: [performance-tables.md](performance-tables.md).", "", "## In pictures", ""]
