@@ -701,7 +701,7 @@ class Searcher : Matcher {
     --depth;
     Result result = kFail;
     for (int32_t at = from; at <= to; at = NextStart(at)) {
-      slots.assign(static_cast<size_t>(state.captureCount), {});
+      slots.assign(slotCount, {});
       slots[0] = {at, 0};
       trail.clear();
       const Scene scene = {state.nodeCount, state.compileFlags, nullptr};
@@ -724,6 +724,16 @@ class Searcher : Matcher {
     return at;
   }
 
+  // Captures that were not counted write to slots too.
+  size_t SlotCount() const {
+    int32_t count = state.captureCount;
+    for (int32_t i = 0; i < state.nodeCount; ++i) {
+      count = std::max(count, program[i].op == OpCapture ? program[i].c + 1 : 0);
+    }
+    return static_cast<size_t>(count);
+  }
+
+  const size_t slotCount = SlotCount();
   int32_t windowEnd = 0;
   Starts starts = Starts::kAnywhere;
   SearchAnswer answer;

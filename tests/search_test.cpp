@@ -264,6 +264,8 @@ const Oddity kOddities[] = {
     {"a class ends at the first bracket", "[a[bc]]", "[]", "0+2"},
     {"and knows no intersection", "[a-z&&e]", "&", "0+1"},
     {"a name without its class is one", "[:alpha:]", "p", "0+1"},
+    {"captures before such a name are hidden", "[[:^q]](x)[:alpha:]]", "q]xa]", "0+5"},
+    {"though others be counted", "(b)(?:[[:^q]]((x)|y)[:alpha:]])*", "bq]xa]q]ya]", "0+11 0+1"},
     {"no times, and a lowest number left out", "a{}b{,2}", "abbb", "0+0 1+2 3+1 4+0", {"g"}},
     {"no quantifiers", "a{2b{ 2 }", "a{2b{ 2 }", "0+9"},
     {"a byte against itself", "\\xE9", "\xE9", "0+1"},
@@ -356,6 +358,7 @@ TEST(SearchTest, Oddities) {
     bench.Place(test.subject);
     EXPECT_EQ(bench.Show(bench.AskLibrary()), test.expected) << test.name;
     EXPECT_EQ(bench.Show(bench.AskModel()), test.expected) << test.name << ", by the model";
+    bench.CompareWithModel();
   }
 }
 

@@ -60,6 +60,7 @@ class Analysis {
       if (IsOpening(node)) {
         lastSerial = SerialOf(node);
         groups[lastSerial].analysing = {};
+        NoteIfHidden(node);
         NoteFirstAlternative(&node, 0);
       } else if (node.op == OpAlternative) {
         Note(&node, AlternativeNote{0, 0});
@@ -80,6 +81,14 @@ class Analysis {
       }
     }
     room.Open(lastSerial);
+  }
+
+  // A capture that was not counted: the fast matcher could not say which slots are set for certain.
+  void NoteIfHidden(const ProgramNode& opening) const {
+    if (opening.op == OpCapture && opening.c >= state->captureCount) {
+      facts->hasHiddenCaptures = 1;
+      facts->isUntranslated = 1;
+    }
   }
 
   void LinkAlternative(int32_t index, int32_t* last, int32_t* first) {

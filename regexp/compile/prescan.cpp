@@ -7,7 +7,7 @@
 // each level of nesting holds what the option was outside. It sees the extent of a class in a
 // simpler way than the compiler does ("\c" takes one byte in here, a POSIX name runs to its end
 // whatever it is), so in rare patterns the two disagree about what is inside a class; the compiler
-// checks for itself that groups are balanced.
+// checks for itself that groups are balanced, and captures that were not counted are hidden ones.
 
 #include "regexp/compile/prescan.h"
 

@@ -36,7 +36,7 @@ Matcher::Matcher(RegExpState* patternState, const uint8_t* text, int32_t length)
       fullBudget{OwnDepth(*patternState), patternState->matchLimit} {}
 
 void Matcher::ClearSlots() {
-  for (int32_t slot = 1; slot < state->captureCount; ++slot) {
+  for (int32_t slot = 1; slot < SlotCount(state); ++slot) {
     slots[slot].pointer = nullptr;
     slots[slot].length = -1;
   }

@@ -77,7 +77,7 @@ struct PatternFacts {
   uint8_t planless;          // searches that did without, kNeverPlanned if all will
   uint8_t readsOpenGroups;   // not 0 if a group is referred to before its end
   uint8_t isUntranslated;    // not 0 if there can't be a program for the fast matcher
-  uint8_t unused;
+  uint8_t hasHiddenCaptures;  // not 0 if captures stand where the pre-scan saw a class
   // Of a prefix literal that is found in either case: where the two bytes are that
   // texts hold least often.
   int32_t rarest[2];
@@ -128,9 +128,15 @@ inline GroupEntry* GroupsOf(RegExpState* state) {
   return reinterpret_cast<GroupEntry*>(state->workTableA);
 }
 
+// How many slots a match writes. Hidden captures have slots as well, which nobody reads; that no
+// pattern has more groups than the table has entries holds for them too.
+inline int32_t SlotCount(const RegExpState* state) {
+  return FactsOf(state)->hasHiddenCaptures != 0 ? RegExpTableSize : state->captureCount;
+}
+
 // By the numbers of captures, 0 for the whole match.
 inline RegExpFindResult* SlotsOf(RegExpState* state) {
-  return reinterpret_cast<RegExpFindResult*>(state + 1) - state->captureCount;
+  return reinterpret_cast<RegExpFindResult*>(state + 1) - SlotCount(state);
 }
 
 // How deep a match may go.
