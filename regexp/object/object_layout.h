@@ -69,14 +69,14 @@ struct GroupEntry {
 
 // The pattern as a whole. Offsets count from the object's start; 0 stands for none.
 struct PatternFacts {
-  int32_t firstAlternative;  // index of its record at top level, 0 for none
-  int32_t mostDepth;         // that a match can need, INT32_MAX where that depends on the subject
-  uint32_t freeFrom;         // where the part of the room begins that is free
-  uint32_t plan;             // the search plan, once there is one
-  uint32_t fastProgram;      // what the fast matcher runs, once there is one
-  uint8_t planless;          // searches that did without, kNeverPlanned if all will
-  uint8_t readsOpenGroups;   // not 0 if a group is referred to before its end
-  uint8_t isUntranslated;    // not 0 if there can't be a program for the fast matcher
+  int32_t firstAlternative;   // index of its record at top level, 0 for none
+  int32_t mostDepth;          // that a match can need, INT32_MAX where that depends on the subject
+  uint32_t freeFrom;          // where the part of the room begins that is free
+  uint32_t plan;              // the search plan, once there is one
+  uint32_t fastProgram;       // what the fast matcher runs, once there is one
+  uint8_t planless;           // searches that did without, kNeverPlanned if all will
+  uint8_t readsOpenGroups;    // not 0 if a group is referred to before its end
+  uint8_t isUntranslated;     // not 0 if there can't be a program for the fast matcher
   uint8_t hasHiddenCaptures;  // not 0 if captures stand where the pre-scan saw a class
   // Of a prefix literal that is found in either case: where the two bytes are that
   // texts hold least often.
