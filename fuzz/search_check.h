@@ -30,6 +30,8 @@ inline bool CompareSearches(RegExpState* state, const RegExpState& program, cons
   const auto isSame = [](const RegExpFindResult& a, const RegExpFindResult& b) {
     return a.pointer == b.pointer && a.length == b.length;
   };
+  const auto* const records = reinterpret_cast<const ProgramNode*>(state + 1);
+  const std::vector<ProgramNode> compiled(records, records + state->nodeCount);
   for (int search = 0; search < searches; ++search) {
     int32_t count = room;
     const vekStatus status = veksRegExpFind_8u(bytes, length, state, results.get(), &count);
@@ -40,6 +42,8 @@ inline bool CompareSearches(RegExpState* state, const RegExpState& program, cons
                 ", not " + std::to_string(expected.status) + "; " + std::to_string(count) +
                 " results, not " + std::to_string(expected.count));
   }
+  Require(std::memcmp(compiled.data(), records, compiled.size() * sizeof(ProgramNode)) == 0,
+          "searches leave the program as it was compiled");
   return true;
 }
 
