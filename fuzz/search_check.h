@@ -30,8 +30,8 @@ inline bool CompareSearches(RegExpState* state, const RegExpState& program, cons
   const auto isSame = [](const RegExpFindResult& a, const RegExpFindResult& b) {
     return a.pointer == b.pointer && a.length == b.length;
   };
-  const auto* const records = reinterpret_cast<const ProgramNode*>(state + 1);
-  const std::vector<ProgramNode> compiled(records, records + state->nodeCount);
+  const auto* const records = reinterpret_cast<const char*>(state + 1);
+  const std::string compiled(records, static_cast<size_t>(state->nodeCount) * sizeof(ProgramNode));
   for (int search = 0; search < searches; ++search) {
     int32_t count = room;
     const vekStatus status = veksRegExpFind_8u(bytes, length, state, results.get(), &count);
@@ -42,7 +42,7 @@ inline bool CompareSearches(RegExpState* state, const RegExpState& program, cons
                 ", not " + std::to_string(expected.status) + "; " + std::to_string(count) +
                 " results, not " + std::to_string(expected.count));
   }
-  Require(std::memcmp(compiled.data(), records, compiled.size() * sizeof(ProgramNode)) == 0,
+  Require(compiled.compare(0, compiled.size(), records, compiled.size()) == 0,
           "searches leave the program as it was compiled");
   return true;
 }
