@@ -24,6 +24,8 @@ import pathlib
 import subprocess
 import sys
 
+import excuses
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 EXCUSED = ROOT / "tests" / "coverage_excused.txt"
 FOLDERS = ("frame", "regexp", "strings", "unicode")
@@ -75,18 +77,9 @@ def read_excused():
     """By file and text of the line: how many branches may be missed, and whether they may be
     reached as well."""
     excused = {}
-    position = []
-    for line in EXCUSED.read_text(encoding="utf-8").splitlines() if EXCUSED.exists() else []:
-        if not line.strip():
-            position = []
-        elif line.startswith("#"):
-            continue
-        elif len(position) < 2:
-            position.append(line.strip())
-        else:
-            missed, _ = line.strip().split(" | ")
-            count = missed.removeprefix("maybe ")
-            excused[tuple(position)] = (0 if count == "line" else int(count), count != missed)
+    for file, text, missed, _ in excuses.read(EXCUSED, 2):
+        count = missed.removeprefix("maybe ")
+        excused[file, text] = (0 if count == "line" else int(count), count != missed)
     return excused
 
 

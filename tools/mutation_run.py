@@ -31,6 +31,7 @@ import subprocess
 import sys
 import time
 
+import excuses
 import mutants
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -76,24 +77,14 @@ Test = collections.namedtuple("Test", "program name seconds reached")
 Outcome = collections.namedtuple("Outcome", "mutant caught seconds")
 
 
-# ---- What is excused: a paragraph a line of the sources, with the file, the line, then the changes
-# of it with the reason.
+# ---- What is excused: the changes of each line, with what they change and the reason.
 
 
 def read_excused():
-    excused = {}
-    position = []
-    for line in EXCUSED.read_text(encoding="utf-8").splitlines() if EXCUSED.exists() else []:
-        if not line.strip():
-            position = []
-        elif line.startswith("#"):
-            continue
-        elif len(position) < 2:
-            position.append(line.strip())
-        else:
-            change, kind, reason = (part.strip() for part in line.rsplit(" | ", 2))
-            excused[(*position, change)] = Excuse(kind, reason)
-    return excused
+    return {
+        (file, text, change): Excuse(kind, reason)
+        for file, text, change, kind, reason in excuses.read(EXCUSED, 3)
+    }
 
 
 def key_of(mutant):
