@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: MIT
 
-// The property escapes, and which code points a property has.
+// The property escapes, which code points a property has, and sets of bytes as ranges.
 
 #include "regexp/characters/properties.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <initializer_list>
+#include <iterator>
+#include <numeric>
 #include <string>
 #include <vector>
 
+#include "regexp/characters/byte_ranges.h"
 #include "tests/guarded_buffer.h"
 
 namespace vekch::regexp::test {
@@ -256,6 +260,45 @@ TEST(MatchPropertyItemTest, RangesAndOtherRecords) {
     }
     const ProgramNode other = {OpChar, x, 0, 0, 0};
     EXPECT_LT(MatchPropertyItem(x, &other, 0), 0);
+  }
+}
+
+// ---- Sets of bytes as ranges.
+
+// Every set whose members and others change at some of these values.
+TEST(ByteRangesTest, OfSets) {
+  constexpr int kEdges[] = {0, 1, 9, 10, 0x30, 0x3A, 0x7F, 0x80, 0x81, 0xFE, 0xFF};
+  uint8_t all[256];
+  std::iota(all, all + 256, uint8_t{0});
+  for (unsigned chosen = 0; chosen < 1U << std::size(kEdges); ++chosen) {
+    uint8_t table[256];
+    int counts[2] = {0, 0};  // of the ranges of others, and of members
+    bool isMember = false;
+    for (int value = 0; value < 256; ++value) {
+      const auto* const edge = std::find(std::begin(kEdges), std::end(kEdges), value);
+      const bool turns = edge != std::end(kEdges) && (chosen >> (edge - kEdges) & 1) != 0;
+      counts[isMember != turns] += turns || value == 0 ? 1 : 0;
+      isMember = isMember != turns;
+      table[value] = isMember ? 0xFF : 0x7F;
+    }
+    kernels::RangeSet set;
+    FillRangeSet(table, 0x80, &set);
+    const bool isAll = chosen == 1;  // which takes two ranges
+    const int fewest = table[0] == 0xFF ? std::min(counts[0], counts[1]) : counts[1];
+    ASSERT_EQ(set.count, isAll ? 2 : fewest <= kernels::kMostRanges ? fewest : 0) << chosen;
+    kernels::Ranges ranges;
+    const int rounded = counts[1] == 3 ? 4 : counts[1];
+    ASSERT_EQ(RangesOf(table, 0x80, &ranges),
+              isAll || rounded > kernels::kMostRanges ? 0 : rounded);
+    for (int base = 0; base < 256 && set.count > 0; base += kernels::kGroup) {
+      const uint64_t members = kernels::WithLoaded(
+          set, [&](const auto& loaded) { return loaded.MembersInGroup(all + base); });
+      for (int i = 0; i < kernels::kGroup; ++i) {
+        const uint32_t few = kernels::MembersAt(set, all + base + i / 16 * 16);
+        ASSERT_EQ(members >> i & 1, table[base + i] >> 7) << chosen << ", " << base + i;
+        ASSERT_EQ(few >> i % 16 & 1, table[base + i] >> 7) << chosen << ", " << base + i;
+      }
+    }
   }
 }
 

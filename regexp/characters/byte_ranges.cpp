@@ -29,7 +29,7 @@ Bounds BoundsOf(const uint8_t* table, uint8_t bit) {
   return bounds;
 }
 
-// The ranges between the bounds from one on; the last may go up to 255.
+// The ranges between the bounds from one on, and how many; the last may go up to 255.
 int32_t RangesFrom(const Bounds& bounds, int32_t first, kernels::Ranges* ranges) {
   const int32_t count = (bounds.count - first + 1) / 2;
   if (count < 1 || count > kernels::kMostRanges) {
@@ -42,25 +42,34 @@ int32_t RangesFrom(const Bounds& bounds, int32_t first, kernels::Ranges* ranges)
   }
   kernels::RepeatLast(ranges, count);
   const bool isAll = ranges->lowest[0] == 0 && ranges->highest[0] == 255;
-  return isAll ? 0 : count == 3 ? 4 : count;
+  return isAll ? 0 : count;
 }
 
 }  // namespace
 
 int32_t RangesOf(const uint8_t* table, uint8_t bit, kernels::Ranges* ranges) {
-  return RangesFrom(BoundsOf(table, bit), 0, ranges);
+  const int32_t count = RangesFrom(BoundsOf(table, bit), 0, ranges);
+  return count == 3 ? 4 : count;
 }
 
 void FillRangeSet(const uint8_t* table, uint8_t bit, kernels::RangeSet* set) {
+  constexpr kernels::Ranges kAll = {{0, 0x80, 0x80, 0x80}, {0x7F, 0xFF, 0xFF, 0xFF}};
   const Bounds bounds = BoundsOf(table, bit);
-  kernels::Ranges ranges;
+  // The others lie between the members, and can be fewer ranges, where byte 0 is a member.
+  const bool beginsInside = bounds.count > 0 && bounds.at[0] == 0;
+  if (beginsInside && bounds.count == 1) {
+    kernels::Spread(kAll, 2, false, set);
+    return;
+  }
+  kernels::Ranges members;
+  kernels::Ranges others;
+  const int32_t count = RangesFrom(bounds, 0, &members);
+  const int32_t otherCount = beginsInside ? RangesFrom(bounds, 1, &others) : 0;
+  const bool isComplement = otherCount > 0 && (count == 0 || otherCount < count);
   set->count = 0;
-  if (const int32_t count = RangesFrom(bounds, 0, &ranges); count > 0) {
-    kernels::Spread(ranges, count, false, set);
-  } else if (bounds.count > 0 && bounds.at[0] == 0) {  // the others lie between the members
-    if (const int32_t others = RangesFrom(bounds, 1, &ranges); others > 0) {
-      kernels::Spread(ranges, others, true, set);
-    }
+  if (isComplement || count > 0) {
+    kernels::Spread(isComplement ? others : members, isComplement ? otherCount : count,
+                    isComplement, set);
   }
 }
 

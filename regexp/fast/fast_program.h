@@ -62,18 +62,10 @@ enum class FastCode : uint8_t {
 
 constexpr int32_t kMostTargets = 8;  // bits of a choice's byte
 
-// Bytes in ranges, tested 16 at a time.
-constexpr int32_t kMostRanges = 4;
-struct FastRanges {
-  uint8_t bytes[kMostRanges][2 * kernels::kBlock];  // as kernels::ByteRange has them
-  int32_t count;                                    // 0 for a set of more ranges
-  uint32_t outside;  // what the lanes' bits are turned by, so that those outside the set are set
-};
-
 // What is known of a repeated byte. Where the repetition gives nothing back, the followers are left
 // out.
 struct FastRunTables {
-  FastRanges ranges;
+  kernels::RangeSet members;
   uint8_t follow[256];  // not 0 for a byte that can come next
 };
 

@@ -10,10 +10,26 @@
 
 #include "regexp/fast/group.h"
 #include "regexp/fast/machine.h"
-#include "regexp/fast/range_test.h"
+#include "strings/kernels/byte_range.h"
 #include "strings/kernels/ends.h"
 
 namespace vekch::regexp::fast {
+
+// The lanes of a block whose bytes lie in the ranges of their positions. A RangeSet has the same
+// ranges for all lanes; here each has its own, so that the bytes to add lie beside those to compare
+// with, range by range and block by block.
+VEK_INLINE uint32_t InRanges(kernels::Block bytes, const uint8_t* ranges, int32_t count) {
+  const auto inside = [&bytes](const uint8_t* range) __attribute__((always_inline)) {
+    return kernels::InRange(bytes,
+                            {kernels::LoadAny(range), kernels::LoadAny(range + kernels::kBlock)});
+  };
+  kernels::Block hits = inside(ranges);
+  for (int32_t k = 1; k < count; ++k) {
+    ranges += 2 * kernels::kBlock;
+    hits = hits | inside(ranges);
+  }
+  return kernels::LaneBits(hits);
+}
 
 // Less than a block is tested as its first and its last kHalf bytes.
 template <int32_t kHalf>

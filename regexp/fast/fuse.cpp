@@ -6,6 +6,7 @@
 #include "regexp/fast/fuse.h"
 
 #include "frame/expect.h"
+#include "regexp/characters/byte_ranges.h"
 #include "regexp/characters/bytes.h"
 #include "strings/kernels/byte_range.h"
 #include "strings/kernels/lanes.h"
@@ -20,7 +21,7 @@ constexpr int32_t kMostCaptures = 16;  // in one operation
 
 // One of the positions of bytes in a fixed number.
 struct Position {
-  ByteBounds ranges[kMostRanges];
+  ByteBounds ranges[kernels::kMostRanges];
   int32_t count;
 };
 
@@ -128,7 +129,7 @@ class FixedBytes {
 
   Position PositionOf(const FastOp& op) const {
     Position position;
-    position.count = following.BytesOf(op).RangesOf(position.ranges, kMostRanges);
+    position.count = following.BytesOf(op).RangesOf(position.ranges, kernels::kMostRanges);
     return position;
   }
 
@@ -442,28 +443,9 @@ class Fuser {
     if (tables == nullptr) {
       return;
     }
-    MakeRanges(*op, &tables->ranges);
+    FillRangeSet(op->bytes, 0xFF, &tables->members);
     if (!isFinal) {
       following.At(op->next).Mark(tables->follow, 0xFF);
-    }
-  }
-
-  void MakeRanges(const FastOp& op, FastRanges* ranges) const {
-    ByteBounds inside[kMostRanges];
-    ByteBounds outside[kMostRanges];
-    NextBytes bytes = following.BytesOf(op);
-    const int32_t insideCount = bytes.RangesOf(inside, kMostRanges);
-    bytes.Complement();
-    const int32_t outsideCount = bytes.RangesOf(outside, kMostRanges);
-    const bool byOutside = insideCount == 0 || (outsideCount != 0 && outsideCount < insideCount);
-    const ByteBounds* const bounds = byOutside ? outside : inside;
-    const int32_t count = byOutside ? outsideCount : insideCount;
-    ranges->count = count;
-    ranges->outside = byOutside ? 0 : 0xFFFF;
-    for (int32_t k = 0; k < ranges->count; ++k) {
-      const kernels::ByteRange range = kernels::MakeRange(bounds[k].lowest, bounds[k].highest);
-      kernels::StoreAny(ranges->bytes[k], range.shift);
-      kernels::StoreAny(ranges->bytes[k] + kernels::kBlock, range.below);
     }
   }
 

@@ -43,11 +43,6 @@ struct alignas(kernels::kBlock) NextBytes {
   void AddHigh() { SetHigh(kernels::Splat(0xFF)); }
   bool HasHigh() const { return kernels::LaneBits(High() == kernels::ZeroBlock()) != 0xFFFF; }
 
-  void Complement() {
-    SetLow(kernels::Without(kernels::Splat(0xFF), Low()));
-    SetHigh(kernels::Without(kernels::Splat(0xFF), High()));
-  }
-
   // Those that a table has 0xFF for.
   void AddMembers(const uint8_t* member) {
     for (int32_t i = 0; i < kTable; i += kernels::kBlock) {

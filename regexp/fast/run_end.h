@@ -9,7 +9,6 @@
 
 #include "regexp/characters/character_set.h"
 #include "regexp/fast/fast_program.h"
-#include "regexp/fast/range_test.h"
 #include "regexp/fast/wide_length.h"
 #include "regexp/object/record_notes.h"
 #include "strings/kernels/range_set.h"
@@ -82,9 +81,9 @@ VEK_INLINE bool CanFollow(const FastOp& run, const uint8_t* at, const uint8_t* l
 }
 
 // In 16 bytes the one that ends a run, or kBlock.
-VEK_INLINE int32_t EndInBlock(const FastRanges& ranges, const uint8_t* at) {
-  const uint32_t ends = InRanges(kernels::LoadAny(at), ranges.bytes[0], ranges.count);
-  return kernels::LowestBit((ends ^ ranges.outside) | 1U << kernels::kBlock);
+VEK_INLINE int32_t EndInBlock(const kernels::RangeSet& set, const uint8_t* at) {
+  constexpr uint32_t kAllAndOne = (2U << kernels::kBlock) - 1;
+  return kernels::LowestBit(kernels::MembersAt(set, at) ^ kAllAndOne);
 }
 
 template <FastCode kCode>
@@ -93,10 +92,10 @@ VEK_INLINE const uint8_t* EndOfRun(const FastOp& run, const uint8_t* at, const u
     return end;
   }
   if (kCode == FastCode::kSetRun && end - at >= kernels::kBlock && run.run.tables != nullptr &&
-      run.run.tables->ranges.count != 0) {
+      run.run.tables->members.count != 0) {
     int32_t length;
     do {
-      length = EndInBlock(run.run.tables->ranges, at);
+      length = EndInBlock(run.run.tables->members, at);
       at += length;
     } while (length == kernels::kBlock && end - at >= kernels::kBlock);
     if (length < kernels::kBlock) {

@@ -27,6 +27,18 @@ VEK_INLINE Block InRange(Block b, const ByteRange& range) {
   return {_mm_cmpgt_epi8((b + range.shift).lanes, range.below.lanes)};
 }
 
+constexpr int32_t kMostRanges = 4;  // beyond, testing them costs more than looking up
+
+template <int32_t kCount>
+VEK_INLINE Block InAny(Block b, const ByteRange* ranges) {
+  Block hits = InRange(b, ranges[0]);
+#pragma GCC unroll 4
+  for (int32_t r = 1; r < kCount; ++r) {
+    hits = hits | InRange(b, ranges[r]);
+  }
+  return hits;
+}
+
 }  // namespace vekch::kernels
 
 #endif

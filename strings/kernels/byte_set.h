@@ -13,7 +13,6 @@
 namespace vekch::kernels {
 
 constexpr int32_t kMostMembers = 16;  // beyond, comparing costs more than looking up
-constexpr int32_t kMostRanges = 4;    // beyond, testing ranges costs more than looking up
 constexpr int32_t kTableSize = 256;
 
 struct EqualsByte {
@@ -65,13 +64,7 @@ struct InRanges {
 
   template <class Load>
   VEK_INLINE Block operator()(Load load, ptrdiff_t i) const {
-    const Block b = load(haystack + i);
-    Block hits = InRange(b, ranges[0]);
-#pragma GCC unroll 4
-    for (int32_t r = 1; r < kCount; ++r) {
-      hits = hits | InRange(b, ranges[r]);
-    }
-    return hits;
+    return InAny<kCount>(load(haystack + i), ranges);
   }
 };
 
@@ -102,7 +95,8 @@ struct Table {
 
 // Ranges of byte values in ascending order that cover a set: its maximal runs of members, but that
 // runs are merged over narrow gaps and, as long as there are more than kMostRanges, over the
-// narrowest ones. No gap with a letter or another of the most common bytes is merged over.
+// narrowest ones. No gap with a letter or another of the most common bytes is merged over. Where a
+// RangeSet is exact, and some sets have none, these only make candidates.
 class RangeList {
  public:
   int32_t count = 0;

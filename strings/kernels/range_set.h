@@ -9,9 +9,7 @@
 
 namespace vekch::kernels {
 
-constexpr int32_t kMostRanges = 4;
-
-// Ranges of which there are 1, 2 or 4; the last may be there repeatedly. None is of all bytes.
+// Up to kMostRanges of them; the last fills the rest. None is of all bytes.
 struct Ranges {
   uint8_t lowest[kMostRanges];
   uint8_t highest[kMostRanges];
@@ -25,23 +23,25 @@ inline void RepeatLast(Ranges* ranges, int32_t count) {
   }
 }
 
-template <int32_t kCount>
-VEK_INLINE Block InAny(Block b, const ByteRange* ranges) {
-  Block hits = InRange(b, ranges[0]);
-#pragma GCC unroll 4
-  for (int32_t r = 1; r < kCount; ++r) {
-    hits = hits | InRange(b, ranges[r]);
-  }
-  return hits;
-}
-
 // What a test needs, ready in memory at any address; 0 ranges where a set has no such form.
 struct RangeSet {
   int32_t count;
   uint32_t flip;  // 0xFFFF where the members are all bytes outside the ranges, else 0
   uint8_t shift[kMostRanges][kBlock];
   uint8_t below[kMostRanges][kBlock];
+
+  VEK_INLINE ByteRange At(int32_t r) const { return {LoadAny(shift[r]), LoadAny(below[r])}; }
 };
+
+// A bit for each member among 16 bytes: the ranges are read each time, for few blocks.
+VEK_INLINE uint32_t MembersAt(const RangeSet& set, const uint8_t* at) {
+  const Block bytes = LoadAny(at);
+  Block hits = InRange(bytes, set.At(0));
+  for (int32_t r = 1; r < set.count; ++r) {
+    hits = hits | InRange(bytes, set.At(r));
+  }
+  return LaneBits(hits) ^ set.flip;
+}
 
 inline void Spread(const Ranges& ranges, int32_t count, bool isComplement, RangeSet* set) {
   set->count = count;
@@ -67,7 +67,7 @@ struct LoadedSet {
 
   explicit VEK_INLINE LoadedSet(const RangeSet& set) : flip(set.flip) {
     for (int32_t r = 0; r < kCount; ++r) {
-      ranges[r] = {LoadAny(set.shift[r]), LoadAny(set.below[r])};
+      ranges[r] = set.At(r);
     }
   }
 
