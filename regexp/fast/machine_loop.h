@@ -9,6 +9,7 @@
 
 #include <stdint.h>
 
+#include "regexp/characters/bytes.h"
 #include "regexp/fast/assertions.h"
 #include "regexp/fast/fixed_bytes.h"
 #include "regexp/fast/group.h"

@@ -6,35 +6,24 @@
 
 #include "regexp/fast/translator.h"
 
-#include "regexp/characters/byte_ranges.h"
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/character_set.h"
 #include "regexp/characters/wide_set.h"
+#include "regexp/fast/aids.h"
 #include "regexp/fast/following.h"
 #include "regexp/fast/fuse.h"
+#include "regexp/fast/group_shapes.h"
 #include "regexp/fast/layout.h"
+#include "regexp/fast/lone_run_translator.h"
+#include "regexp/fast/record_questions.h"
 #include "regexp/fast/table_room.h"
 #include "regexp/object/program_walk.h"
 #include "strings/kernels/block.h"
-#include "unicode/utf8.h"
 
 namespace vekch::regexp {
 namespace {
 
-constexpr uint8_t kNewline = '\n';
 constexpr int32_t kOwnLevels = 16;  // of the search, and of the last tests
-
-// What is noted of a group while the records are walked.
-struct GroupShape {
-  int16_t around;
-  bool consumes;    // the alternative that is open takes a byte at least
-  bool allConsume;  // and so do those before it
-  bool mayBeEmpty;
-  // Levels that the exact matcher takes at most for the records of the alternative that is open,
-  // and for those of any; every record takes one, and a class or a repetition one more.
-  int32_t levels;
-  int32_t mostLevels;
-};
 
 class Translator {
  public:
@@ -65,10 +54,9 @@ class Translator {
   const FastProgram* Run() {
     // An alternative at record 0 is not noted as one.
     const bool beginsEmpty = walk.count > 0 && walk.nodes[0].op == OpAlternative;
-    if (FactsOf(state)->readsOpenGroups != 0 || beginsEmpty) {
+    if (FactsOf(state)->readsOpenGroups != 0 || beginsEmpty || !FindGroupShapes(walk, shapes)) {
       return nullptr;
     }
-    FindShapes();
     used = walk.count + 1;
     for (int32_t i = 0; i < used; ++i) {  // items of classes and skipped groups have none
       Begin(i, FastCode::kAccept, walk.count);
@@ -109,163 +97,17 @@ class Translator {
                 nullptr,
                 nullptr};
     next[first].Mark(program->canBegin, 0xFF);
-    MakeAids(placed, layout.Count());
+    MakeAids(placed, layout.Count(), &tables);
     const FastOp& begin = placed[program->entry];
     const bool isRun = begin.code == FastCode::kCharacterRun && begin.run.minimum > 0;
     if (isRun || begin.code == FastCode::kCharacter) {
       program->firstCharacter = AidAt<WideSet>(placed, begin.aid);
     }
-    program->loneRun = MakeLoneRun();
+    program->loneRun = TranslateLoneRun(*state, walk, &tables);
     return program;
   }
 
  private:
-  // ---- What tests characters faster.
-
-  template <class Aid>
-  Aid* NewAid(FastOp* op, const FastOp* placed) {
-    auto* const aid = tables.Take<Aid>();
-    op->aid = aid == nullptr ? 0
-                             : static_cast<uint32_t>(reinterpret_cast<const uint8_t*>(aid) -
-                                                     reinterpret_cast<const uint8_t*>(placed));
-    return aid;
-  }
-
-  // Without one characters are tested one by one.
-  void MakeAids(FastOp* placed, int32_t count) {
-    for (int32_t i = 0; i < count; ++i) {
-      FastOp& op = placed[i];
-      switch (op.code) {
-        case FastCode::kOpenSetRun:
-          MakeRangeSet(op.bytes, &op, placed);
-          break;
-        case FastCode::kLazySet:
-        case FastCode::kLazyOpenSet:
-          MakeSkipped(&op, placed);
-          break;
-        case FastCode::kCharacter:
-        case FastCode::kCharacterRun:
-        case FastCode::kLazyCharacter:
-          MakeWideSet(&op, placed);
-          break;
-        default:
-          break;
-      }
-    }
-  }
-
-  void MakeWideSet(FastOp* op, const FastOp* placed) {
-    constexpr int32_t kMostWideSets = 3;  // leaves room for the memory of failures
-    if (wideSets++ < kMostWideSets) {
-      if (auto* const set = NewAid<WideSet>(op, placed)) {
-        set->Begin(*op->record);
-      }
-    }
-  }
-
-  void MakeRangeSet(const uint8_t* members, FastOp* op, const FastOp* placed) {
-    if (auto* const set = NewAid<kernels::RangeSet>(op, placed)) {
-      FillRangeSet(members, 0xFF, set);
-      op->aid = set->count == 0 ? 0 : op->aid;
-    }
-  }
-
-  // Of the bytes that a lazy repetition takes without asking what follows. A stop within a
-  // character can't be distinguished from one before it.
-  void MakeSkipped(FastOp* op, const FastOp* placed) {
-    if (op->run.follow == nullptr) {
-      return;
-    }
-    uint8_t skipped[NextBytes::kTable];
-    bool stopsWithin = false;
-    for (int32_t i = 0; i < NextBytes::kTable; ++i) {
-      skipped[i] = op->run.follow[i] == 0 ? op->bytes[i] : 0;
-      stopsWithin = stopsWithin || (IsUtf8Continuation(static_cast<uint8_t>(i)) && skipped[i] == 0);
-    }
-    if (op->code == FastCode::kLazySet || !stopsWithin) {
-      MakeRangeSet(skipped, op, placed);
-    }
-  }
-
-  // ---- A run alone: a group around it at most, and an end after it at most.
-
-  const LoneRun* MakeLoneRun() {
-    const bool isCaptured = walk.count > 0 && walk.nodes[0].op == OpCapture && walk.IsPassed(0);
-    const int32_t atom = isCaptured ? 1 : 0;
-    if (atom >= walk.count || FactsOf(state)->firstAlternative != 0 ||
-        state->captureCount != (isCaptured ? 2 : 1)) {
-      return nullptr;
-    }
-    const ProgramNode& node = walk.nodes[atom];
-    int32_t i = walk.AfterAtom(atom);
-    const ProgramNode* const quantifier = walk.QuantifierAt(i);
-    i += quantifier == nullptr ? 0 : 1;
-    const bool isClosed =
-        !isCaptured || (i < walk.count && walk.nodes[i].op == OpGroupEnd && OpeningOf(i) == 0);
-    LoneRun run = {nullptr,   nullptr, nullptr, 1, RunEnd::kAnything, quantifier == nullptr,
-                   isCaptured};
-    if (!isClosed || !SetEnd(isCaptured ? i + 1 : i, &run) ||
-        !SetRun(atom, node, quantifier, &run)) {
-      return nullptr;
-    }
-    // Where its longest fails, no shorter one may be before an end.
-    const bool endsWithin = run.end != RunEnd::kAnything && run.member[kNewline] != 0;
-    auto* const made = endsWithin ? nullptr : tables.Take<LoneRun>();
-    if (made != nullptr) {
-      *made = run;
-    }
-    return made;
-  }
-
-  bool SetEnd(int32_t i, LoneRun* run) const {
-    if (i == walk.count) {
-      return true;
-    }
-    const ProgramNode& node = walk.nodes[i];
-    if (node.op != OpAssert || i + 1 != walk.count || run->isOne) {
-      return false;
-    }
-    const bool isMultiLine = node.a == '$' && (OptionsOf(node) & RegExpOptionM) != 0;
-    run->end = isMultiLine     ? RunEnd::kLineEnd
-               : node.a == 'z' ? RunEnd::kTextEnd
-                               : RunEnd::kTextEndOrNewline;
-    return node.a == '$' || node.a == 'z' || node.a == 'Z';
-  }
-
-  bool SetRun(int32_t atom, const ProgramNode& node, const ProgramNode* quantifier, LoneRun* run) {
-    const bool isEndless = quantifier != nullptr && quantifier->op == OpGreedy &&
-                           quantifier->a > 0 && quantifier->b == RegExpUnbounded;
-    if (quantifier != nullptr && !isEndless) {
-      return false;
-    }
-    run->minimum = isEndless ? quantifier->a : 1;
-    const CharacterSet* const bytes = ByteSetOf(atom);
-    const CharacterSet* const open = OpenSetOf(atom);
-    if (bytes != nullptr || (open != nullptr && isEndless && run->minimum == 1)) {
-      run->member = (bytes != nullptr ? bytes : open)->member;
-      auto* const set = tables.Take<kernels::RangeSet>();
-      if (set != nullptr) {
-        FillRangeSet(run->member, 0xFF, set);
-        run->set = set->count == 0 ? nullptr : set;
-      }
-      return true;
-    }
-    const bool isWide = open == nullptr && isEndless && run->minimum == 1 &&
-                        (HasSet(node) || IsProperty(node)) && !MayBeSkewed(node);
-    run->wide = isWide ? tables.Take<WideSet>() : nullptr;
-    if (run->wide == nullptr) {
-      return false;
-    }
-    run->wide->Begin(node);
-    run->member = run->wide->Bytes();
-    return true;
-  }
-
-  static bool IsProperty(const ProgramNode& node) {
-    return node.op == OpCodePoint || node.op == OpCategory || node.op == OpRange ||
-           node.op == OpScript;
-  }
-
   // Up to which length of a subject its beginning is tried before anything else is asked: only
   // where one match is looked for, and no literal says where, or where the text ends.
   int32_t DirectLength(bool onlyAtStart) const {
@@ -329,89 +171,6 @@ class Translator {
   int32_t Unknown() {
     isKnown = false;
     return walk.count;
-  }
-
-  // ---- Which groups may consume nothing.
-
-  static bool IsDue(const ProgramNode* quantifier) {
-    return quantifier == nullptr || quantifier->a > 0;
-  }
-
-  void FindShapes() {
-    int32_t innermost = 0;
-    shapes[0] = {0, false, true, false, 0, 0};
-    for (int32_t i = 0; i < walk.count; ++i) {
-      const ProgramNode& node = walk.nodes[i];
-      if (IsOpening(node)) {
-        const int32_t serial = SerialOf(node);
-        if (serial > walk.count) {  // groups that were dropped count as well
-          isKnown = false;
-          return;
-        }
-        shapes[serial] = {static_cast<int16_t>(innermost), false, true, false, 0, 0};
-        innermost = serial;
-      } else if (node.op == OpAlternative) {
-        EndAlternative(&shapes[innermost]);
-      } else if (node.op == OpGroupEnd) {
-        innermost = EndShape(i, innermost);
-      } else if (IsAtom(node)) {
-        AddAtom(i, &shapes[innermost]);
-        i = walk.AfterAtom(i) - 1;
-      } else if (!IsQuantifier(node)) {
-        ++shapes[innermost].levels;
-      }
-    }
-    EndAlternative(&shapes[0]);
-  }
-
-  void AddAtom(int32_t i, GroupShape* shape) const {
-    const ProgramNode& node = walk.nodes[i];
-    const ProgramNode* const quantifier = walk.QuantifierAt(walk.AfterAtom(i));
-    shape->consumes |= node.op != OpBackref && IsDue(quantifier);
-    shape->levels += node.op == OpClass || quantifier != nullptr ? 2 : 1;
-  }
-
-  // The record that ends it takes a level as well.
-  static void EndAlternative(GroupShape* shape) {
-    shape->allConsume &= shape->consumes;
-    shape->consumes = false;
-    ++shape->levels;
-    shape->mostLevels = shape->levels > shape->mostLevels ? shape->levels : shape->mostLevels;
-    shape->levels = 0;
-  }
-
-  int32_t EndShape(int32_t end, int32_t serial) {
-    GroupShape& shape = shapes[serial];
-    EndAlternative(&shape);
-    shape.mayBeEmpty = !shape.allConsume;
-    GroupShape& around = shapes[shape.around];
-    const ProgramNode& opening = walk.nodes[OpeningOf(end)];
-    const bool isLookaround = IsLookaround(opening);
-    around.consumes |= !shape.mayBeEmpty && !isLookaround && IsDue(walk.QuantifierAt(end + 1));
-    around.levels += (opening.op == OpAtomic ? 2 : 1) + shape.mostLevels;
-    return shape.around;
-  }
-
-  static int32_t SerialOf(const ProgramNode& node) { return node.a < 0 ? -node.a : node.a; }
-  int32_t OpeningOf(int32_t end) const { return regexp::OpeningOf(walk.nodes[end]); }
-
-  static bool IsAtom(const ProgramNode& node) {
-    switch (node.op) {
-      case OpChar:
-      case OpString:
-      case OpBackref:
-      case OpClass:
-      case OpCharType:
-      case OpAnyByte:
-      case OpCodePoint:
-      case OpCategory:
-      case OpRange:
-      case OpScript:
-      case OpGrapheme:
-        return true;
-      default:
-        return false;
-    }
   }
 
   // ---- Records. Each returns the index of the next record to translate.
@@ -487,30 +246,6 @@ class Translator {
     return after;
   }
 
-  // Whether what the record accepts may count more or fewer bytes than it has: a byte above 0x7F
-  // that is no character counts as the code point of its value, and cases may differ in length.
-  static bool MayBeSkewed(const ProgramNode& node) {
-    const bool isByte = node.a >= 0x80 && node.a < NextBytes::kTable;
-    return node.op == OpCodePoint && (isByte || (OptionsOf(node) & RegExpOptionI) != 0);
-  }
-
-  // Whether the record accepts one byte, or one letter's two.
-  static bool IsByte(const ProgramNode& node) {
-    return node.op == OpChar || (node.op == OpCodePoint && node.a < 0x80);
-  }
-
-  // The set of a record that accepts single bytes alone, or null.
-  const CharacterSet* ByteSetOf(int32_t i) const {
-    const CharacterSet* const set = walk.SetAt(i);
-    return set != nullptr && (!isUtf8 || set->wide == Wide::kOutside) ? set : nullptr;
-  }
-
-  // The set of a record that accepts all characters of several bytes, or null.
-  const CharacterSet* OpenSetOf(int32_t i) const {
-    const CharacterSet* const set = walk.SetAt(i);
-    return set != nullptr && set->wide == Wide::kInside ? set : nullptr;
-  }
-
   static void SetPair(const ProgramNode& node, FastOp* op) {
     const auto byte = static_cast<uint8_t>(node.a);
     op->pair[0] = byte;
@@ -535,12 +270,12 @@ class Translator {
       SetPair(node, &op);
     } else if (node.op == OpAnyByte) {
       op.code = FastCode::kAnyByte;
-    } else if (ByteSetOf(i) != nullptr) {
+    } else if (ByteSetOf(walk, i, isUtf8) != nullptr) {
       op.code = FastCode::kSet;
-      op.bytes = ByteSetOf(i)->member;
-    } else if (OpenSetOf(i) != nullptr) {
+      op.bytes = ByteSetOf(walk, i, isUtf8)->member;
+    } else if (OpenSetOf(walk, i) != nullptr) {
       op.code = FastCode::kOpenSet;
-      op.bytes = OpenSetOf(i)->member;
+      op.bytes = OpenSetOf(walk, i)->member;
     } else {
       op.record = &node;
     }
@@ -564,12 +299,12 @@ class Translator {
       SetPair(node, &op);
     } else if (node.op == OpAnyByte) {
       op.code = FastCode::kAnyRun;
-    } else if (ByteSetOf(i) != nullptr) {
+    } else if (ByteSetOf(walk, i, isUtf8) != nullptr) {
       op.code = isLazy ? FastCode::kLazySet : FastCode::kSetRun;
-      op.bytes = ByteSetOf(i)->member;
-    } else if (OpenSetOf(i) != nullptr) {
+      op.bytes = ByteSetOf(walk, i, isUtf8)->member;
+    } else if (OpenSetOf(walk, i) != nullptr) {
       op.code = isLazy ? FastCode::kLazyOpenSet : FastCode::kOpenSetRun;
-      op.bytes = OpenSetOf(i)->member;
+      op.bytes = OpenSetOf(walk, i)->member;
     } else {
       op.record = &node;
       op.code = isLazy ? FastCode::kLazyCharacter : op.code;
@@ -761,7 +496,7 @@ class Translator {
   }
 
   int32_t GroupEnd(int32_t i) {
-    const int32_t opening = OpeningOf(i);
+    const int32_t opening = OpeningOf(walk.nodes[i]);
     loops -= IsRepeated(opening) ? 1 : 0;
     uncertain -= IsUncertain(opening) ? 1 : 0;
     return After(i);
@@ -825,7 +560,6 @@ class Translator {
   int32_t uncertain = 0;  // groups around it that a match may not pass once
   int32_t certainSlots = 0;
   int32_t mostCost = 0;  // of a loop
-  int32_t wideSets = 0;
   int8_t emptyLoopCount = 0;
   int16_t emptyLoops[kMostEmptyLoops] = {};
 };
