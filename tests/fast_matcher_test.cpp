@@ -264,6 +264,8 @@ struct Hostile {
   char repeated;
   const char* last;      // with which it matches all
   size_t longest = 400;  // that the depth allows for
+  int32_t limit = test::kDefaultLimit;
+  bool isTranslated = true;
 };
 
 constexpr Hostile kHostiles[] = {
@@ -280,19 +282,24 @@ constexpr Hostile kHostiles[] = {
     {"^(?:a?\\S*)*(?<=!)x$", 'a', nullptr},
     {"(?:(?=a+)a|a)*[bc]", 'a', "c", 100},
     {"((?>a)|a)*[bc]", 'a', "c"},
+    {"^(([a-z])+.)+[A-Z]([a-z])+$", 'a', nullptr, 40, 1000},  // could use up more than its depth
+    {"\\X(?:a|a)*[bc]", 'a', "c", 400, 10000, false},
+    {"\\x{E9}?(a+)+[bc]", 'a', "c", 100, 10000, false},
+    {"\\x{E9}?a?a?a?a?a?a?a?a?a?a?a*a*a*a*a*a*[bc]", 'a', "c", 100, 10000, false},
 };
 
 TEST(FastMatcherTest, HostilePatternsEnd) {
   for (const Hostile& test : kHostiles) {
-    for (size_t length = 25; length <= test.longest; length *= 4) {
+    for (const size_t length : {size_t{25}, test.longest / 4, test.longest}) {
       SCOPED_TRACE(test.pattern);
-      const PatternObject object(test.pattern);
+      const PatternObject object(test.pattern, "", 1, test.limit);
       const std::string subject(length, test.repeated);
       EXPECT_EQ(Find(object, subject + "!"), "") << test.pattern << " on " << length;
       if (test.last != nullptr) {
         const std::string whole = subject + test.last;
         EXPECT_EQ(Find(object, whole), "0+" + std::to_string(whole.size())) << test.pattern;
       }
+      EXPECT_EQ(Translated(object) != nullptr, test.isTranslated);
     }
   }
 }

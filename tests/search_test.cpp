@@ -7,16 +7,11 @@
 // at one.
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <functional>
 #include <ostream>
 #include <random>
-
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include <pthread.h>
-#endif
 
 #include "regexp/characters/character_set.h"
 #include "regexp/object/object_layout.h"
@@ -633,17 +628,6 @@ constexpr size_t kModelStack = 64 << 20;
 using Work = std::function<void()>;
 
 void RunInThread(size_t stackSize, Work work) {
-#ifdef _WIN32
-  const auto run = [](void* what) -> DWORD {
-    (*static_cast<Work*>(what))();
-    return 0;
-  };
-  const HANDLE thread =
-      CreateThread(nullptr, stackSize, run, &work, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
-  ASSERT_NE(thread, nullptr);
-  WaitForSingleObject(thread, INFINITE);
-  CloseHandle(thread);
-#else
   const auto run = [](void* what) -> void* {
     (*static_cast<Work*>(what))();
     return nullptr;
@@ -655,7 +639,18 @@ void RunInThread(size_t stackSize, Work work) {
   ASSERT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
   pthread_join(thread, nullptr);
   pthread_attr_destroy(&attributes);
-#endif
+}
+
+// Searches with no more stack than the header names for the limit.
+SearchAnswer AskWithinStack(Bench* bench) {
+  SearchAnswer answer;
+  bench->measuresStack = !kIsInstrumented;
+  RunInThread(kSmallStack, [&] { answer = bench->AskLibrary(); });
+  EXPECT_LE(
+      bench->stackTaken,
+      kStackPerLevel * static_cast<size_t>(bench->setting.limit / RegExpDepthShare) + kStackBeyond)
+      << bench->Describe().substr(0, 99);
+  return answer;
 }
 
 struct Hungry {
@@ -718,29 +713,24 @@ const Hungry kHungry[] = {
 }
 
 TEST(SearchTest, StackIsAsSaid) {
-  Bench bench;
-  bench.measuresStack = !kIsInstrumented;
   size_t known = 40000;
-  RunInThread(kSmallStack, [&] {
-    if (bench.measuresStack) {
+  RunInThread(kSmallStack, [&known] {
+    if (!kIsInstrumented) {
       PaintStack(true);
       TouchStack();
       known = PaintStack(false);
     }
   });
   EXPECT_TRUE(known >= 40000 && known < 42000) << known;
+  Bench bench;
   for (const Hungry& test : kHungry) {
     for (const int32_t limit : {kDefaultLimit, 1000, 40, 0}) {
       ASSERT_TRUE(bench.Compile(test.pattern, {"", 1, limit}));
       bench.Place(test.subject);
       SearchAnswer expected;
-      SearchAnswer answer;
       RunInThread(kModelStack, [&] { expected = bench.AskModel(); });
-      RunInThread(kSmallStack, [&] { answer = bench.AskLibrary(); });
-      EXPECT_EQ(bench.Show(answer), bench.Show(expected)) << test.pattern.substr(0, 40);
-      EXPECT_LE(bench.stackTaken,
-                kStackPerLevel * static_cast<size_t>(limit / RegExpDepthShare) + kStackBeyond)
-          << test.pattern.substr(0, 40) << " limit " << limit;
+      EXPECT_EQ(bench.Show(AskWithinStack(&bench)), bench.Show(expected))
+          << bench.Describe().substr(0, 99);
     }
   }
 }
@@ -764,15 +754,11 @@ TEST(SearchTest, AtomicRepetitionsAreGivenBack) {
 // Within the stack that the header names, and no more of it when that is used up.
 TEST(SearchTest, MegabyteOfAtomicRepetitions) {
   Bench bench;
-  bench.measuresStack = !kIsInstrumented;
   const auto expect = [&bench](const std::string& pattern, const std::string& subject,
                                const std::string& expected) {
     ASSERT_TRUE(bench.Compile(pattern, {}));
     bench.Place(subject);
-    SearchAnswer answer;
-    RunInThread(kSmallStack, [&] { answer = bench.AskLibrary(); });
-    EXPECT_EQ(bench.Show(answer), expected) << pattern;
-    EXPECT_LE(bench.stackTaken, kStackPerLevel * (kDefaultLimit / 4) + kStackBeyond);
+    EXPECT_EQ(bench.Show(AskWithinStack(&bench)), expected) << pattern;
   };
   const std::string words = Mixture(1 << 20);
   const std::string all = "0+" + std::to_string(words.size() + 1);
