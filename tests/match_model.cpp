@@ -174,15 +174,8 @@ class Matcher {
 
   uint32_t OptionsAfter(int32_t record) const { return static_cast<uint32_t>(program[record].b); }
 
-  struct Character {
-    int32_t value;
-    int32_t length;
-  };
-
-  Character Read(int32_t at, bool isUtf8) const {
-    const Utf8Character read = ReadUtf8(subject + at, subject + end);
-    return isUtf8 ? Character{static_cast<int32_t>(read.value), read.length}
-                  : Character{subject[at], 1};
+  Utf8Character Read(int32_t at, bool isUtf8) const {
+    return isUtf8 ? ReadUtf8(subject + at, subject + end) : Utf8Character{subject[at], 1};
   }
 
   const RegExpState& state;
@@ -249,6 +242,8 @@ class Matcher {
   struct Taken {
     int32_t bytes;
     int32_t reported;
+
+    Taken operator+(Taken more) const { return {bytes + more.bytes, reported + more.reported}; }
   };
 
   bool HasBytes(const uint8_t* bytes, int32_t count, int32_t at, uint32_t options) const {
@@ -270,7 +265,8 @@ class Matcher {
     }
     // The format counts for classes and types alone.
     const bool isUtf8 = state.characterFormat == 1 || (node.op != OpClass && node.op != OpCharType);
-    const Character character = Read(at, isUtf8);
+    const auto [read, length] = Read(at, isUtf8);
+    const auto value = static_cast<int32_t>(read);
     const int32_t folds = Has(options, RegExpOptionI) ? 1 : 0;
     switch (node.op) {
       case OpChar: {
@@ -285,26 +281,26 @@ class Matcher {
                      slot.length);
       }
       case OpClass:
-        return taken(InClass(&node, character.value, options), character.length);
+        return taken(InClass(&node, value, options), length);
       case OpCharType:
-        return taken(IsOfType(character.value, node.a, options), character.length);
+        return taken(IsOfType(value, node.a, options), length);
       case OpAnyByte:
         return taken(true, 1);
       case OpCodePoint:
-        return MatchPropertyItem(character.value, &node, folds) >= 0
-                   ? std::optional<Taken>(
-                         {character.length, Utf8Length(static_cast<uint32_t>(node.a))})
-                   : std::nullopt;
+        if (MatchPropertyItem(value, &node, folds) < 0) {
+          return std::nullopt;
+        }
+        return {{length, Utf8Length(static_cast<uint32_t>(node.a))}};
       case OpCategory:
       case OpRange:
       case OpScript:
-        return taken(MatchPropertyItem(character.value, &node, folds) >= 0, character.length);
+        return taken(MatchPropertyItem(value, &node, folds) >= 0, length);
       case OpGrapheme: {
-        int32_t after = at + character.length;
-        while (after < end && IsMark(Read(after, true).value)) {
+        int32_t after = at + length;
+        while (after < end && IsMark(static_cast<int32_t>(Read(after, true).value))) {
           after += Read(after, true).length;
         }
-        return taken(!IsMark(character.value), after - at);
+        return taken(!IsMark(value), after - at);
       }
       default:
         return std::nullopt;
@@ -333,35 +329,26 @@ class Matcher {
   }
 
   Result Repeat(const ProgramNode& node, const Times& times, int32_t at, const Scene& scene) {
-    struct Position {
-      int32_t at;
-      int32_t length;
-    };
-    const auto least = static_cast<size_t>(times.least);
-    std::vector<Position> positions = {{at, slots[0].length}};  // after none, one, two ... of them
-    const auto most = static_cast<size_t>(std::max(times.least, std::min(times.most, end - at)));
-    while (positions.size() <= most) {
-      const Position last = positions.back();
-      const std::optional<Taken> taken = Take(node, last.at, scene.options);
-      if (!taken) {
-        break;
+    const int32_t most = std::max(times.least, std::min(times.most, end - at));
+    std::vector<Taken> ways;  // by as many as are due, by one more ...
+    std::optional<Taken> all = Taken{0, slots[0].length};
+    for (int32_t count = 0; all && count <= most; ++count) {
+      if (count >= times.least) {
+        ways.push_back(*all);
       }
-      positions.push_back({last.at + taken->bytes, last.length + taken->reported});
+      const std::optional<Taken> one = Take(node, at + all->bytes, scene.options);
+      all = one ? std::optional<Taken>(*all + *one) : std::nullopt;
     }
-    if (positions.size() <= least) {
-      return kFail;
-    }
-    positions.erase(positions.begin(), positions.begin() + static_cast<ptrdiff_t>(least));
     if (!times.isLazy) {
-      std::reverse(positions.begin(), positions.end());
+      std::reverse(ways.begin(), ways.end());
     }
     const size_t mark = trail.size();
     --depth;
     Result result = kFail;
-    for (size_t i = 0; i < positions.size() && result != kOk; ++i) {
+    for (size_t i = 0; i < ways.size() && result != kOk; ++i) {
       Undo(mark);
-      SetLength(positions[i].length);
-      result = Match(times.next, positions[i].at, scene);
+      SetLength(ways[i].reported);
+      result = Match(times.next, at + ways[i].bytes, scene);
     }
     ++depth;
     return result == kOk ? kOk : kFail;
@@ -608,14 +595,14 @@ class Searcher : Matcher {
   int32_t FindLiteral(const ProgramNode& literal, bool folds, bool last) const {
     const auto byte = static_cast<uint8_t>(literal.a);
     const uint8_t* text = literal.op == OpChar ? &byte : regexp::RunOf(literal);
-    int32_t found = -1;
-    for (int32_t i = 0; i + LiteralLength(literal) <= windowEnd && (last || found < 0); ++i) {
-      const bool isHere = std::equal(
-          text, text + LiteralLength(literal), subject + i,
-          [folds](int32_t a, int32_t b) { return folds ? ToUpper(a) == ToUpper(b) : a == b; });
-      found = isHere ? i : found;
-    }
-    return found;
+    const uint8_t* textEnd = text + LiteralLength(literal);
+    const uint8_t* stop = subject + windowEnd;
+    const auto isSame = [folds](int32_t a, int32_t b) {
+      return folds ? ToUpper(a) == ToUpper(b) : a == b;
+    };
+    const uint8_t* found = last ? std::find_end(subject, stop, text, textEnd, isSame)
+                                : std::search(subject, stop, text, textEnd, isSame);
+    return found == stop ? -1 : static_cast<int32_t>(found - subject);
   }
 
   void FindLiterals(bool folds) {
