@@ -20,6 +20,7 @@
 #include "tests/pattern_model.h"
 #include "tests/pattern_object.h"
 #include "tests/program_checks.h"
+#include "vekch/regexp_help.h"
 #include "vekch/regexp_program.h"
 #include "vekch/vekch.h"
 
@@ -66,7 +67,7 @@ void CheckListing(PatternObject& bench, const std::string& row) {
       << row;
 }
 
-// A status, then patterns with a mark before the fault.
+// A status and a cause, then patterns with a mark before the fault.
 void CheckFaults(PatternObject& bench, const std::string& row) {
   static const std::map<std::string, vekStatus> kStatuses = {
       {"Escape", StatusRegExpEscapeError},
@@ -75,13 +76,17 @@ void CheckFaults(PatternObject& bench, const std::string& row) {
       {"Syntax", StatusRegExpSyntaxError},
       {"Quantifier", StatusRegExpQuantifierError}};
   const std::string mark = "\xE2\x96\xB2";
-  std::istringstream words(row);
-  std::string name;
-  words >> name;
+  const size_t comma = row.find(", ");
+  const size_t end = row.find(":  ");
+  std::istringstream words(row.substr(end + 1));
   for (std::string word; words >> word;) {
     const size_t position = word.find(mark);
-    ASSERT_EQ(bench.Compile(word.erase(position, mark.size())), kStatuses.at(name)) << word;
+    const vekStatus status = bench.Compile(word.erase(position, mark.size()));
+    ASSERT_EQ(status, kStatuses.at(row.substr(0, comma))) << word;
     EXPECT_EQ(bench.Offset(), static_cast<int32_t>(position)) << word;
+    EXPECT_EQ(vekRegExpFaultText(BytesOf(word), nullptr, status, bench.Offset()),
+              row.substr(comma + 2, end - comma - 2))
+        << word;
   }
 }
 

@@ -321,6 +321,10 @@ TEST(FaceTest, WhatIsRefused) {
   EXPECT_EQ(Pattern({"a\0b", 3}).fault().offset, 1u);
   EXPECT_EQ(Pattern("a", {"\0", 1}).fault().status, StatusRegExpOptionError);
   EXPECT_EQ(Pattern("a", "ix").fault().status, StatusNoError);
+  EXPECT_EQ(Pattern("a", "I").fault().cause, "unknown letter in the pattern options");
+  EXPECT_EQ(Pattern("# (\n)", "x").fault().cause, "unmatched )");
+  EXPECT_EQ(Pattern(Repeat("(", 1000) + Repeat(")", 1000)).fault().cause,
+            "more than 999 groups, or groups nested deeper than 999");
 
   const Pattern bad("\u00E9\t(?<name>x)");
   EXPECT_FALSE(bad);
@@ -347,57 +351,6 @@ TEST(FaceTest, WhatIsRefused) {
   EXPECT_EQ(nested.find("abababababc").status(), StatusRegExpMatchLimit);
   EXPECT_EQ(nested.clone().find("abababababc").status(), StatusRegExpMatchLimit);
   EXPECT_EQ(nested.replace("abababababc", "x").status, StatusRegExpMatchLimit);
-}
-
-// The cause of every kind of fault, by what lies at its position.
-TEST(FaceTest, CausesInWords) {
-  const struct {
-    const char* cause;
-    std::vector<const char*> patterns;
-  } rows[] = {
-      {"missing )", {"(a", "(?#a", "(?i"}},
-      {"unmatched )", {"a)", "(?<=a(b)[)])c)", "\\Q(?<=\\E)"}},
-      {"a look-behind has one fixed length and no back-reference",
-       {"(?<=a|(b)\\)[)]cd)", "(a)(?<!x\\1)"}},
-      {"a condition is a group's number or a look-around, with two alternatives at most",
-       {"(a)(?(1)a|b|c)"}},
-      {"a condition is a group's number or a look-around", {"(?(a)b)", "(?(12a)b)"}},
-      {"a condition's group has a number from 1 up", {"(?(0)b)", "(?()b)"}},
-      {"reference to a group that does not exist", {"(a)\\2"}},
-      {"named groups are not supported", {"(?<name>a)", "(?P<name>a)", "(?'name'a)"}},
-      {"groups that share their numbers are not supported", {"(?|a)"}},
-      {"recursion is not supported", {"(?R)", "(?1)", "(?P>n)"}},
-      {"callouts are not supported", {"(?C1)"}},
-      {"unknown letter after (?", {"(?u)"}},
-      {"unknown option letter", {"(?iu)"}},
-      {"missing ]", {"[a", "[]", "[\\Qa]"}},
-      {"unknown class name", {"[[:foo:]]"}},
-      {"the ends of a range are in the wrong order", {"[z-a]"}},
-      {"a range can't end with a class or a property", {"[a-\\d]"}},
-      {"a class without a member, or with ^ alone", {"[\\^]", "[\\Q\\E]"}},
-      {"nothing after a backslash", {"a\\", "a\\c"}},
-      {"\\x{ has up to eight hexadecimal digits and a } after them", {"\\x{12", "\\x{123456789}"}},
-      {"a property is one of the letters C L M N P S Z, or a name in braces", {"\\px"}},
-      {"a property negated twice", {"\\P{^L}"}},
-      {"missing } after a property's name", {"\\p{Lu"}},
-      {"unknown category or script", {"\\p{Lux}", "[\\p{Foo}]"}},
-      {"Unicode blocks are not supported", {"\\p{^InBasicLatin}"}},
-      {"nothing to repeat", {"*a", "a|{2}", "(?i)*"}},
-      {"a quantifier after a quantifier", {"a**", "a{2}{3}"}},
-      {"possessive quantifiers are not supported: write (?>...)", {"a*+"}},
-      {"a repetition is 65535 times at most", {"a{70000}", "a{1,99999999999}"}},
-      {"the bounds of a repetition are in the wrong order", {"a{3,2}"}},
-  };
-  for (const auto& [cause, patterns] : rows) {
-    for (const char* pattern : patterns) {
-      EXPECT_EQ(Pattern(pattern).fault().cause, std::string(cause)) << pattern;
-    }
-  }
-  EXPECT_EQ(std::string("unmatched )"), Pattern("# (\n)", "x").fault().cause);
-  EXPECT_EQ(std::string("unknown letter in the pattern options"), Pattern("a", "I").fault().cause);
-  const std::string deep = Repeat("(", 1000) + Repeat(")", 1000);
-  EXPECT_EQ(std::string("more than 999 groups, or groups nested deeper than 999"),
-            Pattern(deep).fault().cause);
 }
 
 // The C helper where elements run short, and where the pattern asks for one match only.
