@@ -22,42 +22,23 @@
 namespace vekch::test {
 namespace {
 
-// Control characters, and bytes that are no part of a UTF-8 character, as \\xHH.
-std::string Quoted(std::string_view text) {
-  std::string quoted = "\"";
-  for (size_t i = 0; i < text.size();) {
-    const auto* const byte = reinterpret_cast<const uint8_t*>(text.data() + i);
-    const auto length =
-        static_cast<size_t>(vekUtf8Length_(byte, static_cast<int32_t>(text.size() - i)));
-    char code[8];
-    snprintf(code, sizeof code, "\\x%02X", *byte);
-    quoted += *byte == '\n'   ? "\\n"
-              : *byte == '\t' ? "\\t"
-              : *byte < 0x20 || (length == 1 && *byte >= 0x80)
-                  ? code
-                  : std::string(text.substr(i, length));
-    i += length;
-  }
-  return quoted + "\"";
-}
-
-std::string Unquoted(std::string_view quoted) {
+// The bytes that a column means.
+std::string Unescaped(const std::string& column) {
   std::string text;
-  for (size_t i = 1; i + 1 < quoted.size(); ++i) {
-    if (quoted[i] != '\\') {
-      text += quoted[i];
-      continue;
-    }
-    ++i;
-    if (quoted[i] == 'x') {
-      text += static_cast<char>(std::stoi(std::string(quoted.substr(i + 1, 2)), nullptr, 16));
+  for (size_t i = 0; i < column.size(); ++i) {
+    if (column[i] != '\\') {
+      text += column[i];
+    } else if (column[++i] == 'x') {
+      text += static_cast<char>(std::stoi(column.substr(i + 1, 2), nullptr, 16));
       i += 2;
     } else {
-      text += quoted[i] == 'n' ? '\n' : quoted[i] == 't' ? '\t' : quoted[i];
+      text += column[i] == 'n' ? '\n' : column[i] == 't' ? '\t' : column[i];
     }
   }
   return text;
 }
+
+std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
 
 std::string Shown(const Matches& matches, size_t most) {
   std::string shown;
@@ -124,14 +105,16 @@ void Check(const std::string& kind, const std::string& line) {
   }
   pattern.set_bytes(bytes);
   ASSERT_GE(example.columns.size(), 2u);
-  const std::string text = Unquoted(example.columns[0]);
+  const std::string quoted = Unescaped(example.columns[0]);
+  const std::string text = quoted.substr(1, quoted.size() - 2);
   if (kind == "templates") {
     const Template replacement(example.replacement);
     EXPECT_EQ(replacement.ok() ? Quoted(pattern.replace_all(text, replacement).text) : "refused",
-              example.columns[1]);
+              Unescaped(example.columns[1]));
     return;
   }
-  EXPECT_EQ(Shown(pattern.find_all(text), kind == "differences" ? 1 : npos), example.columns[1]);
+  EXPECT_EQ(Shown(pattern.find_all(text), kind == "differences" ? 1 : npos),
+            Unescaped(example.columns[1]));
 }
 
 TEST(GuideTest, EveryExampleIsTrue) {

@@ -1,4 +1,2 @@
 // SPDX-License-Identifier: MIT
-#include "header_use.h"
-
-int main() { return UseHeader(); }
+#include "header_c99.c"
