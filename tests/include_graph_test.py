@@ -1,109 +1,25 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Which source takes in which: no circle, and between folders along the arrows of docs/house.dot.
+"""The checker of what sources take in: on small houses that break one rule each, then on ours."""
 
-A folder takes in what its arrows lead to, in one step or in more, and each arrow is there for
-something taken in. docs/house.svg is the picture of docs/house.dot. The checks are run first on
-small houses that break one rule each.
-"""
-
-import graphlib
 import pathlib
-import re
 import sys
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
-FOLDERS = ("frame", "strings", "unicode", "regexp", "include")
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "tools"))
+import include_graph
 
+GOOD = {"a/one.h": '#include "b/two.h"\n', "b/two.h": '#include "b/three.h"\n', "b/three.h": ""}
+DRAWN = {("a", "b")}
 
-def read_sources():
-    return {
-        str(path.relative_to(ROOT)): path.read_text(encoding="utf-8")
-        for folder in FOLDERS
-        for path in sorted((ROOT / folder).rglob("*"))
-        if path.suffix in (".h", ".cpp")
-    }
-
-
-def read_drawing(text):
-    """The arrows of a drawing: "a" -> "b" and "a" -> { "b" "c" }."""
-    arrows = set()
-    for tail, heads in re.findall(r'"([^"]+)" -> (\{[^}]*\}|"[^"]+")', text):
-        arrows |= {(tail, head) for head in re.findall(r'"([^"]+)"', heads)}
-    return arrows
-
-
-def read_picture(text):
-    titles = re.findall(r"<title>([^<]+)&#45;&gt;([^<]+)</title>", text)
-    return {tuple(name.replace("&#45;", "-") for name in title) for title in titles}
-
-
-def find_circle(arrows):
-    """The nodes of a circle, or None."""
-    sorter = graphlib.TopologicalSorter()
-    for tail, head in arrows:
-        sorter.add(tail, head)
-    try:
-        sorter.prepare()
-    except graphlib.CycleError as error:
-        return min(error.args[1])
-    return None
-
-
-def reach(arrows):
-    """The pairs that arrows lead from and to, in one step or in more."""
-    reached = set(arrows)
-    while True:
-        more = {(a, d) for a, b in reached for c, d in arrows if b == c} - reached
-        if not more:
-            return reached
-        reached |= more
-
-
-def find_flaws(sources, drawing, picture):
-    flaws = []
-    files = set()
-    for name, text in sources.items():
-        for taken in re.findall(r'^# *include "([^"]+)"', text, re.MULTILINE):
-            target = taken if taken in sources else "include/" + taken
-            if target not in sources:
-                flaws.append(f"{name} takes in {taken}, which is nowhere")
-            files.add((name, target))
-    folder = {name: name.rpartition("/")[0] for name in sources}
-    folders = {(folder[a], folder.get(b, "?")) for a, b in files if folder[a] != folder.get(b)}
-    for what, arrows in (("files", files), ("folders", folders)):
-        circle = find_circle(arrows)
-        if circle is not None:
-            flaws.append(f"a circle of {what} through {circle}")
-    flaws += [f"{a} takes in {b}, which is not drawn" for a, b in sorted(folders - reach(drawing))]
-    flaws += [f"{a} takes in nothing of {b}" for a, b in sorted(drawing - folders)]
-    if picture != drawing:
-        flaws.append("the picture is not made of the drawing")
-    return flaws
-
-
-def main():
-    good = {"a/one.h": '#include "b/two.h"\n', "b/two.h": '#include "b/three.h"\n', "b/three.h": ""}
-    drawn = {("a", "b")}
-    assert not find_flaws(good, drawn, drawn)
-    for third, arrows, picture, flaw in (
-        ('#include "b/two.h"\n', drawn, drawn, "a circle of files through b/t"),
-        ('#  include "a/one.h"\n', drawn, drawn, "a circle of folders through a"),
-        ('#include "b/five.h"\n', drawn, drawn, "b/three.h takes in b/five.h, which is nowhere"),
-        ("", set(), set(), "a takes in b, which is not drawn"),
-        ("", {("b", "c")} | drawn, {("b", "c")} | drawn, "b takes in nothing of c"),
-        ("", drawn, set(), "the picture is not made of the drawing"),
-    ):
-        flaws = find_flaws({**good, "b/three.h": third}, arrows, picture)
-        assert any(flaw in each for each in flaws), (flaw, flaws)
-
-    sources = read_sources()
-    drawing = read_drawing((ROOT / "docs" / "house.dot").read_text(encoding="utf-8"))
-    picture = read_picture((ROOT / "docs" / "house.svg").read_text(encoding="utf-8"))
-    flaws = find_flaws(sources, drawing, picture)
-    print("\n".join(flaws) or f"{len(sources)} sources, {len(drawing)} arrows between folders")
-    sys.exit(1 if flaws else 0)
-
-
-if __name__ == "__main__":
-    main()
+assert not include_graph.find_flaws(GOOD, DRAWN, DRAWN)
+for third, arrows, picture, flaw in (
+    ('#include "b/two.h"\n', DRAWN, DRAWN, "a circle of files through b/t"),
+    ('#  include "a/one.h"\n', DRAWN, DRAWN, "a circle of folders through a"),
+    ('#include "b/five.h"\n', DRAWN, DRAWN, "b/three.h takes in b/five.h, which is nowhere"),
+    ("", set(), set(), "a takes in b, which is not drawn"),
+    ("", {("b", "c")} | DRAWN, {("b", "c")} | DRAWN, "b takes in nothing of c"),
+    ("", DRAWN, set(), "the picture is not made of the drawing"),
+):
+    flaws = include_graph.find_flaws({**GOOD, "b/three.h": third}, arrows, picture)
+    assert any(flaw in each for each in flaws), (flaw, flaws)
+sys.exit(include_graph.main())

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Every link of the pages to a file of the tree, or to a heading in one, leads somewhere.
 
-links_test.py TREE
+check_links.py TREE
 """
 
 import pathlib
