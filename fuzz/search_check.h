@@ -27,16 +27,13 @@ inline bool CompareSearches(RegExpState* state, const RegExpState& program, cons
   }
   const Block<RegExpFindResult> results =
       MakeBlock<RegExpFindResult>(static_cast<size_t>(room) * sizeof(RegExpFindResult));
-  const auto isSame = [](const RegExpFindResult& a, const RegExpFindResult& b) {
-    return a.pointer == b.pointer && a.length == b.length;
-  };
   const auto* const records = reinterpret_cast<const char*>(state + 1);
   const std::string compiled(records, static_cast<size_t>(state->nodeCount) * sizeof(ProgramNode));
   for (int search = 0; search < searches; ++search) {
     int32_t count = room;
     const vekStatus status = veksRegExpFind_8u(bytes, length, state, results.get(), &count);
     Require(status == expected.status && count == expected.count &&
-                std::equal(expected.results.begin(), expected.results.end(), results.get(), isSame),
+                std::equal(expected.results.begin(), expected.results.end(), results.get()),
             "search " + std::to_string(search) + " with limit " +
                 std::to_string(state->matchLimit) + ": status " + std::to_string(status) +
                 ", not " + std::to_string(expected.status) + "; " + std::to_string(count) +

@@ -86,14 +86,17 @@ def limited(size=64 << 20):
 
 
 def open_terminal(test):
-    """Both ends of a pseudo-terminal; without any, the test is skipped."""
+    """Both ends of a pseudo-terminal, for the time of the test; without any it is skipped."""
     if OPTIONS.emulator:
         test.skipTest("no pseudo-terminal leads into the emulator")
     try:
         import pty
-        return pty.openpty()
+        ends = pty.openpty()
     except (ImportError, OSError) as error:
         test.skipTest(f"no pseudo-terminal: {error}")
+    for end in ends:
+        test.addCleanup(os.close, end)
+    return ends
 
 
 def main():

@@ -17,6 +17,10 @@
 #include "vekch/regexp_program.h"
 #include "vekch/vekch.h"
 
+inline bool operator==(const RegExpFindResult& a, const RegExpFindResult& b) {
+  return a.pointer == b.pointer && a.length == b.length;
+}
+
 namespace vekch::test {
 
 #ifdef VEKCH_TEST_INSTRUMENTED

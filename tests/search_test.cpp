@@ -64,7 +64,7 @@ class Bench {
     subject = subjects.AtStart();
     length = 0;
     for (int32_t i = 0; i < kSearchesToPlan; ++i) {
-      AskLibrary(usedObjects.State());
+      AskLibrary(usedObjects);
     }
     hasPlain = State()->requiredLiteralIndex >= 0 || State()->searchMode != 0;
     if (hasPlain) {
@@ -92,17 +92,15 @@ class Bench {
     std::memcpy(subject, bytes.data(), bytes.size());
   }
 
-  SearchAnswer AskModel(int64_t mostSteps = INT64_MAX) const {
-    return AskModel(*State(), mostSteps);
+  SearchAnswer AskModel() const { return AskModel(objects, INT64_MAX); }
+
+  SearchAnswer AskModel(const PatternObject& object, int64_t mostSteps) const {
+    return AnswerOfModel(*object.State(), subject, length, setting.room, mostSteps);
   }
 
-  SearchAnswer AskModel(const RegExpState& object, int64_t mostSteps) const {
-    return AnswerOfModel(object, subject, length, setting.room, mostSteps);
-  }
+  SearchAnswer AskLibrary() { return AskLibrary(objects); }
 
-  SearchAnswer AskLibrary() { return AskLibrary(State()); }
-
-  SearchAnswer AskLibrary(RegExpState* object) {
+  SearchAnswer AskLibrary(const PatternObject& object) {
     const RegExpFindResult unwritten = {subject, -77};
     auto* found = reinterpret_cast<RegExpFindResult*>(
         results.AtEnd(static_cast<size_t>(setting.room) * sizeof(RegExpFindResult)));
@@ -112,7 +110,7 @@ class Bench {
     if (measuresStack) {
       PaintStack(true);
     }
-    answer.status = veksRegExpFind_8u(subject, length, object, found, &answer.count);
+    answer.status = veksRegExpFind_8u(subject, length, object.State(), found, &answer.count);
     if (measuresStack) {
       stackTaken = PaintStack(false);
     }
@@ -137,7 +135,7 @@ class Bench {
   // Each object is to answer as the model does: a fresh one, one that was searched with before, and
   // one whose literals are not looked for. False if it is too much work for the model.
   bool CompareWithModel() {
-    const SearchAnswer expected = AskModel(kMostSteps);
+    const SearchAnswer expected = AskModel(objects, kMostSteps);
     if (expected.isComplete) {
       if (freshSearches++ == kSearchesToPlan - 1) {
         objects.Compile(pattern, setting.options.c_str());
@@ -145,10 +143,10 @@ class Bench {
         freshSearches = 1;
       }
       Expect(expected, AskLibrary(), "a fresh object");
-      Expect(expected, AskLibrary(usedObjects.State()), "a used object");
+      Expect(expected, AskLibrary(usedObjects), "a used object");
       if (hasPlain && setting.limit == kDefaultLimit && LiteralsOnlySpeedUp() &&
-          AskModel(*plainObjects.State(), kMostSteps).isComplete) {
-        Expect(expected, AskLibrary(plainObjects.State()), "an object without literals");
+          AskModel(plainObjects, kMostSteps).isComplete) {
+        Expect(expected, AskLibrary(plainObjects), "an object without literals");
       }
     }
     return expected.isComplete;
@@ -190,13 +188,8 @@ class Bench {
   }
 
   void Expect(const SearchAnswer& expected, const SearchAnswer& answer, const char* whose) const {
-    const auto isSame = [](const RegExpFindResult& a, const RegExpFindResult& b) {
-      return a.pointer == b.pointer && a.length == b.length;
-    };
     EXPECT_TRUE(answer.status == expected.status && answer.count == expected.count &&
-                (expected.status < 0 ||
-                 std::equal(answer.results.begin(), answer.results.end(), expected.results.begin(),
-                            expected.results.end(), isSame)))
+                answer.results == expected.results)
         << Describe() << " by " << whose << "\nexpected " << Show(expected) << "\nbut got  "
         << Show(answer);
   }

@@ -241,8 +241,6 @@ class Table(InFolder):
                 run(["-F", "two", "a"], environment=dict(environment, GREP_COLORS="ne"), stdout=terminal)
                 shown = os.read(controller, 1000)
                 self.assertEqual(shown, ((RED("two") if color else "two") + "\r\n").encode())
-            os.close(terminal)
-            os.close(controller)
 
     def test_progress(self):
         controller, terminal = open_terminal(self)
@@ -252,8 +250,6 @@ class Table(InFolder):
         self.assertEqual(done.stdout, b"2\n")
         shown = os.read(controller, 1000)
         self.assertEqual(shown, b"\rvekgrep: 0 MiB searched, now in (standard input)\33[K\r\33[K")
-        os.close(terminal)
-        os.close(controller)
 
     def test_folders_with_links(self):
         try:

@@ -120,9 +120,7 @@ class Table(unittest.TestCase):
     def test_terminal(self):
         controller, terminal = open_terminal(self)
         os.write(controller, b"ab\n\4")
-        with os.fdopen(terminal, "rb") as file:
-            done = run(["--upper"], file)
-        os.close(controller)
+        done = run(["--upper"], terminal)
         self.assertEqual(done.stdout, b"AB\n")
         self.assertEqual(done.stderr, b"vektext: reading what you type; end it by Ctrl-D\n")
 
