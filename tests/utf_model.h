@@ -99,28 +99,25 @@ inline Output ToBytes(const Input& in) {
 }
 
 // `x` says whether units are swapped, `y` is the capacity.
-inline constexpr Function kToUnits = {
-    "ToUnits",
-    [](Call& c) {
-      int32_t written = c.y;
-      const vekStatus status =
-          veksConvertUTF_8u16u(c.text, &c.length, reinterpret_cast<uint16_t*>(c.to), &written, c.x);
-      c.number = Both(c.length, written);
-      return status;
-    },
-    ToUnits};
+inline vekStatus ConvertToUnits(Call& c) {
+  int32_t written = c.y;
+  const vekStatus status =
+      veksConvertUTF_8u16u(c.text, &c.length, reinterpret_cast<uint16_t*>(c.to), &written, c.x);
+  c.number = Both(c.length, written);
+  return status;
+}
 
-inline constexpr Function kToBytes = {"ToBytes",
-                                      [](Call& c) {
-                                        c.length /= 2;
-                                        int32_t written = c.y;
-                                        const vekStatus status = veksConvertUTF_16u8u(
-                                            reinterpret_cast<const uint16_t*>(c.text), &c.length,
-                                            c.to, &written, c.x);
-                                        c.number = Both(c.length, written);
-                                        return status;
-                                      },
-                                      ToBytes};
+inline vekStatus ConvertToBytes(Call& c) {
+  const auto* units = reinterpret_cast<const uint16_t*>(c.text);
+  int32_t read = c.length / 2;
+  int32_t written = c.y;
+  const vekStatus status = veksConvertUTF_16u8u(units, &read, c.to, &written, c.x);
+  c.number = Both(read, written);
+  return status;
+}
+
+inline constexpr Function kToUnits = {"ToUnits", ConvertToUnits, ToUnits};
+inline constexpr Function kToBytes = {"ToBytes", ConvertToBytes, ToBytes};
 
 }  // namespace vekch::test
 
