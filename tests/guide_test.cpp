@@ -13,6 +13,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -62,32 +63,19 @@ struct Example {
   std::vector<std::string> columns;  // the text first
 };
 
-// The slash that ends the pattern is the one with options, spaces and a column after it.
+// The slash that ends the pattern is the first one with options, spaces and a column after it.
 Example Read(const std::string& line) {
-  Example example;
-  const bool replaces = line[0] == 's';
-  size_t end = line.find('/');
-  size_t next;
-  do {
-    end = line.find('/', end + 1);
-    next = end == npos ? npos : line.find_first_not_of("gimsxb", end + 1);
-  } while (next != npos && line.compare(next, 2, "  ") != 0);
-  EXPECT_NE(next, npos) << line;
-  if (next == npos) {
-    return example;
-  }
-  const size_t start = line.find('/') + 1;
-  const std::string body = line.substr(start, end - start);
-  const size_t middle = replaces ? body.rfind('/') : npos;
-  example.pattern = body.substr(0, middle);
-  example.replacement = replaces ? body.substr(middle + 1) : "";
-  example.options = line.substr(end + 1, next - end - 1);
-  while (next < line.size()) {
-    const size_t from = line.find_first_not_of(' ', next);
-    next = std::min(line.find("  ", from + 1), line.size());
-    example.columns.push_back(line.substr(from, next - from));
-  }
-  return example;
+  static const std::regex kForm("(s?)/(.*?)/([gimsxb]*) {2,}(.*)");
+  static const std::regex kGap(" {2,}");
+  std::smatch parts;
+  EXPECT_TRUE(std::regex_match(line, parts, kForm)) << line;
+  const std::string body = parts.str(2);
+  const std::string columns = parts.str(4);
+  const size_t middle = parts.str(1).empty() ? npos : body.rfind('/');
+  return {body.substr(0, middle),
+          middle == npos ? "" : body.substr(middle + 1),
+          parts.str(3),
+          {std::sregex_token_iterator(columns.begin(), columns.end(), kGap, -1), {}}};
 }
 
 void Check(const std::string& kind, const std::string& line) {

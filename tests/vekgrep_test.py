@@ -483,12 +483,6 @@ class Buffers(InFolder):
             content = b"\0" + b"x" * before + needle + b"y" * buffer
             self.expect_like_model(content, needle, before)
 
-    def test_case_folding_in_every_place(self):
-        text = b"".join(b"%s\n" % bytes((c,)) * 3 for c in range(1, 256) if c != 10)
-        for letter in "k@[`{Z":
-            expected = 6 if letter.isalpha() else 3
-            self.assertEqual(run(["-Fic", letter], text).stdout, b"%d\n" % expected, letter)
-
     def test_line_that_is_too_long(self):
         for content, output, message, status in (
                 (b"x", b"first\n", rb"vekgrep: \(standard input\): a line is longer than 256 MiB; .*\n", 2),
