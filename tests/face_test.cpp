@@ -188,19 +188,9 @@ TEST(FaceTest, AllMatchesInTheirContext) {
       "(a*)b?",  "(?=(b))", "\\w+$", ".",    "x*?", "(?<!a).",  "$",       "|a$",
       "\\x{E9}", "[^a]",    "(a)?",  "\\Bb", "|bb", "(?=a$)a|", "(?:)",    "a(?!b)|",
   };
-  const std::vector<const char*> texts = {"",
-                                          "a",
-                                          "b",
-                                          "ab",
-                                          "ba",
-                                          "aab ba",
-                                          "a\nb\n",
-                                          "\u00E9",
-                                          "a\u00E9b",
-                                          "\u20AC\u00E9 a",
-                                          "aaaaabbbbbab bb"};
   for (const char* pattern : patterns) {
-    for (const char* text : texts) {
+    for (const char* text : {"", "a", "b", "ab", "ba", "aab ba", "a\nb\n", "\u00E9", "a\u00E9b",
+                             "\u20AC\u00E9 a", "aaaaabbbbbab bb"}) {
       for (const bool bytes : {false, true}) {
         SCOPED_TRACE(std::string(pattern) + " on " + text + (bytes ? " as bytes" : ""));
         Pattern all(pattern);

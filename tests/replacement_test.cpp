@@ -23,7 +23,7 @@ std::string Read(const uint8_t* p, size_t length) {
 
 struct Template {
   const char* text;
-  const char* items;  // literal text and "<group>", with "|" between; null if it is refused
+  const char* items;  // literal text and "<group>", with "|" between
 };
 
 const Template kTemplates[] = {
@@ -50,17 +50,10 @@ const Template kTemplates[] = {
     {"a\\\\$&\\", "a|<0>"},
     {"$1\\0", "<1>|0"},
     {"\\&", "&"},
-    // What a "$" may not have after it.
-    {"$", nullptr},
-    {"a$", nullptr},
-    {"$x", nullptr},
-    {"$0", nullptr},
-    {"$00", nullptr},
-    {"$&$", nullptr},
-    {"$$", nullptr},
-    {"$\\1", nullptr},
-    {"$ 1", nullptr},
 };
+
+// What a "$" may not have after it.
+const char* const kRefused[] = {"$", "a$", "$x", "$0", "$00", "$&$", "$$", "$\\1", "$ 1"};
 
 // A template in a block of just the size that it asks for.
 class ReplaceState {
@@ -97,19 +90,14 @@ std::string Show(const Items& items) {
   return shown;
 }
 
+constexpr uint32_t kUntouched = 0x01010101u * kUnwritten;
+
 TEST(ReplacementTest, TemplatesAreReadAsItems) {
   for (const Template& one : kTemplates) {
     SCOPED_TRACE(one.text);
     const ReplaceState state(one.text);
     const auto model = ReadTemplate(one.text);
-    const uint32_t untouched = 0x01010101u * kUnwritten;
-    EXPECT_EQ(state->unused, untouched);
-    if (one.items == nullptr) {
-      EXPECT_EQ(state.status, StatusRegExpFormatError);
-      EXPECT_EQ(state->itemCount, untouched);
-      EXPECT_FALSE(model);
-      continue;
-    }
+    EXPECT_EQ(state->unused, kUntouched);
     ASSERT_EQ(state.status, StatusNoError);
     EXPECT_EQ(state->items, reinterpret_cast<const ReplaceItem*>(state.Get() + 1));
     Items items;
@@ -119,6 +107,15 @@ TEST(ReplacementTest, TemplatesAreReadAsItems) {
     }
     EXPECT_EQ(Show(items), one.items);
     EXPECT_EQ(Show(*model), one.items);
+  }
+}
+
+TEST(ReplacementTest, TemplatesAreRefused) {
+  for (const char* text : kRefused) {
+    const ReplaceState state(text);
+    EXPECT_EQ(state.status, StatusRegExpFormatError) << text;
+    EXPECT_TRUE(state->unused == kUntouched && state->itemCount == kUntouched) << text;
+    EXPECT_FALSE(ReadTemplate(text)) << text;
   }
 }
 
@@ -178,9 +175,6 @@ class ReplaceTest : public testing::Test {
     for (const char* options : {"", "g"}) {
       const PatternObject object(pattern, options, 1, limit);
       for (const Template& one : kTemplates) {
-        if (one.items == nullptr) {
-          continue;
-        }
         const ReplaceState replaceState(one.text);
         const Items items = *ReadTemplate(one.text);
         for (const std::string& subject : subjects) {
