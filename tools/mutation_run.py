@@ -8,7 +8,7 @@ scripts/mutate [--seed N] [--count N] [--file PART] [--mutant N] [--excused] [--
 --count N    about so many mutants
 --file PART  only in files whose path contains this
 --mutant N   this one alone, against every test that reaches it, and what the tests say
---excused    those too that tests/mutants_excused.txt holds, and whether one of them is caught
+--excused    those too that tools/mutants_excused.txt holds, and whether one of them is caught
 --keep       takes the programs as they were built last
 --jobs N     so many processes at a time, otherwise as many as processors
 
@@ -37,7 +37,7 @@ import mutants
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build" / "mutate"
 TREE = WORK / "tree"
-EXCUSED = ROOT / "tests" / "mutants_excused.txt"
+EXCUSED = ROOT / "tools" / "mutants_excused.txt"
 PROGRAMS = ("vekch_tests", "vekch_internal_tests")
 # Blocks of 2 GiB take long, and find what depends on their size alone.
 LEFT_OUT = ("SizeTest.",)
