@@ -230,8 +230,8 @@ class SizeTest : public testing::Test {
     EXPECT_EQ(Ends(to, length), ends);
   }
 
-  // Needles of every way, up to the whole text and one byte more: its end, its beginning, and one
-  // that misleads, with a byte that is nowhere in the text.
+  // Needles of every way, up to the whole text and one byte more: its end, its beginning, one that
+  // misleads, with a byte that is nowhere in the text, and one that is easily passed over.
   void FindNeedles() {
     Put({{0, 'a'}, {-1, 'z'}});
     constexpr int32_t kLengths[] = {1,   2,   3,     4,     15,      16,      17,    64,
@@ -244,6 +244,9 @@ class SizeTest : public testing::Test {
       ExpectNumber(-1, veksFind_8u, text, kMost, zeros, n);
       ExpectNumber(-1, veksFindRev_8u, text, kMost, zeros, n);
       zeros[n / 2] = 0;
+      const int32_t letter = n == 1 ? 0 : -1;
+      ExpectNumber(letter, veksFind_8u, text, kMost, Terminated() - n, n);
+      ExpectNumber(letter, veksFindRev_8u, text, kMost, Terminated() - n, n);
     }
     ExpectNumber(-1, veksFind_8u, text, kLast, text, kMost);
     ExpectNumber(-1, veksFindRev_8u, text, kLast, text, kMost);
