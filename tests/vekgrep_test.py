@@ -348,7 +348,7 @@ class Threads(InFolder):
         chance = random.Random(8)
         for i in range(few(400)):
             os.makedirs(f"many/{i % 7}", exist_ok=True)
-            size = chance.choice((0, 3, 100, 100, 60000))
+            size = chance.choice((0, 3, 100, 100, 100, 100, 100, 60000))
             lines = [b"%d two %d\n" % (i, n) if chance.random() < 0.5 else b"none\n" for n in range(size)]
             self.write(f"many/{i % 7}/{i}", b"".join(lines) + chance.choice((b"", b"\0two\n", b"end")))
         table = ("-rn two", "-rnC1 ^9\\d+", "-rn --limit 0 two", "-rc two", "-rl two", "-rL two",

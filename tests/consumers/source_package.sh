@@ -2,14 +2,16 @@
 # SPDX-License-Identifier: MIT
 
 # Usage: source_package.sh BUILD_FOLDER WORK_FOLDER
-# Makes the source package, builds it as a stranger does, without a preset, installs it into
-# folders of unusual names, one of them with its whole path, and takes it in from there.
+# Makes the source package, builds it as a stranger does, without a preset (but so that it takes
+# less long), installs it into folders of unusual names, one of them with its whole path, and takes
+# it in from there.
 set -eu
 here=$(dirname "$0")
 rm -rf "$2"
 "$CPACK" -B "$2" --config "$1/CPackSourceConfig.cmake"
 tar -xf "$2"/vekch-*-source.tar.gz -C "$2"
 "$CMAKE" -S "$2"/vekch-*-source -B "$2/build" -G 'Unix Makefiles' \
+  -DCMAKE_CXX_FLAGS_RELEASE=-O0 -DCMAKE_C_FLAGS_RELEASE=-O0 \
   -DCMAKE_INSTALL_PREFIX="$2/prefix" -DCMAKE_INSTALL_INCLUDEDIR=inc/x \
   -DCMAKE_INSTALL_LIBDIR="$2/elsewhere/lib"
 "$CMAKE" --build "$2/build"

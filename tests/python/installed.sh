@@ -17,6 +17,7 @@ if [ -z "$python" ]; then
 fi
 rm -rf "$3/site" "$3/tests"
 trap 'rm -rf "$2/build" "$2/vekch.egg-info"' EXIT
+export CMAKE_BUILD_TYPE=Debug  # takes less long to compile
 "$python" -m pip install --no-build-isolation --no-deps --no-index --disable-pip-version-check -q \
   --root-user-action=ignore --no-cache-dir --target "$3/site" "$2"
 cp -r "$2/tests" "$3/tests"
