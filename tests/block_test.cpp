@@ -29,12 +29,14 @@ vekStatus Copy(Call& c) {
   return StatusNoError;
 }
 
-// Two blocks that share what the first learns of the cache.
-vekStatus CopyInTwo(Call& c) {
+// Once more with what was learnt of the cache, as if that were a small one.
+vekStatus CopyTwice(Call& c) {
   kernels::CacheAnswer cache;
-  const int32_t half = c.length / 2;
-  kernels::Copy(c.text, c.to, half, &cache);
-  kernels::Copy(c.text + half, c.to + half, c.length - half, &cache);
+  kernels::Copy(c.text, c.to, c.length, &cache);
+  EXPECT_EQ(cache.known, c.length - Head(c) >= kernels::kLargeBlock);
+  cache.budget = 1;
+  std::fill_n(c.to, c.length, uint8_t{'.'});
+  kernels::Copy(c.text, c.to, c.length, &cache);
   return StatusNoError;
 }
 
@@ -45,6 +47,13 @@ vekStatus Move(Call& c) {
 
 vekStatus Fill(Call& c) {
   kernels::Fill(0xC5, c.to, c.length);
+  return StatusNoError;
+}
+
+vekStatus FillForSmallCache(Call& c) {
+  const int32_t head = Head(c);
+  std::fill_n(c.to, head, uint8_t{0xC5});
+  kernels::FillForCache(0xC5, c.to + head, c.length - head, 1);
   return StatusNoError;
 }
 
@@ -64,11 +73,12 @@ vekStatus FillPastCache(Call& c) {
 
 const Function kKernels[] = {
     {"Copy", Copy, Copied},
-    {"CopyInTwo", CopyInTwo, Copied},
+    {"CopyTwice", CopyTwice, Copied},
     {"Move", Move, Copied, kAnyPosition},
     {"Fill", Fill, Filled},
     {"CopyPastCache", CopyPastCache, Copied},
     {"FillPastCache", FillPastCache, Filled},
+    {"FillForSmallCache", FillForSmallCache, Filled},
 };
 
 TEST(BlockTest, EveryLengthAndMisalignment) {

@@ -113,8 +113,7 @@ TEST(TakenTest, FindAnyOf) {
   }
 }
 
-// A fill asks the processor itself, so that what it does differs from one to the next.
-TEST(TakenTest, Copy) {
+TEST(TakenTest, BlocksPastTheCache) {
   const std::string from(700000, 'x');
   std::string to(from.size() + 8192, ' ');
   kernels::CacheAnswer small = {true, 1 << 20};
@@ -130,6 +129,13 @@ TEST(TakenTest, Copy) {
   Expect("copy past the cache", true, copy(0, 600000, &small));
   Expect("copy past the cache", false, copy(0, 600000, &large));
   Expect("copy past the cache", false, copy(0, 500000, &small));
+  const auto fill = [&](int32_t length, uint32_t cacheSize) {
+    auto* const begin = reinterpret_cast<uint8_t*>(&to[0]);
+    return [=] { kernels::FillForCache('x', begin, length, cacheSize); };
+  };
+  Expect("fill past the cache", true, fill(600000, 600000));
+  Expect("fill past the cache", false, fill(600000, 600001));
+  Expect("fill past the cache", false, fill(500000, 400000));
   Expect("copy from the end", true, copy(100, 8192, &small));
   Expect("copy from the end", false, copy(400, 8192, &small));
   Expect("copy from the end", false, copy(100, 4000, &small));
@@ -174,6 +180,8 @@ TEST(TakenTest, Searches) {
       {"exact matcher", "\\w+ing", "walking"},
       {"fast matcher that gave up", "(?:ab)*c", Repeat("ab", 2000) + "c"},
       {"fast matcher that gave up", "(?:ab)*c", Repeat("ab", 200) + "c", false},
+      {"many frames", "(a|a)*[bc]", Repeat("a", 25), true, "", 0, 8000},
+      {"many frames", "(a|a)*[bc]", Repeat("a", 25), false, "", 0, 7999},
       {"memory of failures", "(a|a)*[bc]", Repeat("a", 25)},
       {"memory of failures", "(a|a)*[bc]", Repeat("a", 4), false},
   };

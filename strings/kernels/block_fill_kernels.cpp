@@ -6,6 +6,7 @@
 #include "strings/kernels/block_kernels.h"
 #include "strings/kernels/cache_budget.h"
 #include "strings/kernels/store_steps.h"
+#include "strings/kernels/taken.h"
 
 namespace vekch::kernels {
 namespace {
@@ -33,16 +34,22 @@ VEK_INLINE void FillThroughCache(const RepeatedByte& supply, uint8_t* destinatio
 // Out of line, so that other fills pay for no stack frame.
 VEK_KERNEL __attribute__((noinline)) void FillLarge(uint8_t value, uint8_t* destination,
                                                     int32_t length) {
-  if (FillStreams(length, CacheSize(ReadCpuLeaves(kDescriptorLeaf, AskThisCpu)))) {
+  FillForCache(value, destination, length, CacheSize(ReadCpuLeaves(kDescriptorLeaf, AskThisCpu)));
+}
+
+}  // namespace
+
+VEK_KERNEL void FillForCache(uint8_t value, uint8_t* destination, int32_t length,
+                             uint32_t cacheSize) {
+  if (FillStreams(length, cacheSize)) {
     FillPastCache(value, destination, length);
   } else {
     FillThroughCache(RepeatedByte(value), destination, length);
   }
 }
 
-}  // namespace
-
 VEK_KERNEL void FillPastCache(uint8_t value, uint8_t* destination, int32_t length) {
+  VEKCH_TAKEN("fill past the cache");
   const RepeatedByte supply(value);
   const ptrdiff_t at = StreamBlocks(supply, destination, 0, length);
   StoreFence();

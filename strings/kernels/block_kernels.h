@@ -30,6 +30,8 @@ void Fill(uint8_t value, uint8_t* destination, int32_t length);
 // hand. The destination is aligned to 16.
 void CopyPastCache(const uint8_t* source, uint8_t* destination, int32_t length);
 void FillPastCache(uint8_t value, uint8_t* destination, int32_t length);
+// Past a cache of that size or through it, as Fill does with what is large.
+void FillForCache(uint8_t value, uint8_t* destination, int32_t length, uint32_t cacheSize);
 
 }  // namespace vekch::kernels
 
