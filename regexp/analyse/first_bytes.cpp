@@ -10,8 +10,6 @@
 namespace vekch::regexp {
 namespace {
 
-constexpr int32_t kMostRounds = 8;
-
 // Follows every way through the program at once, a byte at a time. For each record there is a set
 // of bits that says how it can have been reached: bit n where n bytes of a string, or n
 // repetitions, have been consumed by it already; bit 0 else.
@@ -31,7 +29,7 @@ class PrefilterMaker {
     now[0] = 1;
     MarkAlternatives(topLevel);
     int32_t window = 0;
-    while (window < kMostWindow) {
+    for (;;) {
       Clear(next);
       ends = false;
       isUnknown = false;
@@ -40,7 +38,8 @@ class PrefilterMaker {
       if (mayBeWithin) {
         AddWithin();
       }
-      if (!Close() || ends || isUnknown) {
+      Close();
+      if (ends || isUnknown) {
         break;
       }
       CountLevels();
@@ -71,9 +70,9 @@ class PrefilterMaker {
   }
 
   // The epsilon closure: marks what is reached without a byte until nothing changes. Only repeated
-  // groups lead back.
-  bool Close() {
-    for (int32_t round = 0; round < kMostRounds; ++round) {
+  // groups lead back, to where each is entered: a second round adds no more than a first one.
+  void Close() {
+    do {
       changed = false;
       for (int32_t i = 0; i < walk.count && !ends && !isUnknown; ++i) {
         if (now[i] != 0) {
@@ -82,11 +81,7 @@ class PrefilterMaker {
         i += walk.nodes[i].op == OpClass ? walk.nodes[i].b : 0;
       }
       ends = ends || now[walk.count] != 0;
-      if (!changed) {
-        return true;
-      }
-    }
-    return false;
+    } while (changed);
   }
 
   // A record takes a level, and its repetition one more. Without a byte, the records of a repeated
@@ -265,15 +260,9 @@ class PrefilterMaker {
         AddAll(0, 256);
         return;
       case OpCharType:
-      case OpClass: {
-        const CharacterSet* const set = SetOf(node);
-        if (set == nullptr) {
-          isUnknown = true;
-          return;
-        }
-        AddSet(node, *set);
+      case OpClass:  // one without a set has left no room for a plan
+        AddSet(node, *SetOf(node));
         return;
-      }
       case OpGrapheme:  // what belongs to one may begin with any byte that no character is
         AddAll(0, 256);
         within = WideBytes::All();

@@ -95,11 +95,10 @@ class PlanMaker {
     return true;
   }
 
-  // The anchor before a leading ".*".
+  // The anchor before a leading ".*", which nothing repeats.
   bool BeginsLine() {
     return walk.count > 0 && walk.nodes[0].op == OpAssert &&
-           walk.nodes[0].a == RegExpAssertLineStart && walk.QuantifierAt(1) == nullptr &&
-           Use(SearchPlan::kLineStart, kSlackLevels);
+           walk.nodes[0].a == RegExpAssertLineStart && Use(SearchPlan::kLineStart, kSlackLevels);
   }
 
   bool UseLiteral(int32_t index, int32_t distance, int32_t passes) {
@@ -118,15 +117,15 @@ class PlanMaker {
     return IsExactLiteral(first) && UseLiteral(first, 0, passes);
   }
 
-  // "(?<=x)" with a literal of as many bytes as characters.
+  // "(?<=x)" with a literal of as many bytes as characters. Its quantifier would leave no record.
   bool UseLiteralBefore() {
     if (walk.count < 3 || walk.nodes[0].op != OpLookbehind || walk.nodes[0].b != 1 ||
-        walk.QuantifierAt(3) != nullptr || !IsExactLiteral(1)) {
+        !IsExactLiteral(1)) {
       return false;
     }
     const ProgramNode& literal = walk.nodes[1];
     const int32_t length = literal.op == OpString ? literal.b : 1;
-    return length == walk.nodes[0].c && IsAscii(literal) && UseLiteral(1, -length, 2);
+    return IsAscii(literal) && UseLiteral(1, -length, 2);
   }
 
   static bool IsAscii(const ProgramNode& literal) {
@@ -234,10 +233,10 @@ class PlanMaker {
       }
       return literal.length;
     }
-    const CharacterSet* const set = HasSet(node) ? SetOf(node) : nullptr;
-    if (set == nullptr) {
+    if (!HasSet(node)) {
       return 0;
     }
+    const CharacterSet* const set = SetOf(node);  // a class without one has left no room for a plan
     isExact = isExact && set->wide == Wide::kOutside;
     for (int32_t value = 0; value < 256; ++value) {
       const bool isWide = value >= 0x80 && set->wide != Wide::kOutside;
@@ -294,7 +293,7 @@ class PlanMaker {
     int32_t passes = 0;
     const int32_t group = walk.SkipPassed(0, &passes);
     int32_t next = FactsOf(state)->firstAlternative;
-    if (next == 0 && group < walk.count && IsOpening(walk.nodes[group])) {
+    if (next == 0) {
       next = FirstAlternativeOf(walk.nodes[group]);
       use(group + 1);
     } else {
@@ -381,13 +380,14 @@ class PlanMaker {
   }
 
   // An endless run of bytes first, which has the fewer ends the later it begins: where
-  // none of them leads on, none does for a start further along the run.
+  // none of them leads on, none does for a start further along the run. A program that has a window
+  // takes a byte, and no opening is the last record.
   bool BeginsWithRun() const {
     int32_t i = 0;
-    while (i < walk.count && IsPlainGroup(walk.nodes[i]) && walk.IsPassed(i)) {
+    while (IsPlainGroup(walk.nodes[i]) && walk.IsPassed(i)) {
       ++i;
     }
-    const CharacterSet* const set = i < walk.count ? walk.SetAt(i) : nullptr;
+    const CharacterSet* const set = walk.SetAt(i);
     const ProgramNode* const quantifier =
         set == nullptr ? nullptr : walk.QuantifierAt(walk.AfterAtom(i));
     return quantifier != nullptr && quantifier->a == 1 && quantifier->b == RegExpUnbounded &&
@@ -437,7 +437,7 @@ const SearchPlan* PlanFor(RegExpState* state, int32_t length) {
   constexpr int64_t kScratch = 2 * (kMostRecords + 1);
   static_assert(kScratch >= kPairHashes && kScratch >= 256);
   FreeRoom room(state);
-  if (state->nodeCount > kMostRecords || facts->freeFrom == 0 ||
+  if (state->nodeCount > kMostRecords ||
       room.Size() < static_cast<int64_t>(sizeof(SearchPlan)) + kScratch) {
     facts->planless = kNeverPlanned;
     return nullptr;

@@ -94,7 +94,7 @@ struct ItemGroup {
 
 ItemGroup GroupAt(const ProgramNode* item) {
   const bool isByteItem = item->op == OpChar || item->op == OpClassRange;
-  if (isByteItem && item->c != 0 && item->ptr != 0) {
+  if (isByteItem && item->ptr != 0) {
     return {item, static_cast<int32_t>(item->ptr), true};
   }
   return {item, 1, false};

@@ -128,7 +128,9 @@ int32_t ParseName(const Escape& escape) {
     *escape.position += 3;
     return 0;
   }
-  return *name == 'I' ? ParseBlockThenScript(escape) : ParseScript(escape);
+  return *name == 'I'
+             ? ParseBlockThenScript(escape)
+             : ParseScriptName(escape.position, escape.nodes, escape.nodeCount, escape.negated);
 }
 
 int32_t ParseBraced(Escape escape) {

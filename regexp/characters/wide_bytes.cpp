@@ -45,7 +45,7 @@ bool AddItem(const ProgramNode& item, bool caseless, WideBytes* bytes) {
       AddRange(item.a, item.b, bytes);
       return !isNegatedName;
     case OpCharType:
-      return !isNegatedName && ShorthandSet(item.a, 0).wide == Wide::kOutside;
+      return ShorthandSet(item.a, 0).wide == Wide::kOutside;
     case OpCodePoint:
       AddRange(item.a, item.a, bytes);
       return !caseless;
@@ -67,7 +67,7 @@ WideBytes WideBytesOf(const ProgramNode& atom) {
   WideBytes bytes = {0, 0};
   bool isKnown = true;
   if (atom.op == OpClass) {
-    const bool caseless = SetOf(atom) == nullptr || IsCaseless(SetOf(atom)->options);
+    const bool caseless = IsCaseless(SetOf(atom)->options);
     isKnown = atom.a == 0;
     for (int32_t i = 1; i < AtomSize(atom) && isKnown; ++i) {
       isKnown = AddItem((&atom)[i], caseless, &bytes);

@@ -11,9 +11,7 @@ namespace vekch::regexp {
 
 bool AcceptsWide(const ProgramNode& atom, int32_t codePoint) {
   if (HasSet(atom)) {
-    const CharacterSet& set = *SetOf(atom);
-    return set.wide == Wide::kInside ||
-           (set.wide == Wide::kMixed && InClass(codePoint, atom, IsCaseless(set.options)));
+    return InClass(codePoint, atom, IsCaseless(SetOf(atom)->options));
   }
   return atom.op == OpCategory ? InCategorySet(codePoint, CategoriesOf(atom))
                                : MatchPropertyItem(codePoint, &atom, 0) >= 0;

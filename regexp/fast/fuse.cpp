@@ -115,7 +115,7 @@ class FixedBytes {
       case FastCode::kLazySet:
         return op.run.minimum == op.run.maximum && AddPositions(PositionOf(op), op.run.minimum);
       case FastCode::kOpen:
-        return Open(op);
+        return Open();
       case FastCode::kClose:
         return Close(op);
       case FastCode::kEnterLoop:
@@ -155,17 +155,17 @@ class FixedBytes {
     return true;
   }
 
-  bool Open(const FastOp& op) {
+  bool Open() {
     if (openCount == kMostOpen) {
       return false;
     }
-    openSerials[openCount] = op.serial;
     openBegins[openCount++] = count;
     return true;
   }
 
+  // Groups end in the order that they are in one another.
   bool Close(const FastOp& op) {
-    if (openCount == 0 || openSerials[openCount - 1] != op.serial || closed == kMostCaptures) {
+    if (openCount == 0 || closed == kMostCaptures) {
       return false;
     }
     captures[closed++] = {op.end.slot, static_cast<uint8_t>(op.flags & kIsUndone),
@@ -204,7 +204,6 @@ class FixedBytes {
   int32_t next = 0;
   int32_t closed = 0;
   int32_t charged = 0;
-  int64_t openSerials[kMostOpen] = {};
   int32_t openBegins[kMostOpen] = {};
   int32_t openCount = 0;
   const FastOp* repeated = nullptr;  // where its repetitions began

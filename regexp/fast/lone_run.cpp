@@ -60,9 +60,9 @@ class RunFinder {
       case RunEnd::kTextEnd:
         return at == limit;
       case RunEnd::kTextEndOrNewline:
-        return at == limit || (limit - at == 1 && *at == kNewline);
+        break;
     }
-    return false;
+    return at == limit || (limit - at == 1 && *at == kNewline);
   }
 
   // Whether there is room for another match.
@@ -124,18 +124,19 @@ class RunFinder {
     return true;
   }
 
-  // One match at most: what ends where the text does, or before its last newline.
+  // One match at most: what ends where the text does, or before its last newline, which is no
+  // member of a run before an end.
   void FindLast(const uint8_t* at, const TableSet& table) {
     const uint8_t* to = limit;
-    const bool passesNewline = run.end == RunEnd::kTextEndOrNewline && to > at &&
-                               to[-1] == kNewline && table.member[kNewline] == 0;
+    const bool passesNewline =
+        run.end == RunEnd::kTextEndOrNewline && to > at && to[-1] == kNewline;
     to -= passesNewline ? 1 : 0;
     const uint8_t* from = to;
     while (from > at && table.member[from[-1]] != 0) {
       --from;
     }
     if (from < to) {
-      Add(run.isOne ? to - 1 : from, to);
+      Add(from, to);
     }
   }
 

@@ -50,8 +50,8 @@ bool SetRun(const ProgramWalk& walk, int32_t atom, bool isUtf8, TableRoom* room,
     }
     return true;
   }
-  const bool isWide = open == nullptr && isEndless && run->minimum == 1 &&
-                      (HasSet(node) || IsProperty(node)) && !MayBeSkewed(node);
+  const bool isWide =
+      open == nullptr && isEndless && run->minimum == 1 && (HasSet(node) || IsProperty(node));
   run->wide = isWide ? room->Take<WideSet>() : nullptr;
   if (run->wide == nullptr) {
     return false;

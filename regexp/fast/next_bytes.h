@@ -63,7 +63,7 @@ struct alignas(kernels::kBlock) NextBytes {
     uint64_t inside = 0;  // all ones in a range
     for (int32_t base = 0; base < kTable; base += 64) {
       const auto word = kernels::LoadWord<uint64_t>(bits + base / 8);
-      for (int32_t from = 0; from < 64;) {
+      for (int32_t from = 0;;) {
         const uint64_t changes = (word ^ inside) >> from;
         if (changes == 0) {
           break;

@@ -50,7 +50,8 @@ inline bool IsByte(const ProgramNode& node) {
   return node.op == OpChar || (node.op == OpCodePoint && node.a < 0x80);
 }
 
-// The set of a record that accepts single bytes alone, or null.
+// The set of a record that accepts single bytes alone, or null. (A class without a set has left no
+// room for a translation.)
 inline const CharacterSet* ByteSetOf(const ProgramWalk& walk, int32_t i, bool isUtf8) {
   const CharacterSet* const set = walk.SetAt(i);
   return set != nullptr && (!isUtf8 || set->wide == Wide::kOutside) ? set : nullptr;

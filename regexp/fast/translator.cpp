@@ -6,6 +6,7 @@
 
 #include "regexp/fast/translator.h"
 
+#include "frame/expect.h"
 #include "regexp/characters/bytes.h"
 #include "regexp/characters/character_set.h"
 #include "regexp/characters/wide_set.h"
@@ -64,9 +65,13 @@ class Translator {
     for (int32_t i = 0; i < walk.count && isKnown;) {
       i = Record(i);
     }
+    if (!isKnown) {
+      return nullptr;
+    }
     const uint16_t entry = Entry();
+    PassJumps();
     Following following(walk, ops, next);
-    if (!isKnown || !PassJumps() || !following.Find(used)) {
+    if (!following.Find(used)) {
       return nullptr;
     }
     const uint16_t first = Passed(entry);
@@ -123,10 +128,7 @@ class Translator {
   // Whether searching for the pattern's literals would come to the first position as well, if that
   // matches. A prefix literal is looked for even if it may be left out.
   bool AnyModeBegins() const {
-    return state->searchMode == 0 ||
-           (state->searchMode == 1 && FactsOf(state)->firstAlternative == 0 &&
-            walk.IsCertainLiteral(0) &&
-            IsCaseless(walk.nodes[0].c) == IsCaseless(static_cast<int32_t>(state->compileFlags)));
+    return state->searchMode == 0 || (state->searchMode == 1 && walk.IsCertainLiteral(0));
   }
 
   // Whether what follows a position depends on nothing that a bit does not record.
@@ -158,12 +160,9 @@ class Translator {
     return ops[index];
   }
 
-  // A further operation; its index.
+  // A further operation; its index. A group takes no more of them than it has records.
   int32_t Further(FastCode code, int32_t following) {
-    if (used == capacity) {
-      isKnown = false;
-      return 0;
-    }
+    VEK_EXPECT(used < capacity);
     Begin(used, code, following);
     return used++;
   }
@@ -257,8 +256,7 @@ class Translator {
     const ProgramNode& node = walk.nodes[i];
     const int32_t after = walk.AfterAtom(i);
     const ProgramNode* const quantifier = walk.QuantifierAt(after);
-    const bool isClass = node.op == OpClass || node.op == OpCharType;
-    if (node.op == OpGrapheme || MayBeSkewed(node) || (isClass && walk.SetAt(i) == nullptr)) {
+    if (node.op == OpGrapheme || MayBeSkewed(node)) {
       return Unknown();
     }
     if (quantifier != nullptr) {
@@ -366,7 +364,7 @@ class Translator {
     bool isExitDue = exit != 0 && !exitFirst;
     int32_t target = exitFirst ? exit : first;
     bool isFirstDue = exitFirst;
-    while (isKnown) {
+    for (;;) {
       if (last == 0 || ops[last].ways.count == kMostTargets - 1) {
         const bool isOver = !isFirstDue && alternative == 0 && !isExitDue;
         if (last == 0 || !isOver) {
@@ -478,20 +476,18 @@ class Translator {
     const int32_t again = quantifier.a > 1 ? body : 0;
     const int32_t againOrExit = quantifier.a == 0 ? body : Choice(opening, end + 2, isLazy);
     const int32_t cost = shapes[SerialOf(walk.nodes[opening])].mostLevels;
-    isKnown = isKnown && cost <= UINT16_MAX;
+    VEK_EXPECT(cost <= UINT16_MAX);  // a record has few levels
     mostCost = cost > mostCost ? cost : mostCost;
     const int32_t index = Further(FastCode::kLoop, againOrExit);
-    if (isKnown) {
-      FastOp& op = ops[index];
-      op.flags = LoopFlags(opening, quantifier);
-      op.serial = SerialOf(walk.nodes[opening]);
-      op.loop = {0,
-                 0,
-                 static_cast<uint16_t>(again),
-                 static_cast<uint16_t>(againOrExit),
-                 static_cast<uint16_t>(end + 2),
-                 static_cast<uint16_t>(cost)};
-    }
+    FastOp& op = ops[index];
+    op.flags = LoopFlags(opening, quantifier);
+    op.serial = SerialOf(walk.nodes[opening]);
+    op.loop = {0,
+               0,
+               static_cast<uint16_t>(again),
+               static_cast<uint16_t>(againOrExit),
+               static_cast<uint16_t>(end + 2),
+               static_cast<uint16_t>(cost)};
     return index;
   }
 
@@ -536,11 +532,10 @@ class Translator {
   }
 
   // Lets every operation lead to one that does something. Skipped bodies hold no operations.
-  bool PassJumps() {
+  void PassJumps() {
     for (int32_t i = 0; i < used; ++i) {
       ForEachTarget(ops + i, [this](uint16_t* target) { *target = Passed(*target); });
     }
-    return true;
   }
 
   RegExpState* state;
@@ -568,7 +563,7 @@ class Translator {
 const FastProgram* Translate(RegExpState* state, FreeRoom* room) {
   constexpr int32_t kMostRecords = 400;
   const int64_t least = Translator::ScratchOf(*state);
-  if (state->nodeCount > kMostRecords || FactsOf(state)->freeFrom == 0 || room->Size() < least) {
+  if (state->nodeCount > kMostRecords || room->Size() < least) {
     return nullptr;
   }
   uint8_t* const begin = room->Begin();

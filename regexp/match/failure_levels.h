@@ -25,8 +25,7 @@ class FailureLevels {
   // Forgets all, and remembers positions from `first` on, if the program is one for it. Takes the
   // half of the free room that the fast matcher's memory leaves.
   void Begin(RegExpState* state, uint32_t first) {
-    const bool hasRoom = FactsOf(state)->freeFrom != 0;
-    if (levels == nullptr && (!hasRoom || !Examine(ProgramWalk(*state)))) {
+    if (levels == nullptr && !Examine(ProgramWalk(*state))) {
       return;
     }
     groups = GroupsOf(state);
@@ -100,7 +99,7 @@ class FailureLevels {
 
   int64_t PositionOf(uint32_t node, uint32_t at) const {
     const int64_t position = int64_t{at} - start;
-    if (position < 0 || position >= positions) {
+    if (position >= positions) {
       return -1;
     }
     int64_t variant = 0;

@@ -23,10 +23,6 @@ struct Budget {
     --depth;
     --steps;
   }
-
-  friend constexpr bool operator==(Budget a, Budget b) {
-    return a.depth == b.depth && a.steps == b.steps;
-  }
 };
 
 // What becomes of an abort that comes up to a run of records: the last record that doesn't pass it

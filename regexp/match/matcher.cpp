@@ -273,9 +273,8 @@ bool Matcher::AssertionHolds(const ProgramNode& node, const uint8_t* at) const {
     case RegExpAssertNoWordBoundary:
       return !changesWord();
     case RegExpAssertLineStart:
+    default:  // there are no other letters
       return atStart || isLineStart();
-    default:
-      return false;
   }
 }
 

@@ -233,14 +233,14 @@ void Matcher::PushAtomicRepeat(const Registers& r, int32_t length) {
 }
 
 // The frame with all that the repetitions noted in `last` have in common, if r's is one of them;
-// else null.
+// else null. To come back to a group from elsewhere takes a frame above its last one.
 Frame* Matcher::AtomicRepeatsOf(const Registers& r, Frame* last) const {
   if (last == nullptr) {
     return nullptr;
   }
   Frame* const repeats = last->choice == Choice::kAtomicPositions ? last->sub.around : last;
-  const bool isOfThese = repeats->choice == Choice::kAtomicRepeats &&
-                         repeats->node == IndexOf(r.node) && repeats->budget == r.budget;
+  const bool isOfThese =
+      repeats->choice == Choice::kAtomicRepeats && repeats->node == IndexOf(r.node);
   return isOfThese ? repeats : nullptr;
 }
 

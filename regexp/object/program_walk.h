@@ -30,16 +30,16 @@ struct ProgramWalk {
 
   bool HasAlternatives(int32_t opening) const { return FirstAlternativeOf(nodes[opening]) != 0; }
 
-  // Whether every way leads from a record to the next one, without anything read.
+  // Whether every way leads from a record to the next one, without anything read. An end is asked
+  // for where its opening has been passed.
   bool IsPassed(int32_t index) const {
     const ProgramNode& node = nodes[index];
     switch (node.op) {
       case OpSetOptions:
+      case OpGroupEnd:
         return true;
       case OpAssert:
         return QuantifierAt(index + 1) == nullptr;
-      case OpGroupEnd:
-        return node.a > 0 && QuantifierAt(index + 1) == nullptr;
       case OpCapture:
       case OpGroup:
       case OpOptionGroup:

@@ -104,7 +104,7 @@ class Driver {
 
   // At the first start position from `at` on where there is one.
   MatchResult FindFrom(const uint8_t* at, const uint8_t* end) {
-    if (isLoneRun && !matcher.requireNonEmpty) {
+    if (isLoneRun) {
       VEKCH_TAKEN("lone run");
       const int32_t captures = state->captureCount;
       const int32_t found = FindRuns(*fast.program, at, end, {matcher.Slots(), captures, captures});

@@ -152,7 +152,7 @@ class RangeList {
     const auto holds = [=](int32_t low, int32_t high) __attribute__((always_inline)) {
       return from <= high && end > low;
     };
-    const bool common = holds('a', 'z') || holds(' ', ' ') || holds('\n', '\n') || holds(0, 0);
+    const bool common = holds('a', 'z') || holds(' ', ' ') || holds('\n', '\n');
     return end - from + (common ? kTableSize : 0);
   }
 
