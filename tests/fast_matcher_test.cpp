@@ -95,16 +95,18 @@ constexpr Translation kTranslations[] = {
     {"\\w+ing", kGivesBack, kKeepsAll},
     {"[ab]+b", kGivesBack, kKeepsAll},
     {"x(?:abc|def)y", kChoosesByByte, 0},
-    {"x(a)?y", kChoosesByByte, kSetsEverySlot},
+    {"x(a)?y", kChoosesByByte, kSetsEverySlot | kKeepsCounts},
     {"(a)?[xy]", kChoosesByByte | kIsDirect, kSetsEverySlot},
     {"x??a", 0, kIsDirect},       // a literal is looked for that may be left out
     {"(?:a|b)xy", 0, kIsDirect},  // another one says where the text ends
     {"ab|c", 0, kIsDirect},
+    {"ab[cd]", kIsDirect, 0},
     {"^ab?|c", kIsDirect, 0},
     {"[^,]*,\\S+ ", kKeepsAll | kTakesByteAfter, kGivesBack | kTakesOpenSets},
     {"[^,]\\S+.", kGivesBack | kTakesOpenSets, kKeepsAll},
     {"(?:ab){2,5}c", kKeepsCounts, kRemembersAll},
     {"(?:a|b)*\\d", kRemembersAll, kKeepsCounts},
+    {"(?:(?:(?:(?:a?)*b?)*c?)*d?)*\\d", 0, kRemembersAll | kUntranslated},
     {"(\\w)\\1", kSetsEverySlot, kRemembersAll},
     {"a(?=(b))", 0, kRemembersAll | kUntranslated},
     {"(?<!a)b(?>c|d)", kRemembersAll, kUntranslated},
@@ -266,9 +268,10 @@ struct Hostile {
   size_t longest = 400;  // that the depth allows for
   int32_t limit = test::kDefaultLimit;
   bool isTranslated = true;
+  std::string before = {};
 };
 
-constexpr Hostile kHostiles[] = {
+const Hostile kHostiles[] = {
     {"(a+)+[bc]", 'a', "c"},
     {"(a|a)*[bc]", 'a', "b"},
     {"(a|aa)+$", 'a', ""},
@@ -286,6 +289,12 @@ constexpr Hostile kHostiles[] = {
     {"\\X(?:a|a)*[bc]", 'a', "c", 400, 10000, false},
     {"\\x{E9}?(a+)+[bc]", 'a', "c", 100, 10000, false},
     {"\\x{E9}?a?a?a?a?a?a?a?a?a?a?a*a*a*a*a*a*[bc]", 'a', "c", 100, 10000, false},
+    {"(?:a\\d*|a)*[bc]", 'a', "c"},
+    {"(?:\\p{Ll}+?)+?[XY]", 'a', "X"},
+    {"(?<=\\W\\Wb)(a|a)*[cd]", 'a', "c", 400, 10000, true, "--b"},  // reads before the try
+    {"^(?:a|a|ac|ad|ae|af)*[ab]*[xy]", 'b', nullptr, 30000, 10000, true, test::Repeat("a", 25)},
+    {"(a|a|ab|ac|ad)*[xy]", 'a', "x", 25, 10000, true,
+     test::Repeat(test::Repeat("a", 25) + "!", 700)},
 };
 
 TEST(FastMatcherTest, HostilePatternsEnd) {
@@ -293,11 +302,13 @@ TEST(FastMatcherTest, HostilePatternsEnd) {
     for (const size_t length : {size_t{25}, test.longest / 4, test.longest}) {
       SCOPED_TRACE(test.pattern);
       const PatternObject object(test.pattern, "", 1, test.limit);
-      const std::string subject(length, test.repeated);
+      const std::string subject = test.before + std::string(length, test.repeated);
       EXPECT_EQ(Find(object, subject + "!"), "") << test.pattern << " on " << length;
       if (test.last != nullptr) {
         const std::string whole = subject + test.last;
-        EXPECT_EQ(Find(object, whole), "0+" + std::to_string(whole.size())) << test.pattern;
+        EXPECT_EQ(Find(object, whole), std::to_string(test.before.size()) + "+" +
+                                           std::to_string(whole.size() - test.before.size()))
+            << test.pattern;
       }
       EXPECT_EQ(Translated(object) != nullptr, test.isTranslated);
     }
@@ -313,12 +324,17 @@ TEST(FastMatcherTest, FramesRunOut) {
   } kCases[] = {
       {"(?:[ab]+b,)*!", "abb,"},   // a run that gives back
       {"(?:[ab]+?b,)*!", "aab,"},  // lazy ones
-      {"(?:[^!,]+?b,)*!", "\u00E9b,"},  {"(?:\\p{Ll}+?b,)*!", "\u00E9b,"},
-      {"(?:\\p{Ll}+b,)*!", "\u00E9b,"},                                   // a run of characters
-      {"(?:(a)|(ab)|b)*!", "ab"},                                         // groups and choices
-      {"(?:(?:a|ab)(b)??,)*!", "ab,"},  {"(?:(?:ab?){1,2},)*!", "aab,"},  // counted repetitions
-      {"(?:(?:a|b|)*,)*!", "ab,"},                                        // that may be empty
+      {"(?:[^!,]+?b,)*!", "\u00E9b,"},
+      {"(?:\\p{Ll}+?b,)*!", "\u00E9b,"},
+      {"(?:\\p{Ll}+b,)*!", "\u00E9b,"},  // a run of characters
+      {"(?:(a)|(ab)|b)*!", "ab"},        // groups and choices
+      {"(?:(?:a|ab)(b)??,)*!", "ab,"},
+      {"(?:(?:ab?){1,2},)*!", "aab,"},  // counted repetitions
+      {"(?:(?:a|b|)*,)*!", "ab,"},      // that may be empty
       {"(?:(?=(a))ab?|a)*!", "ab"},
+      {"(?:(?:(?:a|b|)*|c|)*|d|)*!", "ab"},
+      {"(?:(?:([a-z]+),)*!|[a-z].)", "ab,"},  // a capture of a run
+      {"(?:(?:(\\d)-)*!|\\d[^!])", "1-"},     // or of fixed bytes
   };
   for (const auto& test : kCases) {
     const PatternObject object(test.pattern, "", 1, 200000);
@@ -375,12 +391,17 @@ TEST(FastMatcherTest, WorkIsBounded) {
     const char* pattern;
     const char* options;
     int32_t limit;
+    size_t length = 400;
   } kCases[] = {{"(a)(?:a|a|a|a|a|a|a|a)*\\1(?:[bc])", "g", 100},
+                {"(a)(?:a|a|a|a|a|a|a|a)*\\1(?:[bc])", "", 300, 12},  // by the fast matcher
+                {"(?:(?:(?:(?:a|\\X)*b*)*c*)*d*)*[xy]", "", 160},
                 {"(?:(?:a|a){0,9}){0,9}[bc]", "", 150},
                 {"(?>ab)*(?:a|a|a|a|a|a|a|a)*[bc]", "", 100}};
   for (const auto& test : kCases) {
     const PatternObject object(test.pattern, test.options, 1, test.limit);
-    EXPECT_EQ(Find(object, std::string(400, 'a')).substr(0, 5), "limit") << test.pattern;
+    for (size_t times = 0; times <= 20 / test.length; ++times) {  // at once where it is short
+      EXPECT_EQ(Find(object, std::string(test.length, 'a')).substr(0, 5), "limit") << test.pattern;
+    }
   }
 }
 

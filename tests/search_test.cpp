@@ -566,6 +566,80 @@ TEST(SearchTest, WordsAtEveryPlaceOfALongText) {
   }
 }
 
+// ---- What is rare: limits of fused operations, forms that are no UTF-8, ends at the ends of
+// blocks.
+
+struct Corner {
+  std::string pattern;
+  std::string subject;
+  const char* options = "";
+};
+
+const std::string kDashes = Repeat("-", 130);
+
+const Corner kCorners[] = {
+    {"(?(9)a|b)|[[:alpha:x]:]]", "ab:x:]]"},
+    {"[^\\W]x|[\\w\u00E9]+y|[\\Xa]+z", kDashes + "\u00E9abz ax \u00E9y"},
+    {"[^\\x{E9}a]x", kDashes + "ax\xF8\x88\x80\x80\x80x"},
+    {"[^\u03B1a]x", kDashes + "\xC1\x81x\xE0\x80\x81x--", "g"},
+    {"[\u03B1a]+x", kDashes + "\u03B1aax"},
+    {"[ab]" + Repeat("x", 130) + "[cd]",
+     kDashes + "b" + Repeat("x", 20) + kDashes + "b" + Repeat("x", 130) + "d"},
+    {"[ab]" + Repeat("x", 130) + "[cd]",
+     kDashes + "b" + Repeat("x", 20) + kDashes + "B" + Repeat("xX", 65) + "D", "i"},
+    {"[ab]" + Repeat("x", 130) + "[cd]", kDashes + "b" + Repeat("x", 20)},
+    {"[ab]" + Repeat("x", 130) + "[cd]", kDashes + "b" + Repeat("x", 20), "i"},
+    {"k+[kx]", kDashes + "kKkKX KkKKkkKkkKkkKKkKX", "gi"},
+    {"[ab][a-z]*?\\d", kDashes + Repeat("a", 40) + "1"},
+    {Repeat("()", 69) + "(a)\\70", kDashes + "aa"},
+    {"\\w+", Repeat("-", 100) + Repeat("a", 28)},
+    {"\\w+\\Z", ""},
+    {"\\w+\\Z", "aaa"},
+    {"(?:b?(?:b?(?:b?(?:b?(?:b?(?:b?(?:b?(?:b?(?:b?(?:b?(?:b?(?:b?a)*)*)*)*)*)*)*)*)*)*)*)*-",
+     "bab-"},
+    {"(((((ab)c)d)e)f)[gh]", kDashes + "abcdefg"},
+    {Repeat("(a)(b)", 9) + "[cd]", kDashes + Repeat("ab", 9) + "c"},
+    {"x(?:()){2}(?:(?:ab)+c){3}d?", kDashes + "xabcababcabc"},
+    {"[0-9]+-(?i)abc?", kDashes + "12-aBC"},
+    {"\\b\\w{5}\\b", Repeat(" ", 300)},
+    {"(?>a|bc)*(?>b|cd)*x", kDashes + "abcabcdbx"},
+    {"(?>\\x{E9}){2}b?", "\xE9"},
+    {"(?>\\x{E9}){0,2}?[bc]", "\xE9\xE9"},
+    {"(\\C|\\X){3,}?c", "ababc"},
+    {"\\p{Ll}n(?:g-?)*[cd]", "an" + Repeat("g-", 60) + "c and bngc", "g"},
+    {"(?=" + Repeat("a\\B", 40) + ")[a-z][cd]", Repeat("a", 200)},
+};
+
+TEST(SearchTest, CornersLikeTheModel) {
+  Bench bench;
+  for (const Corner& test : kCorners) {
+    for (const int32_t limit : {kDefaultLimit, 250, 120, 60}) {
+      ASSERT_TRUE(bench.Compile(test.pattern, {test.options, 1, limit})) << test.pattern;
+      bench.Place(test.subject);
+      for (int32_t times = 0; times < 6; ++times) {
+        EXPECT_TRUE(bench.CompareWithModel()) << bench.Describe();
+      }
+    }
+  }
+}
+
+// With a class of ever more items, which leave room for less and less of the tables.
+TEST(SearchTest, TablesWithoutRoom) {
+  Bench bench;
+  const std::string subject = Repeat("abcab-\u00E9xa", 15) + "caax\u03B1ad";
+  for (size_t items = 190; items < 260; ++items) {
+    const std::string members = Repeat("a", items) + "b";
+    for (const std::string rest :
+         {"]+", "]+$", "\u00E9]+", "]+[bc]+x", "]+?[bc]+?d", "](?:\\pL|-)+?x", "]\\pL+[^d]+d",
+          "](?:a|c-?)*x", "](?:(a)|(c)-)*(?i:X)(\\C)", "]\\C{2,}?d", "][^x]+?d",
+          "]\\W+?x(a)(d)?"}) {
+      ASSERT_TRUE(bench.Compile("[" + members + rest, {}));
+      bench.Place(subject);
+      EXPECT_TRUE(bench.CompareWithModel()) << items << rest;
+    }
+  }
+}
+
 // ---- The stack.
 
 // As the header says.
