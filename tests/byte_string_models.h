@@ -163,7 +163,7 @@ class TerminatedString {
 
 class TerminatedFinds {
  public:
-  explicit TerminatedFinds(size_t longestText = 70000, size_t longestNeedle = 3000)
+  explicit TerminatedFinds(size_t longestText = 70000, size_t longestNeedle = 5100)
       : text_(longestText), needle_(longestNeedle) {}
 
   void ExpectByte(const Bytes& text, uint8_t value, size_t position) {

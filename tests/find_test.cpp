@@ -99,6 +99,7 @@ TEST_F(FindTest, NeedlesMadeToMislead) {
     Bytes unit;    // of the text
     Bytes needle;  // that it misleads
   } cases[] = {
+      {ab, "abb"_b},
       {ab, "abababbbababa"_b},
       {ab, Repeat(ab, 5) + "bb"_b + Repeat(ab, 4) + a},
       {ab, Repeat(ab, 20)},
@@ -125,6 +126,7 @@ TEST_F(FindTest, NeedlesMadeToMislead) {
     const Bytes text = Repeat(unit, 6000 / unit.size());
     for (const auto& other : cases) {
       Expect(kFindsOfNeedle, text, other.needle);
+      Expect(kFindsOfNeedle, text.substr(0, other.needle.size() + 40), other.needle);
       for (const size_t at : {size_t{0}, size_t{1}, size_t{2500}, size_t{5001}, text.size()}) {
         Expect(kFindsOfNeedle, Bytes(text).insert(at, other.needle), other.needle);
       }
@@ -175,6 +177,12 @@ TEST_F(FindTest, SetsOfEverySizeAndShape) {
       text[random.Below(text.size())] = set[random.Below(set.size())];
     }
     Expect(kFindsOfSet, text, set, round);
+  }
+}
+
+TEST_F(FindTest, LastByteBetweenMembersOfARange) {
+  for (const size_t length : {1U, 300U, 319U, 400U}) {
+    Expect(kFindsOfSet, "B"_b + Bytes(length, '_') + "B"_b, "ACEGI"_b);
   }
 }
 
@@ -230,7 +238,7 @@ TEST_F(FindZeroTerminated, NeedleInEveryLengthAndPosition) {
 // could end, in whole or but for a byte, and cut off by the terminator.
 TEST_F(FindZeroTerminated, NeedleAcrossPiecesOfALongString) {
   Random random(5);
-  for (const size_t n : {1U, 2U, 7U, 64U, 2500U}) {
+  for (const size_t n : {1U, 2U, 7U, 64U, 2500U, 5000U}) {
     const Bytes needle = random.Text(n - 1, 26, 'a') + "!"_b;
     for (size_t from = 64; from <= 65536; from = from < 2048 ? 2 * from : from + 4095) {
       for (const size_t after : {size_t{0}, size_t{1}, n / 2, n - 1, n, n + 40}) {
@@ -243,6 +251,9 @@ TEST_F(FindZeroTerminated, NeedleAcrossPiecesOfALongString) {
         ExpectNeedle(text, needle, position);
       }
     }
+  }
+  for (size_t position = 0; position < TerminatedString::kPositions; ++position) {
+    ExpectNeedle(Bytes(60, 'a'), Bytes(38, 'a') + "b"_b, position);  // takes long, and is over
   }
   // Every position at which the first piece can end.
   for (size_t at = 6000; at < 6400; ++at) {

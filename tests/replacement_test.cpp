@@ -219,7 +219,7 @@ TEST_F(ReplaceTest, LongPiecesAgreeWithTheModel) {
   for (const size_t at : std::array<size_t, 5>{0, 40, 41, 200, 690}) {
     subject.replace(at, 3, "a-a");
   }
-  for (const char* pattern : {"(a)-(a)", "x{60}(x+)", "-ax(x{127,})"}) {
+  for (const char* pattern : {"(a)-(a)", "x{60}(x+)", "-ax(x{127,})", "([a-w]+)"}) {
     ASSERT_NO_FATAL_FAILURE(Sweep(pattern, {subject}, 1500, 23));
   }
   // The rest of the source is copied after a capacity that it passes by far, and not counted.

@@ -34,6 +34,7 @@ TEST(StartPositionsTest, PrefiltersOfPatterns) {
       {"\\w{1,9}@", Plan::kInnerLiteral},
       {"[a-z]{1,3}@", Plan::kClassWindow},
       {"[A-Z][a-z]+", Plan::kPackedPair},
+      {"[\\d\u03B1]", Plan::kPackedPair},  // of the characters beyond ASCII one
       {"\\b\\w{5}\\b", Plan::kWordStart},
       {"\\b[A-Z]\\d", Plan::kPackedPair},
       {"[^,a-f;i-n][^,a-f;i-n]", Plan::kClassWindow},

@@ -173,6 +173,8 @@ TEST(TakenTest, Searches) {
       {"lone run", "^\\w+", text, false, "gm"},
       {"start positions of the fast matcher", "\\p{Ll}ng", text},
       {"start positions of the fast matcher", "[a-z]ng", text, false},
+      {"start positions of the fast matcher", "\\p{Ll}ng", text, true, "", 0, 92},
+      {"start positions of the fast matcher", "\\p{Ll}ng", text, false, "", 0, 91},
       {"fast matcher", "\\w+ing", text},
       {"fast matcher", "(w)?(?(1)a|b)", text, false},
       {"exact matcher", "(w)?(?(1)a|b)", text},

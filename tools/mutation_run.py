@@ -38,7 +38,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build" / "mutate"
 TREE = WORK / "tree"
 EXCUSED = ROOT / "tools" / "mutants_excused.txt"
-PROGRAMS = ("vekch_tests", "vekch_internal_tests")
+PROGRAMS = ("vekch_tests", "vekch_internal_tests", "vekch_taken_tests")
 # Blocks of 2 GiB take long, and find what depends on their size alone.
 LEFT_OUT = ("SizeTest.",)
 QUOTAS = {"frame": 3, "regexp": 220, "strings": 120, "unicode": 60}
