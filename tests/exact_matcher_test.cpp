@@ -26,6 +26,7 @@ std::string Tries(const PatternObject& object, const std::string& subject, bool 
   std::string answer;
   for (int32_t at = 0; at <= length; ++at) {
     matcher.ClearSlots();
+    matcher.requireNonEmpty = at % 2 != 0;  // what fails then may match without
     const MatchResult result = matcher.Match(ProgramOf(object.State()), text + at, text + length);
     answer += " " + std::to_string(static_cast<int>(result));
     if (result == MatchResult::kOk) {
@@ -34,6 +35,7 @@ std::string Tries(const PatternObject& object, const std::string& subject, bool 
           SearchAnswer{StatusNoError, 0, {slots, slots + object.State()->captureCount}}, text);
     }
   }
+  matcher.requireNonEmpty = false;
   *begun = matcher.Remembers();
   return answer + " " + std::to_string(matcher.StepsLeft());
 }
