@@ -606,6 +606,7 @@ const Corner kCorners[] = {
     {"(?>\\x{E9}){0,2}?[bc]", "\xE9\xE9"},
     {"(\\C|\\X){3,}?c", "ababc"},
     {"\\p{Ll}n(?:g-?)*[cd]", "an" + Repeat("g-", 60) + "c and bngc", "g"},
+    {"^(?:" + Repeat("[ab]", 8) + ")*[cd]", Repeat("ab", 640) + "c"},
     {"(?=" + Repeat("a\\B", 40) + ")[a-z][cd]", Repeat("a", 200)},
 };
 
