@@ -230,6 +230,14 @@ TEST(CompilerTest, LimitsOfGroupsAndNesting) {
 // ---- Room. What takes the most records for its bytes, alone and repeated, before and after
 // other dense text: a record too many would hit the guard.
 
+TEST(CompilerTest, BoundsOfMergedRepetitionsStopGrowing) {
+  const PatternObject object(Repeat(".{65535,}", 16385) + ".");
+  EXPECT_EQ(object.State()->nodeCount, 2);
+  const ProgramNode& last = reinterpret_cast<const ProgramNode*>(object.State() + 1)[1];
+  EXPECT_EQ(last.a, RegExpUnbounded);
+  EXPECT_EQ(last.b, RegExpUnbounded);
+}
+
 TEST(CompilerTest, DensestConstructsStayInTheObject) {
   std::istringstream words(
       R"(a* a?b* ab* . .. .* \d\d | ^ $* () (|) (?:.*) (?:.+) (?=) (?=a)* (?>a*) (?(1)) (?(1)|) (?i)

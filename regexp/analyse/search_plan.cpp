@@ -436,6 +436,8 @@ const SearchPlan* PlanFor(RegExpState* state, int32_t length) {
   }
   constexpr int64_t kScratch = 2 * (kMostRecords + 1);
   static_assert(kScratch >= kPairHashes && kScratch >= 256);
+  static_assert(sizeof(SearchPlan) + kScratch >= sizeof(CharacterSet),
+                "where there is room for a plan, every class has got its set");
   FreeRoom room(state);
   if (state->nodeCount > kMostRecords ||
       room.Size() < static_cast<int64_t>(sizeof(SearchPlan)) + kScratch) {

@@ -118,7 +118,7 @@ Fault ProgramBuilder::CharType(uint8_t letter, const uint8_t* next) {
     Append(OpGreedy, count, count);
   } else if (nodeCount > 0 && IsQuantifier(Last()) && repeats(nodeCount - 2)) {
     if (!quantified) {
-      ++Last().a;  // no pattern is long enough for more than there can be
+      Last().a += Last().a < RegExpUnbounded ? 1 : 0;
       Last().b += Last().b < RegExpUnbounded ? 1 : 0;
     }
   } else {

@@ -563,6 +563,8 @@ class Translator {
 const FastProgram* Translate(RegExpState* state, FreeRoom* room) {
   constexpr int32_t kMostRecords = 400;
   const int64_t least = Translator::ScratchOf(*state);
+  static_assert(sizeof(FastProgram) >= sizeof(CharacterSet),
+                "where there is room for a translation, every class has got its set");
   if (state->nodeCount > kMostRecords || room->Size() < least) {
     return nullptr;
   }

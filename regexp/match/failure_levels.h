@@ -99,7 +99,7 @@ class FailureLevels {
 
   int64_t PositionOf(uint32_t node, uint32_t at) const {
     const int64_t position = int64_t{at} - start;
-    if (position >= positions) {
+    if (static_cast<uint64_t>(position) >= static_cast<uint64_t>(positions)) {  // before it as well
       return -1;
     }
     int64_t variant = 0;

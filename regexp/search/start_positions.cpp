@@ -124,7 +124,8 @@ const uint8_t* StartPositions::Candidate(const uint8_t* at) {
 // What follows the run in which a try has failed that decides for all of it.
 const uint8_t* StartPositions::AfterRun(const uint8_t* at) const {
   if (plan->strategy == SearchPlan::kInnerLiteral) {
-    return runLiteral != nullptr ? runLiteral + 1 : at + 1;
+    const bool isAhead = runLiteral != nullptr && runLiteral >= at;  // no way leads back
+    return isAhead ? runLiteral + 1 : at + 1;
   }
   while (at < text.end && (plan->bytes[*at] & 1) != 0) {
     ++at;
