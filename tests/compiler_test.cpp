@@ -227,9 +227,6 @@ TEST(CompilerTest, LimitsOfGroupsAndNesting) {
   }
 }
 
-// ---- Room. What takes the most records for its bytes, alone and repeated, before and after
-// other dense text: a record too many would hit the guard.
-
 TEST(CompilerTest, BoundsOfMergedRepetitionsStopGrowing) {
   const PatternObject object(Repeat(".{65535,}", 16385) + ".");
   EXPECT_EQ(object.State()->nodeCount, 2);
@@ -237,6 +234,9 @@ TEST(CompilerTest, BoundsOfMergedRepetitionsStopGrowing) {
   EXPECT_EQ(last.a, RegExpUnbounded);
   EXPECT_EQ(last.b, RegExpUnbounded);
 }
+
+// ---- Room. What takes the most records for its bytes, alone and repeated, before and after
+// other dense text: a record too many would hit the guard.
 
 TEST(CompilerTest, DensestConstructsStayInTheObject) {
   std::istringstream words(
