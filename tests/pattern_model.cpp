@@ -183,6 +183,9 @@ class PatternReader {
     const int around = alternatives;
     alternatives = 0;
     before = isConditional && isValid ? Before::kAtom : Before::kNothing;
+    while (isConditional && Sees("(?)")) {  // leaves nothing between the condition and what follows
+      at += 3;
+    }
     isValid = isValid && !(isConditional && QuantifierEnd() != kNowhere);
     ReadSequence();
     if (at == size || (isConditional && (!isValid || alternatives > 1))) {
