@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <set>
 #include <string>
 #include <tuple>
@@ -560,30 +561,26 @@ TEST_F(SizeTest, LongestPattern) {
   uint8_t* const end = Terminated();
   int32_t offset = 0;
   std::fill_n(text + kMost - kLength, kLength, kA);
-  auto* state = reinterpret_cast<RegExpState*>(room.AtEnd(size_t{kLongestSize}));
+  auto* const state = reinterpret_cast<RegExpState*>(room.AtEnd(size_t{kLongestSize}));
   for (const char* options : {"i", "g"}) {
     ASSERT_EQ(
         veksRegExpInit(end - kLength, reinterpret_cast<const uint8_t*>(options), state, &offset),
         StatusNoError);
     EXPECT_EQ(Show(Search(state, text, kMost, 2), text), "2058007165+89476482") << options;
   }
-  if (kShare > 1) {
-    return;
-  }
-  // As many records, which take real memory.
-  letters.Fill('^');
-  *end = 0;
-  end[-1] = kZ;
-  state = reinterpret_cast<RegExpState*>(source.AtEnd(size_t{kLongestSize}));
-  ASSERT_EQ(veksRegExpInit(end - kLength, nullptr, state, &offset), StatusNoError);
-  veksRegExpSetMatchLimit(kMost, state);
-  EXPECT_EQ(Show(Search(state, end - 1, 1), end - 1), "0+1");
 }
 
 TEST_F(SizeTest, EveryFunction) {
-  for (const auto part : {&SizeTest::FindNeedles, &SizeTest::FindSets, &SizeTest::FindInTerminated,
-                          &SizeTest::Hash, &SizeTest::Compare, &SizeTest::Trim, &SizeTest::Edit,
-                          &SizeTest::Convert, &SizeTest::Patterns, &SizeTest::ReplaceFirst}) {
+  for (const auto part : {&SizeTest::FindInTerminated, &SizeTest::Edit, &SizeTest::Convert,
+                          &SizeTest::Patterns, &SizeTest::ReplaceFirst}) {
+    (this->*part)();
+  }
+#ifdef VEKCH_TEST_SANITIZED
+  std::puts("SKIPPED IN PART: SizeTest.EveryFunction: what adds up no lengths takes long here");
+  return;
+#endif
+  for (const auto part : {&SizeTest::FindNeedles, &SizeTest::FindSets, &SizeTest::Hash,
+                          &SizeTest::Compare, &SizeTest::Trim}) {
     (this->*part)();
   }
   // These take no length but that of a pattern or a template, the longest of which have tests of
